@@ -1,0 +1,40 @@
+#include "invoke/invoke_dispatcher.h"
+
+#include "common/format/format.h"
+#include "common/logging/log.h"
+
+namespace wrap {
+
+namespace {
+
+const std::wstring crlf = L"\r\n";
+
+std::wstring without_trailing_crlf(const std::wstring& text) {
+    if (text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0)
+        return text.substr(0, text.size() - crlf.size());
+    return text;
+}
+
+void trace_call(const std::string& tag, const std::wstring& command, const std::wstring& document) {
+    log_trace(logging::rpc_logger(), "%1", tag + to_ansi_nothrow(command) + ":" + to_ansi_nothrow(document));
+}
+
+} // namespace
+
+void IInvokeDispatcher::OnReservedHook(std::shared_ptr<void>, std::shared_ptr<void>) {}
+
+void IInvokeDispatcher::OnSoapEnter(const std::wstring& command, const std::wstring& request) {
+    log_trace(logging::rpc_logger(), "%1", std::string());
+    trace_call("[SoapEnter] ", command, request);
+}
+
+void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstring& response) {
+    trace_call("[SoapExit] ", command, without_trailing_crlf(response));
+}
+
+void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring&,
+                                     const std::exception& error) {
+    log_exception(logging::rpc_logger(), "RPC method call has failed (%1).", to_ansi_nothrow(command), error);
+}
+
+} // namespace wrap

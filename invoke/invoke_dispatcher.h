@@ -1,0 +1,32 @@
+// What the pipe server knows of the commands: a name goes in with its request
+// document, a response document comes out. The trace of each call lives here so
+// that every dispatcher writes the same lines.
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <string>
+
+class InputArguments_t;
+class OutputArguments_t;
+
+namespace wrap {
+
+class IInvokeDispatcher {
+public:
+    virtual ~IInvokeDispatcher() = default;
+
+    // Runs one command; whatever it throws becomes the client's error frame.
+    virtual void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) = 0;
+
+    // Kept for the layout of the interface; nothing calls it. Taking the pointers by
+    // value means a call only drops the caller's references.
+    virtual void OnReservedHook(std::shared_ptr<void> first, std::shared_ptr<void> second);
+
+    virtual void OnSoapEnter(const std::wstring& command, const std::wstring& request);
+    virtual void OnSoapExit(const std::wstring& command, const std::wstring& response);
+    virtual void OnCallFailed(const std::wstring& command, const std::wstring& request,
+                              const std::exception& error);
+};
+
+} // namespace wrap
