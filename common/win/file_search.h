@@ -1,0 +1,65 @@
+// Wild-card file search (FindFirstFileW / FindNextFileW / FindClose) with the
+// Windows mask rules: '*' any run, '?' one character, no regard to case, and a
+// closing ".*" also matches a name without extension ("*.*" matches all).
+#pragma once
+
+#include "compat/win_types.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace win {
+
+namespace detail {
+class os_search_t;
+}
+
+inline constexpr DWORD file_attribute_directory = 0x10; // FILE_ATTRIBUTE_DIRECTORY
+inline constexpr DWORD file_attribute_normal = 0x80;    // FILE_ATTRIBUTE_NORMAL
+
+// What a search tells about one entry (from WIN32_FIND_DATAW).
+struct find_data_t {
+    std::wstring name;
+    DWORD attributes = 0;
+    std::uint64_t size = 0;
+    std::uint64_t last_write_time = 0; // FILETIME as a 64-bit count
+    bool is_directory() const { return (attributes & file_attribute_directory) != 0; }
+};
+
+// Does the name match the mask?
+bool mask_matches(const std::wstring& mask, const std::wstring& name);
+
+class win_file_search_t {
+public:
+    // How a failure to start (other than errors 2 and 3) is handled.
+    enum class start_failure_t {
+        warn,  // logged as a warning; the search is empty
+        raise, // thrown as exc::win_sys_exc_t
+    };
+
+    // Starts the search on "folder\mask". "Not there" (errors 2, 3) gives an
+    // empty search without failure.
+    explicit win_file_search_t(const std::wstring& mask, start_failure_t on_failure = start_failure_t::warn);
+    ~win_file_search_t();
+    win_file_search_t(win_file_search_t&&) noexcept;
+    win_file_search_t& operator=(win_file_search_t&&) noexcept;
+
+    // Is there a current entry?
+    bool found() const { return found_; }
+    const find_data_t& current() const { return current_; }
+    // Moves to the next entry; false at the end (the search is then closed).
+    // Throws exc::win_sys_exc_t "File search operation has failed. Search
+    // mask: [%1]." for a failure other than the normal end.
+    bool next();
+    void close() noexcept;
+    const std::wstring& mask() const { return mask_; }
+
+private:
+    std::wstring mask_;
+    std::unique_ptr<detail::os_search_t> search_;
+    find_data_t current_;
+    bool found_ = false;
+};
+
+} // namespace win
