@@ -107,9 +107,11 @@ std::string com_error_text(std::int32_t code);
 
 // The one thing a wrapping handler does: add a line to the caught exception and throw it on.
 [[noreturn]] void rethrow_with_message(const std::string& text, const std::exception& cause);
-[[noreturn]] void rethrow_with_message(const std::string& fmt, const std::string& a1, const std::exception& cause);
+[[noreturn]] void rethrow_with_message(const std::string& fmt, const std::string& a1,
+                                       const std::exception& cause);
 [[noreturn]] void rethrow_with_trace(const std::string& text, const std::exception& cause);
-[[noreturn]] void rethrow_with_trace(const std::string& fmt, const std::string& a1, const std::exception& cause);
+[[noreturn]] void rethrow_with_trace(const std::string& fmt, const std::string& a1,
+                                     const std::exception& cause);
 [[noreturn]] void rethrow_with_trace(const std::string& fmt, const std::string& a1, const std::string& a2,
                                      const std::exception& cause);
 [[noreturn]] void rethrow_with_trace(const std::string& fmt, const std::string& a1, const std::string& a2,

@@ -1,0 +1,58 @@
+// The system's message tables and the thread's COM error object.
+#include "common/exc/error_text_os.h"
+#include "common/format/format.h"
+
+#include "compat/win_types.h"
+
+namespace exc {
+
+namespace {
+
+const DWORD english_us = 1033;
+
+std::optional<std::string> format_from(DWORD flags, const void* source, DWORD code, DWORD language) {
+    char* buffer = nullptr;
+    const DWORD length = FormatMessageA(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, source, code, language,
+                                        reinterpret_cast<char*>(&buffer), 0, nullptr);
+    if (length == 0 || buffer == nullptr)
+        return std::nullopt;
+    std::string text(buffer, length);
+    LocalFree(buffer);
+    return text;
+}
+
+HMODULE internet_module() {
+    HMODULE module = GetModuleHandleA("wininet.dll");
+    if (module == nullptr)
+        module = LoadLibraryExA("wininet.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    return module;
+}
+
+} // namespace
+
+std::optional<std::string> system_message_text(std::uint32_t code) {
+    return format_from(FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, english_us);
+}
+
+std::optional<std::string> internet_message_text(std::uint32_t code) {
+    HMODULE module = internet_module();
+    if (module == nullptr)
+        return std::nullopt;
+    return format_from(FORMAT_MESSAGE_FROM_HMODULE, module, code, 0);
+}
+
+std::optional<std::string> thread_error_description() {
+    IErrorInfo* info = nullptr;
+    if (GetErrorInfo(0, &info) != S_OK || info == nullptr)
+        return std::nullopt;
+    BSTR description = nullptr;
+    const bool has_description = SUCCEEDED(info->GetDescription(&description)) && description != nullptr;
+    const std::wstring wide = has_description ? std::wstring(description, SysStringLen(description)) : L"";
+    info->Release();
+    SysFreeString(description);
+    if (!has_description)
+        return std::nullopt;
+    return to_ansi(wide);
+}
+
+} // namespace exc

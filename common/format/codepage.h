@@ -1,0 +1,20 @@
+// What the text conversions ask of the platform. Inputs hold no zero character; the caller
+// has already cut them at the first one.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace format_impl {
+
+enum class code_page_t { ansi, utf8 };
+
+// nullopt on failure, with the platform's error code in `error`.
+std::optional<std::string> wide_to_multibyte(code_page_t code_page, std::wstring_view text,
+                                             std::uint32_t& error);
+std::optional<std::wstring> multibyte_to_wide(code_page_t code_page, std::string_view text,
+                                              std::uint32_t& error);
+
+} // namespace format_impl

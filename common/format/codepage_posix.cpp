@@ -1,0 +1,101 @@
+// Wide text is UTF-32 here and the ANSI code page is UTF-8, so both code pages share one strict
+// codec: what does not encode a Unicode scalar value fails as the system's conversions do.
+#include "common/format/codepage.h"
+
+namespace format_impl {
+
+namespace {
+
+const std::uint32_t no_unicode_translation = 1113;
+
+bool is_scalar_value(std::uint32_t c) {
+    return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
+}
+
+void append_utf8(std::string& out, std::uint32_t c) {
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+struct sequence_t {
+    std::size_t length;
+    std::uint32_t lead_bits;
+    std::uint32_t minimum; // smaller values are overlong forms
+};
+
+std::optional<sequence_t> sequence_of(unsigned char lead) {
+    if (lead < 0x80)
+        return sequence_t{1, lead, 0};
+    if ((lead & 0xE0) == 0xC0)
+        return sequence_t{2, lead & 0x1Fu, 0x80};
+    if ((lead & 0xF0) == 0xE0)
+        return sequence_t{3, lead & 0x0Fu, 0x800};
+    if ((lead & 0xF8) == 0xF0)
+        return sequence_t{4, lead & 0x07u, 0x10000};
+    return std::nullopt;
+}
+
+// Decodes the sequence at text[pos]; nullopt when it is malformed, truncated, overlong or no
+// scalar value.
+std::optional<std::uint32_t> decode_at(std::string_view text, std::size_t& pos) {
+    const std::optional<sequence_t> seq = sequence_of(static_cast<unsigned char>(text[pos]));
+    if (!seq || text.size() - pos < seq->length)
+        return std::nullopt;
+    std::uint32_t c = seq->lead_bits;
+    for (std::size_t i = 1; i < seq->length; ++i) {
+        const auto next = static_cast<unsigned char>(text[pos + i]);
+        if ((next & 0xC0) != 0x80)
+            return std::nullopt;
+        c = (c << 6) | (next & 0x3Fu);
+    }
+    if (c < seq->minimum || !is_scalar_value(c))
+        return std::nullopt;
+    pos += seq->length;
+    return c;
+}
+
+} // namespace
+
+std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text, std::uint32_t& error) {
+    std::string out;
+    out.reserve(text.size());
+    for (const wchar_t wc : text) {
+        const auto c = static_cast<std::uint32_t>(wc);
+        if (!is_scalar_value(c)) {
+            error = no_unicode_translation;
+            return std::nullopt;
+        }
+        append_utf8(out, c);
+    }
+    return out;
+}
+
+std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text, std::uint32_t& error) {
+    std::wstring out;
+    out.reserve(text.size());
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        const std::optional<std::uint32_t> c = decode_at(text, pos);
+        if (!c) {
+            error = no_unicode_translation;
+            return std::nullopt;
+        }
+        out += static_cast<wchar_t>(*c);
+    }
+    return out;
+}
+
+} // namespace format_impl

@@ -1,0 +1,13 @@
+// What %NAME% expansion asks of the platform.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace format_impl {
+
+// nullopt on failure, with the platform's error code in `error`.
+std::optional<std::wstring> expand_environment(const std::wstring& text, std::uint32_t& error);
+
+} // namespace format_impl

@@ -1,0 +1,65 @@
+// %NAME% is looked up in the simulated host's environment first, then in the process's.
+// Scanning follows the system's rule: a name that is not found is copied with both of its
+// percent signs and scanning goes on behind them.
+#include "common/exc/exc.h"
+#include "common/format/env_expansion.h"
+#include "common/format/format.h"
+#include "hostsim/host_access.h"
+
+#include <cstdlib>
+#include <string_view>
+
+namespace format_impl {
+
+namespace {
+
+std::optional<std::wstring> variable_value(const std::wstring& name) {
+    if (auto value = hostsim::environment_variable(name))
+        return value;
+    std::string narrow_name;
+    try {
+        narrow_name = to_utf8(name);
+    } catch (const exc::win_sys_exc_t&) {
+        return std::nullopt;
+    }
+    const char* value = std::getenv(narrow_name.c_str());
+    if (value == nullptr)
+        return std::nullopt;
+    return from_utf8(value);
+}
+
+std::wstring expand_names(std::wstring_view text) {
+    std::wstring out;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        const std::size_t open = text.find(L'%', pos);
+        const std::size_t close = open == std::wstring_view::npos ? open : text.find(L'%', open + 1);
+        if (close == std::wstring_view::npos) {
+            out.append(text.substr(pos));
+            break;
+        }
+        out.append(text.substr(pos, open - pos));
+        const std::wstring name(text.substr(open + 1, close - open - 1));
+        const std::optional<std::wstring> value = name.empty() ? std::nullopt : variable_value(name);
+        out.append(value ? std::wstring_view(*value) : text.substr(open, close - open + 1));
+        pos = close + 1;
+    }
+    return out;
+}
+
+} // namespace
+
+std::optional<std::wstring> expand_environment(const std::wstring& text, std::uint32_t& error) {
+    if (auto injected = hostsim::win32_call("ExpandEnvironmentStringsW", text)) {
+        error = *injected;
+        return std::nullopt;
+    }
+    try {
+        return expand_names(std::wstring_view(text.c_str()));
+    } catch (const exc::win_sys_exc_t& e) {
+        error = e.code();
+        return std::nullopt;
+    }
+}
+
+} // namespace format_impl

@@ -1,0 +1,22 @@
+// The RPC runtime's UUID text forms.
+#include "common/format/guid_codec.h"
+
+#include <rpc.h>
+
+namespace format_impl {
+
+std::wstring uuid_to_text(const GUID& guid) {
+    RPC_WSTR text = nullptr;
+    if (UuidToStringW(&guid, &text) != RPC_S_OK || text == nullptr)
+        return std::wstring();
+    std::wstring result(reinterpret_cast<const wchar_t*>(text));
+    RpcStringFreeW(&text);
+    return result;
+}
+
+std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid) {
+    std::wstring copy(text);
+    return static_cast<std::uint32_t>(UuidFromStringW(reinterpret_cast<RPC_WSTR>(copy.data()), &guid));
+}
+
+} // namespace format_impl
