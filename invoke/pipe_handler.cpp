@@ -1,0 +1,103 @@
+#include "invoke/pipe_handler.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/logging/log.h"
+#include "common/win/event.h"
+
+namespace win::pipes {
+
+namespace {
+
+// The pipe layer belongs to the common library and logs under its handle.
+const logger_t& pipe_logger() {
+    return logging::lib_logger();
+}
+
+void wait_for_client_in_time(pipe_channel_t& pipe, const std::shared_ptr<win_manual_reset_event_t>& cancel,
+                             const std::shared_ptr<win_manual_reset_event_t>& stop) {
+    // The caller's limit is not consulted: a backup server that is slower than this is gone.
+    if (wait_for_client(pipe, {cancel, stop}, client_wait_limit_ms) != client_wait_t::connected)
+        throw exc::runtime_exc_t("Timed out until client to connect.");
+}
+
+} // namespace
+
+bool ReadWholeMessage(pipe_channel_t& channel, byte_buffer_t& result) {
+    result.clear();
+    std::vector<std::uint8_t> chunk(pipe_chunk_size, 0);
+    for (;;) {
+        DWORD got = 0;
+        const DWORD status = read_message_part(channel, chunk.data(), pipe_chunk_size, got);
+        if (status == ERROR_BROKEN_PIPE)
+            return false;
+        if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA)
+            throw exc::win_sys_exc_t("Failed to read data from pipe.", status);
+        result.insert(result.end(), chunk.begin(), chunk.begin() + got);
+        if (status == ERROR_SUCCESS)
+            return true;
+    }
+}
+
+bool WriteWholeMessage(pipe_channel_t& channel, const byte_buffer_t& data) {
+    DWORD written = 0;
+    const DWORD status = write_whole_message(channel, data.data(), static_cast<DWORD>(data.size()), written);
+    if (status == ERROR_BROKEN_PIPE)
+        return false;
+    if (status != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t(status);
+    if (written < data.size())
+        throw exc::runtime_exc_t("Failed to write data into pipe");
+    return true;
+}
+
+CPipeHandler::CPipeHandler(std::wstring pipePath, std::shared_ptr<pipe_channel_t> pipe)
+    : pipePath(std::move(pipePath)), pipe(std::move(pipe)),
+      cancelEvent(std::make_shared<win_manual_reset_event_t>()) {}
+
+pipe_channel_t& CPipeHandler::Pipe() const {
+    if (!pipe)
+        throw exc::runtime_exc_t("pipe reader is not initialized.");
+    return *pipe;
+}
+
+void CPipeHandler::WaitClient(const std::shared_ptr<win_manual_reset_event_t>& stopEvent, DWORD) {
+    try {
+        wait_for_client_in_time(Pipe(), cancelEvent, stopEvent);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to wait for client connection. Pipe: '%1'.",
+                                to_ansi_nothrow(pipePath), e);
+    }
+}
+
+bool CPipeHandler::ReadMessage(byte_buffer_t& result) {
+    try {
+        pipe_channel_t& channel = Pipe();
+        log_scope_t scope(log_scope_t::silent, pipe_logger(), "Reading data from pipe '%1'.",
+                          to_ansi_nothrow(pipePath));
+        const bool complete = ReadWholeMessage(channel, result);
+        scope.close_quietly();
+        return complete;
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to receive data from pipe'%1'.", to_ansi_nothrow(pipePath), e);
+    }
+}
+
+bool CPipeHandler::WriteMessage(const byte_buffer_t& data) {
+    try {
+        pipe_channel_t& channel = Pipe();
+        log_scope_t scope(log_scope_t::silent, pipe_logger(), "Writing data into pipe '%1'.",
+                          to_ansi_nothrow(pipePath));
+        const bool sent = WriteWholeMessage(channel, data);
+        scope.close_quietly();
+        return sent;
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to write data into pipe '%1'.", to_ansi_nothrow(pipePath), e);
+    }
+}
+
+std::shared_ptr<CPipeHandler> CreateNamedPipeEndpoint(const std::wstring& fullPath) {
+    return std::make_shared<CPipeHandler>(fullPath, create_server_channel(fullPath));
+}
+
+} // namespace win::pipes
