@@ -1,0 +1,27 @@
+// What the task holder asks of an off-host import task on a proxy. Like the
+// snapshot task it runs on its own worker and ends when the last reference goes.
+#pragma once
+
+#include "compat/win_types.h"
+#include "tool/import_snapshot_context.h"
+#include "tool/locker_job_info.h"
+#include "tool/operation_info.h"
+
+#include <memory>
+#include <string>
+
+class IImportTask {
+public:
+    virtual ~IImportTask() = default;
+
+    virtual std::shared_ptr<COperationInfo> GetOperationInfo() = 0;
+    virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
+    // Items list XML in, the same items on the imported shadow devices out.
+    // Throws "There is no successfully imported snapshot." until the import stands.
+    virtual std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) = 0;
+};
+
+// Starts an import task; provided by the one file that knows the task class.
+std::shared_ptr<IImportTask> CreateImportTask(const std::wstring& jobName, const std::wstring& backupConsole,
+                                              const GUID& snapshotId,
+                                              const std::shared_ptr<hv::CImportSnapshotContext>& context);

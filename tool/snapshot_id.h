@@ -1,0 +1,6 @@
+// A fresh random identifier for each task the tool starts.
+#pragma once
+
+#include "compat/win_types.h"
+
+GUID NewSnapshotId();

@@ -1,0 +1,8 @@
+#include "tool/snapshot_id.h"
+
+GUID NewSnapshotId() {
+    GUID id = GUID_NULL;
+    // A failure leaves the null id; nothing downstream depends on uniqueness for safety.
+    (void)CoCreateGuid(&id);
+    return id;
+}

@@ -1,0 +1,32 @@
+// What the task holder asks of a snapshot task on the host. The task runs on a
+// worker of its own from construction on; every operation here returns at once.
+// Dropping the last reference ends the task: it signals the worker and joins it.
+#pragma once
+
+#include "compat/win_types.h"
+#include "tool/locker_job_info.h"
+#include "tool/operation_info.h"
+#include "tool/snapshot_info.h"
+
+#include <memory>
+#include <string>
+
+class CHvBackupSpec;
+
+class ISnapshotTask {
+public:
+    virtual ~ISnapshotTask() = default;
+
+    virtual std::shared_ptr<COperationInfo> GetOperationInfo() = 0;
+    // Both throw "Failed to create snapshot." while the task has no result.
+    virtual std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() = 0;
+    virtual std::wstring GetVmFiles(const GUID& vmId) = 0;
+    // Only records the verdict; the writer hears of it when the task is closed.
+    virtual void SetVmCompletion(const GUID& vmId, bool succeeded) = 0;
+    virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
+};
+
+// Starts a snapshot task; provided by the one file that knows the task class.
+std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const std::wstring& jobName,
+                                                  const std::wstring& backupConsole, const GUID& snapshotId,
+                                                  const std::shared_ptr<CHvBackupSpec>& spec);
