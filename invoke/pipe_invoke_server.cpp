@@ -1,0 +1,167 @@
+#include "invoke/pipe_invoke_server.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/logging/log.h"
+#include "common/win/event.h"
+#include "invoke/arguments.h"
+#include "invoke/invoke_server_com.h"
+#include "invoke/pipe_text.h"
+
+#include <chrono>
+#include <thread>
+
+namespace wrap {
+
+namespace {
+
+const std::wstring command_prefix = L"cmd:";
+const std::wstring document_prefix = L"xml:";
+const std::wstring crlf = L"\r\n";
+
+const logger_t& server_logger() {
+    return logging::prx_logger();
+}
+
+bool starts_with_ignoring_case(const std::wstring& text, const std::wstring& prefix) {
+    return text.size() >= prefix.size() && iequals(text.substr(0, prefix.size()), prefix);
+}
+
+std::wstring without_trailing_crlf(const std::wstring& text) {
+    if (text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0)
+        return text.substr(0, text.size() - crlf.size());
+    return text;
+}
+
+exc::runtime_exc_t unknown_request(const std::wstring& request) {
+    return exc::runtime_exc_t("Unknown type of request: '%1'.", to_ansi_nothrow(request));
+}
+
+} // namespace
+
+CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher)
+    : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(dispatcher)) {
+    try {
+        log_scope_t scope(server_logger(), "Creating instance of invoke server. Pipe name: '%1'.",
+                          to_ansi_nothrow(pipeName));
+        pipe = win::pipes::CreateNamedPipeEndpoint(format_message_w(L"\\\\.\\pipe\\%1", pipeName));
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_message("Failed to create instance of invoke server. Pipe name: '%1'.",
+                                  to_ansi_nothrow(pipeName), e);
+    }
+}
+
+CPipeInvokeSrv::~CPipeInvokeSrv() {
+    log_info(server_logger(), "Closing pipe invoke server.");
+}
+
+void CPipeInvokeSrv::WaitClientConnection() {
+    try {
+        log_scope_t scope(server_logger(), "Waiting input connection.");
+        pipe->WaitClient(stopEvent, win::pipes::client_wait_limit_ms);
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to create client connection.", e);
+    }
+}
+
+void CPipeInvokeSrv::DispatchLoop() {
+    log_scope_t scope(server_logger(), "Entering into a dispatch loop.");
+    while (ProcessCommand())
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause_between_commands_ms));
+    scope.finish("Leaving dispatch loop.");
+}
+
+bool CPipeInvokeSrv::ProcessCommand() {
+    try {
+        log_scope_t scope(log_scope_t::silent, server_logger(), "Processing command.");
+        win::pipes::byte_buffer_t message;
+        if (!pipe->ReadMessage(message)) {
+            scope.close_quietly();
+            return false;
+        }
+        const win::pipes::frame_text_t request = win::pipes::DecodeFrameText(message);
+        const std::wstring response =
+            request.terminated ? ExecuteRequest(request.text) : RejectRequest(request.text);
+        const bool sent = SendResponse(response);
+        if (!sent)
+            log_warning(server_logger(), "Response '%1' was not sent.", to_ansi_nothrow(response));
+        scope.close_quietly();
+        return sent;
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to execute client command.", e);
+    }
+}
+
+std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {
+    std::wstring command;
+    std::wstring document;
+    try {
+        if (!ParseRequest(request, command, document))
+            throw unknown_request(request);
+        const CRequestComScope com;
+        dispatcher->OnSoapEnter(command, document);
+        InputArguments_t input(document);
+        OutputArguments_t output;
+        dispatcher->Invoke(command, input, output);
+        const std::wstring response = output.Serialize();
+        dispatcher->OnSoapExit(command, response);
+        return MakeXmlResponse(response);
+    } catch (const std::exception& e) {
+        return FailedResponse(command, document, e);
+    }
+}
+
+std::wstring CPipeInvokeSrv::RejectRequest(const std::wstring& request) {
+    return FailedResponse(std::wstring(), std::wstring(), unknown_request(request));
+}
+
+std::wstring CPipeInvokeSrv::FailedResponse(const std::wstring& command, const std::wstring& document,
+                                            const std::exception& error) {
+    dispatcher->OnCallFailed(command, document, error);
+    return MakeErrorResponse(error);
+}
+
+bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& command,
+                                  std::wstring& document) {
+    if (!starts_with_ignoring_case(request, command_prefix))
+        return false;
+    const std::wstring rest = request.substr(command_prefix.size());
+    const std::size_t space = rest.find(L' ');
+    if (rest.empty() || space == std::wstring::npos)
+        return false;
+    const std::wstring tail = rest.substr(space + 1);
+    if (!starts_with_ignoring_case(tail, document_prefix))
+        return false;
+    command = rest.substr(0, space);
+    document = tail.substr(document_prefix.size());
+    return true;
+}
+
+std::wstring CPipeInvokeSrv::MakeXmlResponse(const std::wstring& document) {
+    return format_message_w(L"xml:%1", without_trailing_crlf(document));
+}
+
+std::wstring CPipeInvokeSrv::MakeErrorResponse(const std::exception& error) {
+    std::wstring text = L"n/a";
+    if (const char* what = error.what())
+        text = to_unicode_nothrow(what);
+    return format_message_w(L"err:%1", text);
+}
+
+bool CPipeInvokeSrv::SendResponse(const std::wstring& frame) {
+    return pipe->WriteMessage(win::pipes::EncodeFrameText(frame));
+}
+
+void RunPipeInvokeServer(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher) {
+    log_scope_t scope(server_logger(), "Start pipe invoker server. PipeName: '%1'.",
+                      to_ansi_nothrow(pipeName));
+    auto server = std::make_shared<CPipeInvokeSrv>(pipeName, std::move(dispatcher));
+    server->WaitClientConnection();
+    server->DispatchLoop();
+    scope.ok();
+    server.reset();
+}
+
+} // namespace wrap

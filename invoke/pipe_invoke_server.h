@@ -1,0 +1,61 @@
+// A single-client request and response server on a named pipe. It knows the
+// frames and nothing of the commands: each request goes to the dispatcher, and
+// whatever that throws goes back to the client as an error frame.
+#pragma once
+
+#include "invoke/invoke_dispatcher.h"
+#include "invoke/pipe_handler.h"
+
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace win {
+class win_manual_reset_event_t;
+}
+
+namespace wrap {
+
+// The pause after each command; it bounds how fast a client can poll.
+inline constexpr unsigned pause_between_commands_ms = 100;
+
+class CPipeInvokeSrv {
+public:
+    // Creates the pipe "\\.\pipe\<pipeName>".
+    CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher);
+    ~CPipeInvokeSrv();
+    CPipeInvokeSrv(const CPipeInvokeSrv&) = delete;
+    CPipeInvokeSrv& operator=(const CPipeInvokeSrv&) = delete;
+
+    void WaitClientConnection();
+    // Serves the client until it goes away.
+    void DispatchLoop();
+    // One request and its response. False: the client has gone.
+    bool ProcessCommand();
+
+    // A request's text to its response frame text; never throws for a bad request.
+    std::wstring ExecuteRequest(const std::wstring& request);
+    // The same for a frame that lacks its closing U+0000: it is refused like any text
+    // outside the grammar.
+    std::wstring RejectRequest(const std::wstring& request);
+
+    // "cmd:<name> xml:<document>", prefixes without regard to case.
+    static bool ParseRequest(const std::wstring& request, std::wstring& command, std::wstring& document);
+    static std::wstring MakeXmlResponse(const std::wstring& document);
+    static std::wstring MakeErrorResponse(const std::exception& error);
+    // False: the client has gone.
+    bool SendResponse(const std::wstring& frame);
+
+private:
+    std::wstring FailedResponse(const std::wstring& command, const std::wstring& document,
+                                const std::exception& error);
+
+    std::shared_ptr<win::pipes::CPipeHandler> pipe;
+    std::shared_ptr<win::win_manual_reset_event_t> stopEvent;
+    std::shared_ptr<IInvokeDispatcher> dispatcher;
+};
+
+// Creates the server, waits for one client, serves it, and returns when it has gone.
+void RunPipeInvokeServer(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher);
+
+} // namespace wrap
