@@ -12,6 +12,7 @@
 #include <windows.h>
 #else
 
+#include <cstddef>
 #include <cstdint>
 #include <cwchar>
 
@@ -36,6 +37,10 @@ typedef void* HANDLE;
 typedef LONG HRESULT;
 typedef OLECHAR* BSTR;
 typedef short VARIANT_BOOL;
+typedef unsigned char boolean;
+typedef DWORD* LPDWORD;
+typedef void* PVOID;
+typedef std::size_t SIZE_T;
 
 #ifndef TRUE
 #define TRUE 1
@@ -50,8 +55,8 @@ typedef short VARIANT_BOOL;
 
 #define SUCCEEDED(hr) (((HRESULT)(hr)) >= 0)
 #define FAILED(hr) (((HRESULT)(hr)) < 0)
-#define HRESULT_FROM_WIN32(x)                                                                              \
-    ((HRESULT)(x) <= 0 ? ((HRESULT)(x)) : ((HRESULT)(((x) & 0x0000FFFF) | (7 << 16) | 0x80000000)))
+#define HRESULT_FROM_WIN32(x)                                                                                \
+    ((HRESULT)(x) <= 0 ? ((HRESULT)(x)) : ((HRESULT)(((x)&0x0000FFFF) | (7 << 16) | 0x80000000)))
 
 #define S_OK ((HRESULT)0L)
 #define S_FALSE ((HRESULT)1L)
@@ -70,6 +75,8 @@ typedef short VARIANT_BOOL;
 #define ERROR_FILE_NOT_FOUND 2L
 #define ERROR_PATH_NOT_FOUND 3L
 #define ERROR_ACCESS_DENIED 5L
+#define ERROR_INVALID_DATA 13L
+#define ERROR_NOT_SUPPORTED 50L
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_NO_MORE_FILES 18L
 #define ERROR_SHARING_VIOLATION 32L
@@ -85,7 +92,10 @@ typedef short VARIANT_BOOL;
 #define ERROR_PIPE_CONNECTED 535L
 #define ERROR_OPERATION_ABORTED 995L
 #define ERROR_IO_PENDING 997L
+#define ERROR_NOT_FOUND 1168L
 #define RPC_S_INVALID_STRING_UUID 1705L
+
+#define MAX_PATH 260
 
 #define INFINITE 0xFFFFFFFF
 
@@ -108,7 +118,9 @@ inline bool operator==(const GUID& a, const GUID& b) {
             return false;
     return true;
 }
-inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
+inline bool operator!=(const GUID& a, const GUID& b) {
+    return !(a == b);
+}
 
 const GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
@@ -122,5 +134,10 @@ BSTR SysAllocString(const OLECHAR* psz);
 BSTR SysAllocStringLen(const OLECHAR* strIn, UINT ui);
 void SysFreeString(BSTR bstrString);
 UINT SysStringLen(BSTR pbstr);
+
+// The COM task allocator: what the platform hands out (snapshot properties, share root paths)
+// and the caller frees. Implemented in compat/com_memory_posix.cpp.
+LPVOID CoTaskMemAlloc(SIZE_T cb);
+void CoTaskMemFree(LPVOID pv);
 
 #endif

@@ -1,0 +1,238 @@
+// Compiled against the Windows SDK in the cross-build (and against compat/ natively): every
+// VSS, COM and cluster call that compat/ declares is made here with the argument types the
+// tool uses, and each method's exact type is pinned, so that a declaration that drifts from
+// the SDK fails to build on one side or the other.
+#include "compat/cluster_api.h"
+#include "compat/com_ptr.h"
+#include "compat/vss_api.h"
+
+#include <type_traits>
+
+// The cast selects the one method of exactly that type, or fails to compile.
+#define PIN_METHOD(iface, method, ret, ...)                                                                  \
+    static_assert(static_cast<ret (STDMETHODCALLTYPE iface::*)(__VA_ARGS__)>(&iface::method) != nullptr,     \
+                  #iface "::" #method)
+
+PIN_METHOD(IUnknown, QueryInterface, HRESULT, REFIID, void**);
+PIN_METHOD(IUnknown, AddRef, ULONG);
+PIN_METHOD(IUnknown, Release, ULONG);
+
+PIN_METHOD(IVssAsync, Cancel, HRESULT);
+PIN_METHOD(IVssAsync, Wait, HRESULT, DWORD);
+PIN_METHOD(IVssAsync, QueryStatus, HRESULT, HRESULT*, INT*);
+
+PIN_METHOD(IVssWMFiledesc, GetPath, HRESULT, BSTR*);
+PIN_METHOD(IVssWMFiledesc, GetFilespec, HRESULT, BSTR*);
+PIN_METHOD(IVssWMFiledesc, GetRecursive, HRESULT, boolean*);
+PIN_METHOD(IVssWMFiledesc, GetAlternateLocation, HRESULT, BSTR*);
+PIN_METHOD(IVssWMFiledesc, GetBackupTypeMask, HRESULT, DWORD*);
+
+PIN_METHOD(IVssWMComponent, GetComponentInfo, HRESULT, PVSSCOMPONENTINFO*);
+PIN_METHOD(IVssWMComponent, FreeComponentInfo, HRESULT, PVSSCOMPONENTINFO);
+PIN_METHOD(IVssWMComponent, GetFile, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssWMComponent, GetDatabaseFile, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssWMComponent, GetDatabaseLogFile, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssWMComponent, GetDependency, HRESULT, UINT, IVssWMDependency**);
+
+PIN_METHOD(IVssExamineWriterMetadata, GetIdentity, HRESULT, VSS_ID*, VSS_ID*, BSTR*, VSS_USAGE_TYPE*,
+           VSS_SOURCE_TYPE*);
+PIN_METHOD(IVssExamineWriterMetadata, GetFileCounts, HRESULT, UINT*, UINT*, UINT*);
+PIN_METHOD(IVssExamineWriterMetadata, GetIncludeFile, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssExamineWriterMetadata, GetExcludeFile, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssExamineWriterMetadata, GetComponent, HRESULT, UINT, IVssWMComponent**);
+PIN_METHOD(IVssExamineWriterMetadata, GetRestoreMethod, HRESULT, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*,
+           VSS_WRITERRESTORE_ENUM*, boolean*, UINT*);
+PIN_METHOD(IVssExamineWriterMetadata, GetAlternateLocationMapping, HRESULT, UINT, IVssWMFiledesc**);
+PIN_METHOD(IVssExamineWriterMetadata, GetBackupSchema, HRESULT, DWORD*);
+PIN_METHOD(IVssExamineWriterMetadata, GetDocument, HRESULT, IXMLDOMDocument**);
+PIN_METHOD(IVssExamineWriterMetadata, SaveAsXML, HRESULT, BSTR*);
+PIN_METHOD(IVssExamineWriterMetadata, LoadFromXML, HRESULT, BSTR);
+
+PIN_METHOD(IVssBackupComponents, GetWriterComponentsCount, HRESULT, UINT*);
+PIN_METHOD(IVssBackupComponents, GetWriterComponents, HRESULT, UINT, IVssWriterComponentsExt**);
+PIN_METHOD(IVssBackupComponents, InitializeForBackup, HRESULT, BSTR);
+PIN_METHOD(IVssBackupComponents, SetBackupState, HRESULT, boolean, boolean, VSS_BACKUP_TYPE, boolean);
+PIN_METHOD(IVssBackupComponents, InitializeForRestore, HRESULT, BSTR);
+PIN_METHOD(IVssBackupComponents, SetRestoreState, HRESULT, VSS_RESTORE_TYPE);
+PIN_METHOD(IVssBackupComponents, GatherWriterMetadata, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, GetWriterMetadataCount, HRESULT, UINT*);
+PIN_METHOD(IVssBackupComponents, GetWriterMetadata, HRESULT, UINT, VSS_ID*, IVssExamineWriterMetadata**);
+PIN_METHOD(IVssBackupComponents, FreeWriterMetadata, HRESULT);
+PIN_METHOD(IVssBackupComponents, AddComponent, HRESULT, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR);
+PIN_METHOD(IVssBackupComponents, PrepareForBackup, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, AbortBackup, HRESULT);
+PIN_METHOD(IVssBackupComponents, GatherWriterStatus, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, GetWriterStatusCount, HRESULT, UINT*);
+PIN_METHOD(IVssBackupComponents, FreeWriterStatus, HRESULT);
+PIN_METHOD(IVssBackupComponents, GetWriterStatus, HRESULT, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*,
+           HRESULT*);
+PIN_METHOD(IVssBackupComponents, SetBackupSucceeded, HRESULT, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, boolean);
+PIN_METHOD(IVssBackupComponents, SetBackupOptions, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           LPCWSTR);
+PIN_METHOD(IVssBackupComponents, SetSelectedForRestore, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           boolean);
+PIN_METHOD(IVssBackupComponents, SetRestoreOptions, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           LPCWSTR);
+PIN_METHOD(IVssBackupComponents, SetAdditionalRestores, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           boolean);
+PIN_METHOD(IVssBackupComponents, SetPreviousBackupStamp, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, LPCWSTR);
+PIN_METHOD(IVssBackupComponents, SaveAsXML, HRESULT, BSTR*);
+PIN_METHOD(IVssBackupComponents, BackupComplete, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, AddAlternativeLocationMapping, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, LPCWSTR, LPCWSTR, boolean, LPCWSTR);
+PIN_METHOD(IVssBackupComponents, AddRestoreSubcomponent, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, LPCWSTR, LPCWSTR, boolean);
+PIN_METHOD(IVssBackupComponents, SetFileRestoreStatus, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           VSS_FILE_RESTORE_STATUS);
+PIN_METHOD(IVssBackupComponents, AddNewTarget, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
+           LPCWSTR, boolean, LPCWSTR);
+PIN_METHOD(IVssBackupComponents, SetRangesFilePath, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           UINT, LPCWSTR);
+PIN_METHOD(IVssBackupComponents, PreRestore, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, PostRestore, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, SetContext, HRESULT, LONG);
+PIN_METHOD(IVssBackupComponents, StartSnapshotSet, HRESULT, VSS_ID*);
+PIN_METHOD(IVssBackupComponents, AddToSnapshotSet, HRESULT, VSS_PWSZ, VSS_ID, VSS_ID*);
+PIN_METHOD(IVssBackupComponents, DoSnapshotSet, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, DeleteSnapshots, HRESULT, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*);
+PIN_METHOD(IVssBackupComponents, ImportSnapshots, HRESULT, IVssAsync**);
+PIN_METHOD(IVssBackupComponents, BreakSnapshotSet, HRESULT, VSS_ID);
+PIN_METHOD(IVssBackupComponents, GetSnapshotProperties, HRESULT, VSS_ID, VSS_SNAPSHOT_PROP*);
+PIN_METHOD(IVssBackupComponents, Query, HRESULT, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**);
+PIN_METHOD(IVssBackupComponents, IsVolumeSupported, HRESULT, VSS_ID, VSS_PWSZ, BOOL*);
+PIN_METHOD(IVssBackupComponents, DisableWriterClasses, HRESULT, const VSS_ID*, UINT);
+PIN_METHOD(IVssBackupComponents, EnableWriterClasses, HRESULT, const VSS_ID*, UINT);
+PIN_METHOD(IVssBackupComponents, DisableWriterInstances, HRESULT, const VSS_ID*, UINT);
+PIN_METHOD(IVssBackupComponents, ExposeSnapshot, HRESULT, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*);
+PIN_METHOD(IVssBackupComponents, RevertToSnapshot, HRESULT, VSS_ID, BOOL);
+PIN_METHOD(IVssBackupComponents, QueryRevertStatus, HRESULT, VSS_PWSZ, IVssAsync**);
+
+PIN_METHOD(IVssBackupComponentsEx, GetWriterMetadataEx, HRESULT, UINT, VSS_ID*,
+           IVssExamineWriterMetadataEx**);
+PIN_METHOD(IVssBackupComponentsEx, SetSelectedForRestoreEx, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, boolean, VSS_ID);
+PIN_METHOD(IVssBackupComponentsEx2, UnexposeSnapshot, HRESULT, VSS_ID);
+PIN_METHOD(IVssBackupComponentsEx2, SetAuthoritativeRestore, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
+           LPCWSTR, boolean);
+PIN_METHOD(IVssBackupComponentsEx2, SetRollForward, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           VSS_ROLLFORWARD_TYPE, LPCWSTR);
+PIN_METHOD(IVssBackupComponentsEx2, SetRestoreName, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+           LPCWSTR);
+PIN_METHOD(IVssBackupComponentsEx2, BreakSnapshotSetEx, HRESULT, VSS_ID, DWORD, IVssAsync**);
+PIN_METHOD(IVssBackupComponentsEx2, PreFastRecovery, HRESULT, VSS_ID, DWORD, IVssAsync**);
+PIN_METHOD(IVssBackupComponentsEx2, FastRecovery, HRESULT, VSS_ID, DWORD, IVssAsync**);
+PIN_METHOD(IVssBackupComponentsEx3, GetWriterStatusEx, HRESULT, UINT, VSS_ID*, VSS_ID*, BSTR*,
+           VSS_WRITER_STATE*, HRESULT*, HRESULT*, BSTR*);
+PIN_METHOD(IVssBackupComponentsEx3, AddSnapshotToRecoverySet, HRESULT, VSS_ID, DWORD, VSS_PWSZ);
+PIN_METHOD(IVssBackupComponentsEx3, RecoverSet, HRESULT, DWORD, IVssAsync**);
+PIN_METHOD(IVssBackupComponentsEx3, GetSessionId, HRESULT, VSS_ID*);
+PIN_METHOD(IVssBackupComponentsEx4, GetRootAndLogicalPrefixPaths, HRESULT, VSS_PWSZ, VSS_PWSZ*, VSS_PWSZ*,
+           BOOL);
+
+static_assert(std::is_base_of_v<IVssBackupComponentsEx3, IVssBackupComponentsEx4>);
+static_assert(std::is_base_of_v<IVssBackupComponentsEx2, IVssBackupComponentsEx3>);
+static_assert(std::is_base_of_v<IVssBackupComponentsEx, IVssBackupComponentsEx2>);
+static_assert(std::is_base_of_v<IVssBackupComponents, IVssBackupComponentsEx>);
+static_assert(sizeof(VSS_ID) == 16);
+static_assert(VSS_S_ASYNC_PENDING == 0x00042309 && VSS_S_ASYNC_FINISHED == 0x0004230A &&
+              VSS_S_ASYNC_CANCELLED == 0x0004230B);
+static_assert(VSS_E_BAD_STATE == (HRESULT)0x80042301 && VSS_E_OBJECT_NOT_FOUND == (HRESULT)0x80042308 &&
+              VSS_E_OBJECT_ALREADY_EXISTS == (HRESULT)0x8004230D &&
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER == (HRESULT)0x8004230E &&
+              VSS_E_PROVIDER_NOT_REGISTERED == (HRESULT)0x80042304 &&
+              VSS_E_INVALID_XML_DOCUMENT == (HRESULT)0x80042311);
+static_assert(VSS_VOLSNAP_ATTR_TRANSPORTABLE == 0x20 && (DWORD)VSS_CTX_ALL == 0xffffffff);
+static_assert(VSS_WS_STABLE == 1 && VSS_WS_WAITING_FOR_BACKUP_COMPLETE == 5 &&
+              VSS_WS_FAILED_AT_BACKUPSHUTDOWN == 15);
+static_assert(VSS_BT_FULL == 1 && VSS_CT_DATABASE == 1 && VSS_CT_FILEGROUP == 2);
+static_assert(
+    std::is_same_v<decltype(&CreateVssBackupComponentsInternal), HRESULT(WINAPI*)(IVssBackupComponents**)>);
+static_assert(
+    std::is_same_v<decltype(&VssFreeSnapshotPropertiesInternal), void(WINAPI*)(VSS_SNAPSHOT_PROP*)>);
+static_assert(std::is_same_v<decltype(&ClusterIsPathOnSharedVolume), BOOL(WINAPI*)(LPCWSTR)>);
+static_assert(std::is_same_v<decltype(&ClusterPrepareSharedVolumeForBackup),
+                             DWORD(WINAPI*)(LPCWSTR, LPWSTR, LPDWORD, LPWSTR, LPDWORD)>);
+static_assert(std::is_same_v<decltype(&ClusterClearBackupStateForSharedVolume), DWORD(WINAPI*)(LPCWSTR)>);
+
+// The calls the tool makes, in the form it makes them; never run, only compiled and linked.
+void call_every_requester_operation(compat::com_ptr_t<IVssBackupComponents> backup) {
+    VSS_ID id = GUID_NULL;
+    UINT count = 0;
+    BSTR text = nullptr;
+    compat::com_ptr_t<IVssAsync> async;
+
+    backup->InitializeForBackup();
+    backup->InitializeForBackup(text);
+    backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE);
+    backup->SetContext(VSS_CTX_ALL);
+    backup->EnableWriterClasses(&id, 1);
+    backup->GatherWriterMetadata(async.put());
+    backup->GetWriterMetadataCount(&count);
+    compat::com_ptr_t<IVssExamineWriterMetadata> metadata;
+    backup->GetWriterMetadata(0, &id, metadata.put());
+    backup->StartSnapshotSet(&id);
+    backup->AddComponent(id, id, VSS_CT_FILEGROUP, L"", L"name");
+    BOOL supported = FALSE;
+    WCHAR volume[] = L"\\\\?\\Volume{00000000-0000-0000-0000-000000000000}\\";
+    backup->IsVolumeSupported(id, volume, &supported);
+    backup->AddToSnapshotSet(volume, id, &id);
+    backup->SetBackupState(true, true, VSS_BT_FULL, false);
+    backup->PrepareForBackup(async.put());
+    backup->GatherWriterStatus(async.put());
+    backup->GetWriterStatusCount(&count);
+    VSS_WRITER_STATE state = VSS_WS_UNKNOWN;
+    HRESULT failure = S_OK;
+    backup->GetWriterStatus(0, &id, &id, &text, &state, &failure);
+    backup->DoSnapshotSet(async.put());
+    VSS_SNAPSHOT_PROP prop{};
+    backup->GetSnapshotProperties(id, &prop);
+    VssFreeSnapshotPropertiesInternal(&prop);
+    backup->SaveAsXML(&text);
+    backup->SetBackupSucceeded(id, id, VSS_CT_FILEGROUP, L"", L"name", true);
+    backup->BackupComplete(async.put());
+    backup->ImportSnapshots(async.put());
+
+    compat::com_ptr_t<IVssBackupComponentsEx4> ex4;
+    backup.query(IID_IVssBackupComponentsEx4, ex4);
+    VSS_PWSZ root = nullptr;
+    VSS_PWSZ prefix = nullptr;
+    ex4->GetRootAndLogicalPrefixPaths(volume, &root, &prefix, FALSE);
+    CoTaskMemFree(root);
+    CoTaskMemFree(prefix);
+
+    HRESULT status = S_OK;
+    async->QueryStatus(&status, nullptr);
+    async->Cancel();
+
+    VSS_USAGE_TYPE usage = VSS_UT_UNDEFINED;
+    VSS_SOURCE_TYPE source = VSS_ST_UNDEFINED;
+    metadata->GetIdentity(&id, &id, &text, &usage, &source);
+    UINT includes = 0, excludes = 0;
+    metadata->GetFileCounts(&includes, &excludes, &count);
+    compat::com_ptr_t<IVssWMComponent> component;
+    metadata->GetComponent(0, component.put());
+    metadata->SaveAsXML(&text);
+
+    PVSSCOMPONENTINFO info = nullptr;
+    component->GetComponentInfo(&info);
+    component->FreeComponentInfo(info);
+    compat::com_ptr_t<IVssWMFiledesc> file;
+    component->GetFile(0, file.put());
+    file->GetPath(&text);
+    file->GetFilespec(&text);
+    boolean recursive = false;
+    file->GetRecursive(&recursive);
+    SysFreeString(text);
+
+    CreateVssBackupComponentsInternal(backup.put());
+    WCHAR path[MAX_PATH];
+    WCHAR name[MAX_PATH];
+    DWORD path_length = MAX_PATH;
+    DWORD name_length = MAX_PATH;
+    ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\");
+    ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\a", path, &path_length, name,
+                                        &name_length);
+    ClusterClearBackupStateForSharedVolume(L"C:\\ClusterStorage\\Volume1\\a");
+}
