@@ -77,5 +77,6 @@ public:
 
 private:
     struct parsed_t;
+    static parsed_t Parse(const std::string& document);
     explicit CHvBackupSpec(parsed_t&& parsed);
 };

@@ -1,0 +1,194 @@
+// The DOM over pugixml. Text crosses as UTF-8 inside and as wide strings outside,
+// converted strictly; the messages and codes are those of the platform's DOM.
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/xml/dom_platform.h"
+
+#include <pugixml.hpp>
+
+namespace {
+
+struct posix_dom_ref_t {
+    std::shared_ptr<pugi::xml_document> document;
+    pugi::xml_node node;
+};
+
+} // namespace
+
+struct dom_document_native_t : posix_dom_ref_t {};
+struct dom_element_native_t : posix_dom_ref_t {};
+struct dom_node_native_t : posix_dom_ref_t {};
+
+namespace {
+
+// Comments and processing instructions are nodes of the document, as on the platform.
+constexpr unsigned int parse_options = pugi::parse_default | pugi::parse_comments | pugi::parse_pi;
+constexpr unsigned int save_options = pugi::format_raw | pugi::format_no_declaration;
+
+template <class Holder, class Native = std::remove_pointer_t<decltype(std::declval<Holder>().native())>>
+Holder make_holder(const std::shared_ptr<pugi::xml_document>& document, pugi::xml_node node) {
+    auto native = std::make_shared<Native>();
+    native->document = document;
+    native->node = node;
+    return Holder(std::move(native));
+}
+
+template <class Native> const posix_dom_ref_t& ref_of(const dom_ref_t<Native>& holder) {
+    if (holder.empty())
+        throw exc::com_exc_t(E_POINTER);
+    return *holder.native();
+}
+
+// The names the platform gives to nodes that are no elements.
+std::string node_name_of(const pugi::xml_node& node) {
+    switch (node.type()) {
+    case pugi::node_pcdata:
+        return "#text";
+    case pugi::node_cdata:
+        return "#cdata-section";
+    case pugi::node_comment:
+        return "#comment";
+    case pugi::node_document:
+        return "#document";
+    default:
+        return node.name();
+    }
+}
+
+bool ascii_iequals(const char* a, const std::string& b) {
+    std::size_t i = 0;
+    for (; a[i] != '\0' && i < b.size(); ++i) {
+        auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+        if (fold(a[i]) != fold(b[i]))
+            return false;
+    }
+    return a[i] == '\0' && i == b.size();
+}
+
+// The platform refuses what pugixml lets through: no root, several roots, text beside the root.
+bool has_single_root(const pugi::xml_document& document) {
+    int roots = 0;
+    for (pugi::xml_node child = document.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element)
+            ++roots;
+        else if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+            return false;
+    }
+    return roots == 1;
+}
+
+struct string_writer_t : pugi::xml_writer {
+    std::string text;
+    void write(const void* data, std::size_t size) override {
+        text.append(static_cast<const char*>(data), size);
+    }
+};
+
+} // namespace
+
+dom_document_t dom_create_document() {
+    auto document = std::make_shared<pugi::xml_document>();
+    return make_holder<dom_document_t>(document, *document);
+}
+
+dom_document_t dom_load(const std::wstring& xml) {
+    std::string utf8;
+    try {
+        utf8 = to_utf8(xml);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace(dom_platform::load_failed_text, to_ansi_nothrow(xml), e);
+    }
+    auto document = std::make_shared<pugi::xml_document>();
+    const pugi::xml_parse_result parsed =
+        document->load_buffer(utf8.data(), utf8.size(), parse_options, pugi::encoding_utf8);
+    if (!parsed || !has_single_root(*document))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
+    return make_holder<dom_document_t>(document, *document);
+}
+
+std::wstring dom_serialize(const dom_document_t& document) {
+    try {
+        string_writer_t writer;
+        ref_of(document).node.print(writer, "", save_options, pugi::encoding_utf8);
+        return from_utf8(writer.text);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
+    }
+}
+
+dom_document_t dom_owner_document(const dom_node_t& node) {
+    const posix_dom_ref_t& ref = ref_of(node);
+    return make_holder<dom_document_t>(ref.document, *ref.document);
+}
+
+dom_node_t dom_as_node(const dom_document_t& document) {
+    const posix_dom_ref_t& ref = ref_of(document);
+    return make_holder<dom_node_t>(ref.document, ref.node);
+}
+
+dom_node_t dom_as_node(const dom_element_t& element) {
+    const posix_dom_ref_t& ref = ref_of(element);
+    return make_holder<dom_node_t>(ref.document, ref.node);
+}
+
+void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
+    try {
+        const posix_dom_ref_t& ref = ref_of(element);
+        const std::string name_utf8 = to_utf8(name);
+        pugi::xml_node node = ref.node;
+        pugi::xml_attribute attribute = node.attribute(name_utf8.c_str());
+        if (!attribute)
+            attribute = node.append_attribute(name_utf8.c_str());
+        attribute.set_value(to_utf8(value).c_str());
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
+    }
+}
+
+std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name) {
+    const pugi::xml_attribute attribute = ref_of(element).node.attribute(to_utf8(name).c_str());
+    if (!attribute)
+        dom_platform::throw_unexpected_attribute_type(1, name);
+    return from_utf8(attribute.value());
+}
+
+namespace dom_platform {
+
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 const std::wstring& name) {
+    const posix_dom_ref_t& document = ref_of(owner);
+    pugi::xml_node parent_node = ref_of(parent).node;
+    pugi::xml_node element = parent_node.append_child(to_utf8(name).c_str());
+    if (!element)
+        throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
+    return make_holder<dom_element_t>(document.document, element);
+}
+
+std::vector<dom_element_t> child_elements(const dom_node_t& node) {
+    const posix_dom_ref_t& ref = ref_of(node);
+    std::vector<dom_element_t> elements;
+    for (pugi::xml_node child = ref.node.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element)
+            throw exc::com_exc_t(E_NOINTERFACE, "Failed to convert XMLDOMNode to XMLDOMElement.");
+        elements.push_back(make_holder<dom_element_t>(ref.document, child));
+    }
+    return elements;
+}
+
+std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
+                                                 std::size_t limit) {
+    const posix_dom_ref_t& ref = ref_of(node);
+    const std::string tag_utf8 = to_utf8(tag);
+    std::vector<dom_element_t> elements;
+    for (pugi::xml_node child = ref.node.first_child(); child && elements.size() < limit;
+         child = child.next_sibling()) {
+        if (!ascii_iequals(node_name_of(child).c_str(), tag_utf8))
+            continue;
+        if (child.type() != pugi::node_element)
+            throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");
+        elements.push_back(make_holder<dom_element_t>(ref.document, child));
+    }
+    return elements;
+}
+
+} // namespace dom_platform

