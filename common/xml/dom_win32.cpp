@@ -1,0 +1,247 @@
+// The DOM over the platform's XML DOM through COM. Needs COM on the calling thread.
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/xml/dom_platform.h"
+#include "compat/com_ptr.h"
+#include "compat/win_types.h"
+
+#include <msxml2.h>
+
+using compat::com_ptr_t;
+
+struct dom_document_native_t {
+    com_ptr_t<IXMLDOMDocument> ptr;
+};
+struct dom_element_native_t {
+    com_ptr_t<IXMLDOMElement> ptr;
+};
+struct dom_node_native_t {
+    com_ptr_t<IXMLDOMNode> ptr;
+};
+
+namespace {
+
+// The published identifiers; no version-specific class is asked for.
+const CLSID clsid_dom_document = {
+    0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+const IID iid_dom_document = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+const IID iid_dom_node = {0x2933BF80, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+const IID iid_dom_element = {0x2933BF86, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+constexpr DWORD class_context_all = 23;
+
+void check(HRESULT hr, const char* message) {
+    if (hr != S_OK)
+        throw exc::com_exc_t(hr, message);
+}
+
+void check(HRESULT hr, const char* fmt, const std::string& argument) {
+    if (hr != S_OK)
+        throw exc::com_exc_t(hr, fmt, argument);
+}
+
+// A BSTR made from our text for the length of one call.
+class bstr_arg_t {
+public:
+    explicit bstr_arg_t(const std::wstring& text)
+        : value_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
+        if (value_ == nullptr)
+            throw exc::com_exc_t(E_OUTOFMEMORY);
+    }
+    ~bstr_arg_t() { SysFreeString(value_); }
+    bstr_arg_t(const bstr_arg_t&) = delete;
+    bstr_arg_t& operator=(const bstr_arg_t&) = delete;
+    BSTR get() const noexcept { return value_; }
+
+private:
+    BSTR value_;
+};
+
+// A BSTR handed out by a call; null reads as the empty text.
+class bstr_result_t {
+public:
+    bstr_result_t() = default;
+    ~bstr_result_t() { SysFreeString(value_); }
+    bstr_result_t(const bstr_result_t&) = delete;
+    bstr_result_t& operator=(const bstr_result_t&) = delete;
+    BSTR* put() noexcept { return &value_; }
+    std::wstring text() const { return value_ != nullptr ? std::wstring(value_, SysStringLen(value_)) : L""; }
+
+private:
+    BSTR value_ = nullptr;
+};
+
+class variant_result_t {
+public:
+    variant_result_t() { VariantInit(&value_); }
+    ~variant_result_t() { VariantClear(&value_); }
+    variant_result_t(const variant_result_t&) = delete;
+    variant_result_t& operator=(const variant_result_t&) = delete;
+    VARIANT* put() noexcept { return &value_; }
+    const VARIANT& get() const noexcept { return value_; }
+
+private:
+    VARIANT value_;
+};
+
+template <class Native> const Native& native_of(const dom_ref_t<Native>& holder) {
+    if (holder.empty() || !holder.native()->ptr)
+        throw exc::com_exc_t(E_POINTER);
+    return *holder.native();
+}
+
+template <class Holder, class Interface> Holder make_holder(com_ptr_t<Interface> ptr) {
+    auto native = std::make_shared<std::remove_pointer_t<decltype(std::declval<Holder>().native())>>();
+    native->ptr = std::move(ptr);
+    return Holder(std::move(native));
+}
+
+com_ptr_t<IXMLDOMNodeList> open_children(const dom_node_t& node, const char* open_failed,
+                                         const char* length_failed, long& length) {
+    com_ptr_t<IXMLDOMNodeList> children;
+    check(native_of(node).ptr->get_childNodes(children.put()), open_failed);
+    check(children->get_length(&length), length_failed);
+    return children;
+}
+
+com_ptr_t<IXMLDOMNode> item_at(const com_ptr_t<IXMLDOMNodeList>& children, long index) {
+    com_ptr_t<IXMLDOMNode> item;
+    check(children->get_item(index, item.put()), "Failed to retrieve collection item by its index (%1).",
+          num_to_string(static_cast<std::int32_t>(index)));
+    return item;
+}
+
+} // namespace
+
+dom_document_t dom_create_document() {
+    com_ptr_t<IXMLDOMDocument> document;
+    check(CoCreateInstance(clsid_dom_document, nullptr, class_context_all, iid_dom_document,
+                           reinterpret_cast<void**>(document.put())),
+          "Failed to create instance of DOMDocument");
+    return make_holder<dom_document_t>(std::move(document));
+}
+
+// A parse error comes back as S_FALSE with the flag false, and is reported with that code.
+dom_document_t dom_load(const std::wstring& xml) {
+    const dom_document_t document = dom_create_document();
+    IXMLDOMDocument* ptr = native_of(document).ptr.get();
+    check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    const bstr_arg_t text(xml);
+    const HRESULT hr = ptr->loadXML(text.get(), &loaded);
+    if (FAILED(hr) || loaded == VARIANT_FALSE)
+        throw exc::com_exc_t(hr, dom_platform::load_failed_text, to_ansi_nothrow(xml));
+    return document;
+}
+
+std::wstring dom_serialize(const dom_document_t& document) {
+    bstr_result_t text;
+    check(native_of(document).ptr->get_xml(text.put()), dom_platform::serialize_failed_text);
+    return text.text();
+}
+
+// A document is its own owner.
+dom_document_t dom_owner_document(const dom_node_t& node) {
+    const char* failed = "Failed to retrieve document-owner for the specified node.";
+    const com_ptr_t<IXMLDOMNode>& ptr = native_of(node).ptr;
+    com_ptr_t<IXMLDOMDocument> document;
+    if (ptr.query(iid_dom_document, document) == S_OK)
+        return make_holder<dom_document_t>(std::move(document));
+    com_ptr_t<IXMLDOMDocument> owner;
+    check(ptr->get_ownerDocument(owner.put()), failed);
+    check(owner.query(iid_dom_document, document), failed);
+    return make_holder<dom_document_t>(std::move(document));
+}
+
+dom_node_t dom_as_node(const dom_document_t& document) {
+    com_ptr_t<IXMLDOMNode> node;
+    check(native_of(document).ptr.query(iid_dom_node, node),
+          "Failed to convert IXMLDOMDocument to IXMLDOMNode");
+    return make_holder<dom_node_t>(std::move(node));
+}
+
+dom_node_t dom_as_node(const dom_element_t& element) {
+    com_ptr_t<IXMLDOMNode> node;
+    check(native_of(element).ptr.query(iid_dom_node, node),
+          "The given DOM element does not support IXMLDOMNode interface.");
+    return make_holder<dom_node_t>(std::move(node));
+}
+
+void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
+    const bstr_arg_t name_arg(name);
+    const bstr_arg_t value_arg(value);
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = VT_BSTR;
+    variant.bstrVal = value_arg.get();
+    check(native_of(element).ptr->setAttribute(name_arg.get(), variant),
+          "Failed to set value of the attribute '%1'.", to_ansi_nothrow(name));
+}
+
+// A missing attribute is no call failure: it arrives as VT_NULL.
+std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name) {
+    const bstr_arg_t name_arg(name);
+    variant_result_t value;
+    const HRESULT hr = native_of(element).ptr->getAttribute(name_arg.get(), value.put());
+    if (FAILED(hr))
+        throw exc::com_exc_t(hr, "Failed to get value of the attribute '%1'.", to_ansi_nothrow(name));
+    if (value.get().vt != VT_BSTR)
+        dom_platform::throw_unexpected_attribute_type(value.get().vt, name);
+    const BSTR text = value.get().bstrVal;
+    return text != nullptr ? std::wstring(text, SysStringLen(text)) : L"";
+}
+
+namespace dom_platform {
+
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 const std::wstring& name) {
+    const bstr_arg_t name_arg(name);
+    com_ptr_t<IXMLDOMElement> element;
+    const HRESULT hr = native_of(owner).ptr->createElement(name_arg.get(), element.put());
+    if (hr != S_OK)
+        throw exc::com_exc_t(hr);
+    com_ptr_t<IXMLDOMNode> appended;
+    check(native_of(parent).ptr->appendChild(element.get(), appended.put()),
+          "Failed to append node to the child nodes list.");
+    return make_holder<dom_element_t>(std::move(element));
+}
+
+std::vector<dom_element_t> child_elements(const dom_node_t& node) {
+    long length = 0;
+    const com_ptr_t<IXMLDOMNodeList> children =
+        open_children(node, "Failed to open nodes collection.",
+                      "Failed to define number of the nodes in the collection.", length);
+    std::vector<dom_element_t> elements;
+    for (long i = 0; i < length; ++i) {
+        const com_ptr_t<IXMLDOMNode> item = item_at(children, i);
+        if (!item)
+            continue;
+        com_ptr_t<IXMLDOMElement> element;
+        check(item.query(iid_dom_element, element), "Failed to convert XMLDOMNode to XMLDOMElement.");
+        elements.push_back(make_holder<dom_element_t>(std::move(element)));
+    }
+    return elements;
+}
+
+std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
+                                                 std::size_t limit) {
+    long length = 0;
+    const com_ptr_t<IXMLDOMNodeList> children =
+        open_children(node, "Failed to open collection of the child nodes.",
+                      "Failed to define dimension of the collection.", length);
+    std::vector<dom_element_t> elements;
+    for (long i = 0; i < length && elements.size() < limit; ++i) {
+        const com_ptr_t<IXMLDOMNode> item = item_at(children, i);
+        if (!item)
+            continue;
+        bstr_result_t name;
+        check(item->get_nodeName(name.put()), "Failed to retrieve node name.");
+        if (!iequals(name.text(), tag))
+            continue;
+        com_ptr_t<IXMLDOMElement> element;
+        check(item.query(iid_dom_element, element), "XML node does not support IXMLDOMElement interface.");
+        elements.push_back(make_holder<dom_element_t>(std::move(element)));
+    }
+    return elements;
+}
+
+} // namespace dom_platform
