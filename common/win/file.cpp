@@ -1,0 +1,112 @@
+#include "common/win/file.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/win/file_os.h"
+
+#include <atomic>
+
+namespace win {
+
+namespace {
+
+std::atomic<impersonation_provider_t> g_impersonation_provider{nullptr};
+
+std::string name_of(const win_file_t& file) {
+    return to_ansi_nothrow(file.path);
+}
+
+std::string seek_method_name(seek_method_t method) {
+    switch (method) {
+    case seek_method_t::begin:
+        return "FILE_BEGIN";
+    case seek_method_t::current:
+        return "FILE_CURRENT";
+    case seek_method_t::end:
+        return "FILE_END";
+    }
+    return num_to_string(static_cast<std::uint64_t>(method));
+}
+
+std::string signed_text(std::int64_t value) {
+    return value < 0 ? "-" + num_to_string(static_cast<std::uint64_t>(0) - static_cast<std::uint64_t>(value))
+                     : num_to_string(static_cast<std::uint64_t>(value));
+}
+
+} // namespace
+
+void set_impersonation_provider(impersonation_provider_t provider) noexcept {
+    g_impersonation_provider.store(provider);
+}
+
+shared_file_t file_open(const std::wstring& path) {
+    auto file = std::make_shared<win_file_t>();
+    file->path = path;
+    if (impersonation_provider_t provider = g_impersonation_provider.load())
+        file->impersonation = provider(path);
+    HANDLE handle = nullptr;
+    const DWORD error = detail::os_open_file(path, handle);
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("Failed to create or open file [%1].", to_ansi_nothrow(path), error);
+    file->handle = std::make_shared<win_handle_t>(handle);
+    return file;
+}
+
+DWORD file_write(win_file_t& file, const void* buffer, DWORD length) {
+    DWORD written = 0;
+    const DWORD error = detail::os_write_file(file.handle->handle(), buffer, length, written);
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("Failed to write data to the file [%1].", name_of(file), error);
+    return written;
+}
+
+DWORD file_read(win_file_t& file, void* buffer, DWORD length) {
+    DWORD read = 0;
+    const DWORD error = detail::os_read_file(file.handle->handle(), buffer, length, read);
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("Failed to read data from the file [%1].", name_of(file), error);
+    return read;
+}
+
+std::uint64_t file_size(win_file_t& file) {
+    std::uint64_t size = 0;
+    const DWORD error = detail::os_file_size(file.handle->handle(), size);
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("WINAPI: Cannot get file size. File: [%1].", name_of(file), error);
+    return size;
+}
+
+std::uint64_t file_seek(win_file_t& file, std::int64_t offset, seek_method_t method) {
+    std::uint64_t position = 0;
+    const DWORD error =
+        detail::os_set_file_pointer(file.handle->handle(), offset, static_cast<DWORD>(method), position);
+    if (error != ERROR_SUCCESS) {
+        const std::string text = format_message(
+            "Seek operation has failed. File: [%1]. Distance to move: [%2]. Move method: [%3].",
+            name_of(file), signed_text(offset), seek_method_name(method));
+        throw exc::win_sys_exc_t(text, error);
+    }
+    return position;
+}
+
+void file_set_size(win_file_t& file, std::uint64_t size) {
+    std::uint64_t position = 0;
+    DWORD error = detail::os_set_file_pointer(file.handle->handle(), static_cast<std::int64_t>(size),
+                                              static_cast<DWORD>(seek_method_t::begin), position);
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t(
+            "Unable to reset file size: move operation has failed. Specified file size: [%1]. File: [%2].",
+            num_to_string(size), name_of(file), error);
+    error = detail::os_set_end_of_file(file.handle->handle());
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("Unable to reset file size: trunk operation has failed. File: [%1].",
+                                 name_of(file), error);
+}
+
+void file_flush(win_file_t& file) {
+    const DWORD error = detail::os_flush_file(file.handle->handle());
+    if (error != ERROR_SUCCESS)
+        throw exc::win_sys_exc_t("Failed to flush file buffers. File: [%1].", name_of(file), error);
+}
+
+} // namespace win

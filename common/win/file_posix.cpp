@@ -1,0 +1,140 @@
+#include "common/win/errno_posix.h"
+#include "common/win/file_os.h"
+#include "common/win/kernel_object_posix.h"
+#include "common/win/local_path.h"
+#include "hostsim/host_access.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace win::detail {
+
+namespace {
+
+class file_object_t final : public posix::kernel_object_t {
+public:
+    explicit file_object_t(int fd) : fd_(fd) {}
+    int fd() const { return fd_; }
+
+private:
+    ~file_object_t() override { ::close(fd_); }
+    int fd_;
+};
+
+int fd_of(HANDLE handle) {
+    auto* file = dynamic_cast<file_object_t*>(posix::from_handle(handle));
+    return file == nullptr ? -1 : file->fd();
+}
+
+DWORD last_errno_error() {
+    return win32_error_from_errno(errno);
+}
+
+} // namespace
+
+DWORD os_open_file(const std::wstring& path, HANDLE& handle) {
+    if (auto fault = hostsim::win32_call("CreateFileW", path))
+        return *fault;
+    const auto local = local_path(path);
+    if (!local)
+        return ERROR_PATH_NOT_FOUND;
+    const int fd = ::open(local->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return errno == ENOENT ? ERROR_PATH_NOT_FOUND : last_errno_error();
+    // Others may read; a second writer is kept out, as the share mode does.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        const DWORD error = errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : last_errno_error();
+        ::close(fd);
+        return error;
+    }
+    handle = posix::to_handle(new file_object_t(fd));
+    return ERROR_SUCCESS;
+}
+
+DWORD os_write_file(HANDLE file, const void* buffer, DWORD length, DWORD& written) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    written = 0;
+    const char* data = static_cast<const char*>(buffer);
+    while (written < length) {
+        const ssize_t n = ::write(fd, data + written, length - written);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return last_errno_error();
+        }
+        written += static_cast<DWORD>(n);
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD os_read_file(HANDLE file, void* buffer, DWORD length, DWORD& read) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    read = 0;
+    char* data = static_cast<char*>(buffer);
+    while (read < length) {
+        const ssize_t n = ::read(fd, data + read, length - read);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return last_errno_error();
+        }
+        if (n == 0)
+            break;
+        read += static_cast<DWORD>(n);
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD os_file_size(HANDLE file, std::uint64_t& size) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0)
+        return last_errno_error();
+    size = static_cast<std::uint64_t>(st.st_size);
+    return ERROR_SUCCESS;
+}
+
+DWORD os_set_file_pointer(HANDLE file, std::int64_t offset, DWORD method, std::uint64_t& position) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    static const int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (method > 2)
+        return ERROR_INVALID_PARAMETER;
+    const off_t result = ::lseek(fd, static_cast<off_t>(offset), whence[method]);
+    if (result < 0)
+        return errno == EINVAL ? 131 /* ERROR_NEGATIVE_SEEK */ : last_errno_error();
+    position = static_cast<std::uint64_t>(result);
+    return ERROR_SUCCESS;
+}
+
+DWORD os_set_end_of_file(HANDLE file) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    const off_t position = ::lseek(fd, 0, SEEK_CUR);
+    if (position < 0 || ::ftruncate(fd, position) != 0)
+        return last_errno_error();
+    return ERROR_SUCCESS;
+}
+
+DWORD os_flush_file(HANDLE file) {
+    const int fd = fd_of(file);
+    if (fd < 0)
+        return ERROR_INVALID_HANDLE;
+    if (::fdatasync(fd) != 0)
+        return last_errno_error();
+    return ERROR_SUCCESS;
+}
+
+} // namespace win::detail

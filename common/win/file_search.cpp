@@ -1,0 +1,84 @@
+#include "common/win/file_search.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/logging/log.h"
+#include "common/win/file_system_os.h"
+
+namespace win {
+
+namespace {
+
+const char* const search_failed_text = "File search operation has failed. Search mask: [%1].";
+
+bool is_not_there(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+} // namespace
+
+namespace detail {
+
+DWORD find_first_with_retry(const std::wstring& path, os_search_t& search, find_data_t& entry) {
+    const DWORD first_error = search.first(path, entry);
+    if (!is_not_there(first_error))
+        return first_error;
+    std::wstring converted;
+    try {
+        converted = from_utf8(to_ansi_nothrow(path));
+    } catch (const std::exception&) {
+        return first_error;
+    }
+    // The same text cannot find anything new.
+    if (converted.empty() || converted == path)
+        return first_error;
+    search.close();
+    if (search.first(converted, entry) == ERROR_SUCCESS)
+        return ERROR_SUCCESS;
+    search.close();
+    return first_error;
+}
+
+} // namespace detail
+
+win_file_search_t::win_file_search_t(const std::wstring& mask, start_failure_t on_failure)
+    : mask_(mask), search_(std::make_unique<detail::os_search_t>()) {
+    const DWORD error = detail::find_first_with_retry(mask_, *search_, current_);
+    if (error == ERROR_SUCCESS) {
+        found_ = true;
+        return;
+    }
+    search_->close();
+    if (is_not_there(error))
+        return;
+    if (on_failure == start_failure_t::raise)
+        throw exc::win_sys_exc_t(search_failed_text, to_ansi_nothrow(mask_), error);
+    log_warning_exception(logging::lib_logger(), format_message(search_failed_text, to_ansi_nothrow(mask_)),
+                          exc::win_sys_exc_t(error));
+}
+
+win_file_search_t::~win_file_search_t() {
+    close();
+}
+win_file_search_t::win_file_search_t(win_file_search_t&&) noexcept = default;
+win_file_search_t& win_file_search_t::operator=(win_file_search_t&&) noexcept = default;
+
+bool win_file_search_t::next() {
+    if (!found_ || !search_)
+        return false;
+    const DWORD error = search_->next(current_);
+    if (error == ERROR_SUCCESS)
+        return true;
+    close();
+    if (error == ERROR_NO_MORE_FILES)
+        return false;
+    throw exc::win_sys_exc_t(search_failed_text, to_ansi_nothrow(mask_), error);
+}
+
+void win_file_search_t::close() noexcept {
+    found_ = false;
+    if (search_)
+        search_->close();
+}
+
+} // namespace win

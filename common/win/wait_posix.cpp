@@ -1,0 +1,67 @@
+#include "common/win/kernel_object_posix.h"
+#include "common/win/last_error.h"
+#include "common/win/wait.h"
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace win {
+
+namespace {
+
+constexpr DWORD maximum_wait_objects = 64; // MAXIMUM_WAIT_OBJECTS
+
+// The result when the wait is satisfied now; asked under the signal lock.
+std::optional<DWORD> satisfied(const std::vector<posix::kernel_object_t*>& objects, bool wait_all) {
+    if (wait_all) {
+        for (auto* object : objects)
+            if (!object->signalled_locked())
+                return std::nullopt;
+        return wait_object_0;
+    }
+    for (std::size_t i = 0; i < objects.size(); ++i)
+        if (objects[i]->signalled_locked())
+            return wait_object_0 + static_cast<DWORD>(i);
+    return std::nullopt;
+}
+
+} // namespace
+
+DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD timeout_ms) {
+    if (count == 0 || count > maximum_wait_objects || handles == nullptr) {
+        set_last_error(ERROR_INVALID_PARAMETER);
+        return wait_failed;
+    }
+    std::vector<posix::kernel_object_t*> objects;
+    objects.reserve(count);
+    for (DWORD i = 0; i < count; ++i) {
+        posix::kernel_object_t* object = posix::from_handle(handles[i]);
+        if (object == nullptr || !object->is_waitable()) {
+            set_last_error(ERROR_INVALID_HANDLE);
+            return wait_failed;
+        }
+        objects.push_back(object);
+    }
+
+    std::unique_lock<std::mutex> lock(posix::signal_mutex());
+    std::optional<DWORD> result = satisfied(objects, wait_all);
+    if (result)
+        return *result;
+    if (timeout_ms == wait_infinite) {
+        posix::signal_condition().wait(lock,
+                                       [&] { return (result = satisfied(objects, wait_all)).has_value(); });
+        return *result;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    if (posix::signal_condition().wait_until(
+            lock, deadline, [&] { return (result = satisfied(objects, wait_all)).has_value(); }))
+        return *result;
+    return wait_timed_out;
+}
+
+DWORD wait_for_object(HANDLE handle, DWORD timeout_ms) {
+    return wait_for_objects(&handle, 1, false, timeout_ms);
+}
+
+} // namespace win
