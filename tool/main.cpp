@@ -3,10 +3,12 @@
 // on every path but one, a task that could not be released; the log tells the rest.
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/logging/command_line.h"
 #include "common/logging/log.h"
 #include "common/logging/startup.h"
+#include "invoke/invoke_server_com.h"
 #include "invoke/pipe_invoke_server.h"
-#include "tool/com_runtime.h"
+#include "tool/com_security.h"
 #include "tool/command_line.h"
 #include "tool/mirrack_dispatcher.h"
 #include "tool/process_platform.h"
@@ -20,9 +22,9 @@ namespace {
 
 const int exitCodeTasksNotReleased = -2;
 
-std::vector<std::wstring> CollectArguments(int argc, const char* const argv[]) {
+std::vector<std::wstring> CollectArguments() {
     try {
-        return CollectProcessArguments(argc, argv);
+        return logging::platform::process_arguments();
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to parse command line", e);
     }
@@ -32,10 +34,11 @@ std::vector<std::wstring> CollectArguments(int argc, const char* const argv[]) {
 
 int main(int argc, char* argv[]) {
     try {
-        const std::vector<std::wstring> arguments = CollectArguments(argc, argv);
-        logging::start_common_library("Mirrack.log");
+        const std::vector<std::wstring> arguments = CollectArguments();
+        logging::start_common_library("Mirrack.log", arguments);
 
-        const CComRuntimeGuard com;
+        // The same COM scope that each request of the server opens.
+        const wrap::CRequestComScope com;
         SetProcessComSecurity();
 
         const std::shared_ptr<wrap::CToolCmdLineOptions> options = wrap::ParseToolCmdLine(argc, argv);

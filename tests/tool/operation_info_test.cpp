@@ -1,0 +1,49 @@
+#include "tool/operation_info.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+const GUID taskId = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+
+} // namespace
+
+TEST(OperationInfo, RunningTaskReadsAsNotCompletedAndStillSucceeding) {
+    COperationInfo info(taskId, 1234);
+    const SOperationStatus status = info.Read();
+    EXPECT_EQ(status.snapshotId, taskId);
+    EXPECT_FALSE(status.isCompleted);
+    EXPECT_TRUE(status.isSucceeded);
+    EXPECT_EQ(status.errDescription, L"");
+    EXPECT_EQ(status.creationTime, 1234);
+    EXPECT_EQ(status.completedTime, 0);
+}
+
+TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
+    COperationInfo info(taskId, 1);
+    std::thread worker([&] { info.MarkFailed(L"line one\nline two", 99); });
+    SOperationStatus status = info.Read();
+    while (!status.isCompleted) {
+        // Until completion is published the outcome fields stay at their start values.
+        EXPECT_TRUE(status.isSucceeded);
+        EXPECT_EQ(status.errDescription, L"");
+        std::this_thread::yield();
+        status = info.Read();
+    }
+    worker.join();
+    EXPECT_FALSE(status.isSucceeded);
+    EXPECT_EQ(status.errDescription, L"line one\nline two");
+    EXPECT_EQ(status.completedTime, 99);
+}
+
+TEST(OperationInfo, SuccessKeepsAnEmptyDescription) {
+    COperationInfo info(taskId, 1);
+    info.MarkSucceeded(7);
+    const SOperationStatus status = info.Read();
+    EXPECT_TRUE(status.isCompleted);
+    EXPECT_TRUE(status.isSucceeded);
+    EXPECT_EQ(status.errDescription, L"");
+    EXPECT_EQ(status.completedTime, 7);
+}

@@ -1,0 +1,6 @@
+// The process's COM security, set once at start.
+#pragma once
+
+// A failure is logged and otherwise ignored: the process goes on with whatever
+// security COM has.
+void SetProcessComSecurity();
