@@ -44,4 +44,7 @@ std::optional<std::wstring> environment_variable(const std::wstring& name);
 // injects for it (op is the call's own name, e.g. L"GetVolumePathNameW"), if any.
 std::optional<std::uint32_t> win32_call(const char* op, const std::wstring& main_argument);
 
+// FindFirstFileW's mask rule: '*' and '?', without regard to case; "*.*" matches every name.
+bool file_mask_matches(const std::wstring& mask, const std::wstring& name);
+
 } // namespace hostsim

@@ -1,0 +1,72 @@
+#include "hostsim/async_operation.h"
+
+#include <thread>
+
+namespace hostsim {
+
+async_operation_t::async_operation_t(std::shared_ptr<host_t> host, async_plan_t plan)
+    : host_(std::move(host)), plan_(std::move(plan)),
+      due_(std::chrono::steady_clock::now() + std::chrono::milliseconds(plan_.delay_ms)) {}
+
+std::wstring async_operation_t::op_name() const {
+    return std::wstring(plan_.op.begin(), plan_.op.end());
+}
+
+void async_operation_t::end_if_due() {
+    if (ended_ || std::chrono::steady_clock::now() < due_)
+        return;
+    ended_ = true;
+    status_ = plan_.finish ? plan_.finish(plan_.status) : plan_.status;
+}
+
+HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
+    auto outcome = host_->enter("QueryStatus", {op_name()});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    if (!pHrResult)
+        return E_INVALIDARG;
+    std::lock_guard guard(mutex_);
+    end_if_due();
+    *pHrResult = status_;
+    return S_OK;
+}
+
+HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
+    auto outcome = host_->enter("Wait", {op_name()});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::unique_lock guard(mutex_);
+    if (!ended_) {
+        auto limit = dwMilliseconds == INFINITE
+                         ? due_
+                         : std::min(due_, std::chrono::steady_clock::now() +
+                                              std::chrono::milliseconds(dwMilliseconds));
+        guard.unlock();
+        std::this_thread::sleep_until(limit);
+        guard.lock();
+        end_if_due();
+    }
+    return S_OK;
+}
+
+HRESULT async_operation_t::Cancel() {
+    auto outcome = host_->enter("Cancel", {op_name()});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    end_if_due();
+    if (ended_)
+        return status_ == VSS_S_ASYNC_CANCELLED ? VSS_S_ASYNC_CANCELLED : VSS_S_ASYNC_FINISHED;
+    ended_ = true;
+    status_ = VSS_S_ASYNC_CANCELLED;
+    if (plan_.cancel)
+        plan_.cancel();
+    return S_OK;
+}
+
+HRESULT start_async(std::shared_ptr<host_t> host, async_plan_t plan, IVssAsync** out) {
+    *out = new async_operation_t(std::move(host), std::move(plan));
+    return S_OK;
+}
+
+} // namespace hostsim

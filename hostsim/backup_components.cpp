@@ -1,0 +1,450 @@
+#include "hostsim/backup_components.h"
+
+#include "hostsim/wide_text.h"
+#include "hostsim/writer_metadata.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace hostsim {
+
+namespace {
+
+std::wstring text_of(LPCWSTR text) {
+    return text ? std::wstring(text) : std::wstring();
+}
+
+BSTR new_bstr(const std::wstring& text) {
+    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+}
+
+VSS_PWSZ new_task_string(const std::wstring& text) {
+    auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    std::memcpy(copy, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    return copy;
+}
+
+std::wstring flag_text(bool value) {
+    return value ? L"true" : L"false";
+}
+
+std::wstring ids_text(const VSS_ID* ids, UINT count) {
+    std::wstring text;
+    for (UINT i = 0; ids && i < count; ++i)
+        text += (i ? L";" : L"") + guid_text(ids[i]);
+    return text;
+}
+
+} // namespace
+
+backup_components_t::backup_components_t(std::shared_ptr<host_t> host) : host_(std::move(host)) {}
+
+backup_components_t::~backup_components_t() {
+    release_snapshots();
+}
+
+bool backup_components_t::answers_to(REFIID riid) const {
+    return riid == IID_IVssBackupComponents || riid == IID_IVssBackupComponentsEx ||
+           riid == IID_IVssBackupComponentsEx2 || riid == IID_IVssBackupComponentsEx3 ||
+           riid == IID_IVssBackupComponentsEx4;
+}
+
+std::vector<const writer_t*> backup_components_t::writers_in_play() const {
+    std::vector<const writer_t*> writers;
+    for (auto& w : host_->model().writers)
+        if (!enabled_writers_ ||
+            std::find(enabled_writers_->begin(), enabled_writers_->end(), w.id) != enabled_writers_->end())
+            writers.push_back(&w);
+    return writers;
+}
+
+HRESULT backup_components_t::start(async_plan_t plan, IVssAsync** out) {
+    return start_async(host_, std::move(plan), out);
+}
+
+HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
+    const std::wstring text = bstrXML ? std::wstring(bstrXML, SysStringLen(bstrXML)) : std::wstring();
+    auto outcome = host_->enter("InitializeForBackup", {text.empty() ? L"" : L"document"});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ != origin::none)
+        return VSS_E_BAD_STATE;
+    if (text.empty()) {
+        origin_ = origin::fresh;
+        return S_OK;
+    }
+    auto document = load_backup_document(text);
+    if (!document)
+        return VSS_E_INVALID_XML_DOCUMENT;
+    take_over(*document);
+    origin_ = origin::document;
+    return S_OK;
+}
+
+void backup_components_t::take_over(const backup_document_t& d) {
+    document_host_dir_ = d.host_dir;
+    context_ = d.context;
+    if (d.writers_restricted)
+        enabled_writers_ = d.enabled_writers;
+    backup_state_set_ = d.backup_state_set;
+    backup_state_ = d;
+    components_ = d.components;
+    set_id_ = d.set_id;
+    for (auto& s : d.snapshots)
+        snapshots_.push_back({s, host_->find_target(s.volume_name), false});
+}
+
+backup_document_t backup_components_t::document() const {
+    backup_document_t d = backup_state_;
+    bool data_here = origin_ == origin::fresh || import_requested_;
+    d.host_dir = data_here ? host_->dir().wstring() : document_host_dir_;
+    d.machine = host_->model().name;
+    d.context = context_;
+    d.writers_restricted = enabled_writers_.has_value();
+    d.enabled_writers = enabled_writers_.value_or(std::vector<GUID>{});
+    d.backup_state_set = backup_state_set_;
+    d.components = components_;
+    d.set_id = set_id_;
+    d.snapshots.clear();
+    for (auto& s : snapshots_)
+        d.snapshots.push_back(s.info);
+    return d;
+}
+
+HRESULT backup_components_t::SetContext(LONG lContext) {
+    auto outcome = host_->enter("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ == origin::none || (origin_ == origin::fresh && set_id_))
+        return VSS_E_BAD_STATE;
+    const LONG attributes = VSS_VOLSNAP_ATTR_TRANSPORTABLE | VSS_VOLSNAP_ATTR_DIFFERENTIAL |
+                            VSS_VOLSNAP_ATTR_PLEX | VSS_VOLSNAP_ATTR_NO_AUTORECOVERY;
+    const LONG base = lContext & ~attributes;
+    const bool known = lContext == VSS_CTX_ALL || base == VSS_CTX_BACKUP ||
+                       base == VSS_CTX_FILE_SHARE_BACKUP || base == VSS_CTX_NAS_ROLLBACK ||
+                       base == VSS_CTX_APP_ROLLBACK || base == VSS_CTX_CLIENT_ACCESSIBLE ||
+                       base == VSS_CTX_CLIENT_ACCESSIBLE_WRITERS;
+    if (!known)
+        return E_INVALIDARG;
+    context_ = lContext;
+    return S_OK;
+}
+
+HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, UINT cClassId) {
+    auto outcome = host_->enter("EnableWriterClasses", {ids_text(rgWriterClassId, cClassId)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ == origin::none || metadata_requested_)
+        return VSS_E_BAD_STATE;
+    if (!rgWriterClassId && cClassId > 0)
+        return E_INVALIDARG;
+    if (!enabled_writers_)
+        enabled_writers_.emplace();
+    enabled_writers_->insert(enabled_writers_->end(), rgWriterClassId, rgWriterClassId + cClassId);
+    return S_OK;
+}
+
+HRESULT backup_components_t::GatherWriterMetadata(IVssAsync** pAsync) {
+    auto outcome = host_->enter("GatherWriterMetadata");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pAsync)
+        return E_INVALIDARG;
+    if (origin_ == origin::none || metadata_requested_)
+        return VSS_E_BAD_STATE;
+    metadata_requested_ = true;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"GatherWriterMetadata",
+                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                  outcome.delay_ms,
+                  [self](HRESULT planned) {
+                      std::lock_guard guard(self->mutex_);
+                      if (SUCCEEDED(planned)) {
+                          self->metadata_ready_ = true;
+                          self->writer_states_.pass(writer_phase::identify);
+                      }
+                      return planned;
+                  },
+                  {}},
+                 pAsync);
+}
+
+HRESULT backup_components_t::GetWriterMetadataCount(UINT* pcWriters) {
+    auto outcome = host_->enter("GetWriterMetadataCount");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pcWriters)
+        return E_INVALIDARG;
+    if (!metadata_ready_)
+        return VSS_E_BAD_STATE;
+    *pcWriters = static_cast<UINT>(writers_in_play().size());
+    return S_OK;
+}
+
+HRESULT backup_components_t::GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance,
+                                               IVssExamineWriterMetadata** ppMetadata) {
+    std::lock_guard guard(mutex_);
+    auto writers = writers_in_play();
+    auto outcome = host_->enter("GetWriterMetadata", {iWriter < writers.size() ? writers[iWriter]->name : L"",
+                                                      std::to_wstring(iWriter)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    if (!pidInstance || !ppMetadata)
+        return E_INVALIDARG;
+    if (!metadata_ready_)
+        return VSS_E_BAD_STATE;
+    if (iWriter >= writers.size())
+        return E_INVALIDARG;
+    *pidInstance = writers[iWriter]->instance;
+    *ppMetadata = make_writer_metadata(host_, *writers[iWriter]);
+    return S_OK;
+}
+
+HRESULT backup_components_t::FreeWriterMetadata() {
+    return host_->enter("FreeWriterMetadata").refusal;
+}
+
+HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
+                                          LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) {
+    const std::wstring name = text_of(wszComponentName);
+    const std::wstring logical_path = text_of(wszLogicalPath);
+    auto outcome = host_->enter("AddComponent", {name, guid_text(writerId), logical_path});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ != origin::fresh || !metadata_ready_ || prepare_requested_)
+        return VSS_E_BAD_STATE;
+    if (!wszComponentName)
+        return E_INVALIDARG;
+    auto writers = writers_in_play();
+    auto writer = std::find_if(writers.begin(), writers.end(), [&](const writer_t* w) {
+        return w->id == writerId && w->instance == instanceId;
+    });
+    if (writer == writers.end())
+        return VSS_E_OBJECT_NOT_FOUND;
+    auto& components = (*writer)->components;
+    auto component = std::find_if(components.begin(), components.end(), [&](const component_t& c) {
+        return iequals(c.name, name) && iequals(c.logical_path.value_or(L""), logical_path) && c.type == ct;
+    });
+    if (component == components.end())
+        return VSS_E_OBJECT_NOT_FOUND;
+    for (auto& added : components_)
+        if (added.writer == writerId && iequals(added.name, name) &&
+            iequals(added.logical_path, logical_path))
+            return VSS_E_OBJECT_ALREADY_EXISTS;
+    components_.push_back({instanceId, writerId, ct, logical_path, component->name, std::nullopt});
+    return S_OK;
+}
+
+HRESULT backup_components_t::SetBackupState(boolean bSelectComponents, boolean bBackupBootableSystemState,
+                                            VSS_BACKUP_TYPE backupType, boolean bPartialFileSupport) {
+    auto outcome = host_->enter("SetBackupState",
+                                {std::to_wstring(static_cast<int>(backupType)), flag_text(bSelectComponents),
+                                 flag_text(bBackupBootableSystemState), flag_text(bPartialFileSupport)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ == origin::none || prepare_requested_)
+        return VSS_E_BAD_STATE;
+    backup_state_set_ = true;
+    backup_state_.select_components = bSelectComponents;
+    backup_state_.bootable_system_state = bBackupBootableSystemState;
+    backup_state_.backup_type = backupType;
+    backup_state_.partial_file_support = bPartialFileSupport;
+    return S_OK;
+}
+
+HRESULT backup_components_t::PrepareForBackup(IVssAsync** ppAsync) {
+    auto outcome = host_->enter("PrepareForBackup");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!ppAsync)
+        return E_INVALIDARG;
+    if (origin_ != origin::fresh || !metadata_ready_ || !backup_state_set_ || prepare_requested_)
+        return VSS_E_BAD_STATE;
+    prepare_requested_ = true;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"PrepareForBackup",
+                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                  outcome.delay_ms,
+                  [self](HRESULT planned) {
+                      std::lock_guard guard(self->mutex_);
+                      if (SUCCEEDED(planned)) {
+                          self->prepared_ = true;
+                          self->writer_states_.pass(writer_phase::prepare);
+                      }
+                      return planned;
+                  },
+                  {}},
+                 ppAsync);
+}
+
+HRESULT backup_components_t::GatherWriterStatus(IVssAsync** pAsync) {
+    auto outcome = host_->enter("GatherWriterStatus");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pAsync)
+        return E_INVALIDARG;
+    if (origin_ == origin::none || (origin_ == origin::fresh && !metadata_ready_))
+        return VSS_E_BAD_STATE;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"GatherWriterStatus",
+                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                  outcome.delay_ms,
+                  [self](HRESULT planned) {
+                      std::lock_guard guard(self->mutex_);
+                      if (SUCCEEDED(planned)) {
+                          self->statuses_ = self->writer_states_.report(self->writers_in_play(),
+                                                                        self->host_->model().writer_faults);
+                          self->statuses_ready_ = true;
+                      }
+                      return planned;
+                  },
+                  {}},
+                 pAsync);
+}
+
+HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
+    auto outcome = host_->enter("GetWriterStatusCount");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pcWriters)
+        return E_INVALIDARG;
+    if (!statuses_ready_)
+        return VSS_E_BAD_STATE;
+    *pcWriters = static_cast<UINT>(statuses_.size());
+    return S_OK;
+}
+
+HRESULT backup_components_t::FreeWriterStatus() {
+    auto outcome = host_->enter("FreeWriterStatus");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    statuses_ready_ = false;
+    return S_OK;
+}
+
+HRESULT backup_components_t::GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, VSS_ID* pidWriter,
+                                             BSTR* pbstrWriter, VSS_WRITER_STATE* pnStatus,
+                                             HRESULT* phResultFailure) {
+    std::lock_guard guard(mutex_);
+    auto outcome =
+        host_->enter("GetWriterStatus",
+                     {iWriter < statuses_.size() ? statuses_[iWriter].name : L"", std::to_wstring(iWriter)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    if (!pidInstance || !pidWriter || !pbstrWriter || !pnStatus || !phResultFailure)
+        return E_INVALIDARG;
+    if (!statuses_ready_)
+        return VSS_E_BAD_STATE;
+    if (iWriter >= statuses_.size())
+        return E_INVALIDARG;
+    auto& s = statuses_[iWriter];
+    *pidInstance = s.instance;
+    *pidWriter = s.id;
+    *pbstrWriter = new_bstr(s.name);
+    *pnStatus = s.state;
+    *phResultFailure = s.failure;
+    return S_OK;
+}
+
+HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE,
+                                                LPCWSTR wszLogicalPath, LPCWSTR wszComponentName,
+                                                boolean bSucceded) {
+    const std::wstring name = text_of(wszComponentName);
+    const std::wstring logical_path = text_of(wszLogicalPath);
+    auto outcome = host_->enter("SetBackupSucceeded", {name, flag_text(bSucceded)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!snapshot_done_ || complete_requested_)
+        return VSS_E_BAD_STATE;
+    for (auto& c : components_) {
+        if (c.writer == writerId && c.instance == instanceId && iequals(c.name, name) &&
+            iequals(c.logical_path, logical_path)) {
+            c.succeeded = bSucceded != 0;
+            return S_OK;
+        }
+    }
+    return VSS_E_OBJECT_NOT_FOUND;
+}
+
+HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
+    auto outcome = host_->enter("SaveAsXML");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pbstrXML)
+        return E_INVALIDARG;
+    if (origin_ == origin::none)
+        return VSS_E_BAD_STATE;
+    *pbstrXML = new_bstr(save_backup_document(document()));
+    return S_OK;
+}
+
+HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
+    auto outcome = host_->enter("BackupComplete", {set_id_ ? guid_text(*set_id_) : L""});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!ppAsync)
+        return E_INVALIDARG;
+    if (!snapshot_done_ || complete_requested_)
+        return VSS_E_BAD_STATE;
+    complete_requested_ = true;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"BackupComplete",
+                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                  outcome.delay_ms,
+                  [self](HRESULT planned) {
+                      std::lock_guard guard(self->mutex_);
+                      if (FAILED(planned))
+                          return planned;
+                      self->writer_states_.pass(writer_phase::complete);
+                      std::vector<component_result_t> results;
+                      for (auto& c : self->components_)
+                          results.push_back({c.name, !c.succeeded   ? L"not-reported"
+                                                     : *c.succeeded ? L"succeeded"
+                                                                    : L"failed"});
+                      if (auto* state = self->host_->state()) {
+                          auto lock = state->lock();
+                          state->record_backup(self->set_id_.value_or(GUID_NULL), results);
+                      }
+                      return planned;
+                  },
+                  {}},
+                 ppAsync);
+}
+
+HRESULT backup_components_t::GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
+                                                          VSS_PWSZ* ppwszLogicalPrefix, BOOL) {
+    const std::wstring path = text_of(pwszFilePath);
+    auto outcome = host_->enter("GetRootAndLogicalPrefixPaths", {path});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    if (!pwszFilePath || !ppwszRootPath || !ppwszLogicalPrefix)
+        return E_INVALIDARG;
+    auto loc = host_->locate(path);
+    if (loc.kind == location_kind::share) {
+        *ppwszRootPath = new_task_string(loc.share->root);
+        *ppwszLogicalPrefix = new_task_string(loc.share->unc);
+        return S_OK;
+    }
+    if (loc.kind == location_kind::volume) {
+        *ppwszRootPath = new_task_string(loc.root);
+        *ppwszLogicalPrefix = new_task_string(loc.root);
+        return S_OK;
+    }
+    return VSS_E_OBJECT_NOT_FOUND;
+}
+
+} // namespace hostsim

@@ -1,0 +1,179 @@
+// IVssBackupComponents (up to Ex4) of the simulator: the requester's side of a backup on
+// the host, with the order rules and errors of VSS. Snapshot-set handling is in
+// backup_snapshot_set.cpp.
+#pragma once
+
+#include "compat/com_ptr.h"
+#include "compat/vss_api.h"
+#include "hostsim/async_operation.h"
+#include "hostsim/backup_document.h"
+#include "hostsim/com_object.h"
+#include "hostsim/host.h"
+#include "hostsim/writer_states.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace hostsim {
+
+#define HOSTSIM_NOT_SIMULATED(...)                                                                           \
+    override {                                                                                               \
+        return E_NOTIMPL;                                                                                    \
+    }
+
+class backup_components_t final : public com_object_t<IVssBackupComponentsEx4> {
+public:
+    explicit backup_components_t(std::shared_ptr<host_t> host);
+    ~backup_components_t() override;
+
+    // Operations the simulator serves.
+    HRESULT STDMETHODCALLTYPE InitializeForBackup(BSTR bstrXML) override;
+    HRESULT STDMETHODCALLTYPE SetBackupState(boolean bSelectComponents, boolean bBackupBootableSystemState,
+                                             VSS_BACKUP_TYPE backupType,
+                                             boolean bPartialFileSupport) override;
+    HRESULT STDMETHODCALLTYPE GatherWriterMetadata(IVssAsync** pAsync) override;
+    HRESULT STDMETHODCALLTYPE GetWriterMetadataCount(UINT* pcWriters) override;
+    HRESULT STDMETHODCALLTYPE GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance,
+                                                IVssExamineWriterMetadata** ppMetadata) override;
+    HRESULT STDMETHODCALLTYPE FreeWriterMetadata() override;
+    HRESULT STDMETHODCALLTYPE AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
+                                           LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) override;
+    HRESULT STDMETHODCALLTYPE PrepareForBackup(IVssAsync** ppAsync) override;
+    HRESULT STDMETHODCALLTYPE GatherWriterStatus(IVssAsync** pAsync) override;
+    HRESULT STDMETHODCALLTYPE GetWriterStatusCount(UINT* pcWriters) override;
+    HRESULT STDMETHODCALLTYPE FreeWriterStatus() override;
+    HRESULT STDMETHODCALLTYPE GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, VSS_ID* pidWriter,
+                                              BSTR* pbstrWriter, VSS_WRITER_STATE* pnStatus,
+                                              HRESULT* phResultFailure) override;
+    HRESULT STDMETHODCALLTYPE SetBackupSucceeded(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
+                                                 LPCWSTR wszLogicalPath, LPCWSTR wszComponentName,
+                                                 boolean bSucceded) override;
+    HRESULT STDMETHODCALLTYPE SaveAsXML(BSTR* pbstrXML) override;
+    HRESULT STDMETHODCALLTYPE BackupComplete(IVssAsync** ppAsync) override;
+    HRESULT STDMETHODCALLTYPE SetContext(LONG lContext) override;
+    HRESULT STDMETHODCALLTYPE StartSnapshotSet(VSS_ID* pSnapshotSetId) override;
+    HRESULT STDMETHODCALLTYPE AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID ProviderId,
+                                               VSS_ID* pidSnapshot) override;
+    HRESULT STDMETHODCALLTYPE DoSnapshotSet(IVssAsync** ppAsync) override;
+    HRESULT STDMETHODCALLTYPE ImportSnapshots(IVssAsync** ppAsync) override;
+    HRESULT STDMETHODCALLTYPE GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSHOT_PROP* pProp) override;
+    HRESULT STDMETHODCALLTYPE IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszVolumeName,
+                                                BOOL* pbSupportedByThisProvider) override;
+    HRESULT STDMETHODCALLTYPE EnableWriterClasses(const VSS_ID* rgWriterClassId, UINT cClassId) override;
+    HRESULT STDMETHODCALLTYPE GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
+                                                           VSS_PWSZ* ppwszLogicalPrefix,
+                                                           BOOL bNormalizeFQDNforRootPath) override;
+
+    // Operations of the tables that the tool never calls.
+    HRESULT STDMETHODCALLTYPE GetWriterComponentsCount(UINT*) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE GetWriterComponents(UINT, IVssWriterComponentsExt**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE InitializeForRestore(BSTR) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetRestoreState(VSS_RESTORE_TYPE) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE AbortBackup() HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetBackupOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetSelectedForRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetRestoreOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetAdditionalRestores(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetPreviousBackupStamp(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE AddAlternativeLocationMapping(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                                                            LPCWSTR, LPCWSTR, boolean, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE AddRestoreSubcomponent(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
+                                                     LPCWSTR, boolean) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetFileRestoreStatus(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                                                   VSS_FILE_RESTORE_STATUS) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE AddNewTarget(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
+                                           boolean, LPCWSTR) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetRangesFilePath(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE PreRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE PostRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE DeleteSnapshots(VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE BreakSnapshotSet(VSS_ID) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE Query(VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE DisableWriterClasses(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE DisableWriterInstances(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE ExposeSnapshot(VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE RevertToSnapshot(VSS_ID, BOOL) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE QueryRevertStatus(VSS_PWSZ, IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE GetWriterMetadataEx(UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetSelectedForRestoreEx(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
+                                                      VSS_ID) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE UnexposeSnapshot(VSS_ID) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetAuthoritativeRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetRollForward(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                                             VSS_ROLLFORWARD_TYPE, LPCWSTR) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE SetRestoreName(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+        HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE BreakSnapshotSetEx(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE PreFastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE FastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE GetWriterStatusEx(UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
+                                                HRESULT*, BSTR*) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE AddSnapshotToRecoverySet(VSS_ID, DWORD, VSS_PWSZ) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE RecoverSet(DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
+    HRESULT STDMETHODCALLTYPE GetSessionId(VSS_ID*) HOSTSIM_NOT_SIMULATED();
+
+private:
+    enum class origin { none, fresh, document };
+
+    // A snapshot of this object's set, from AddToSnapshotSet or from a document.
+    struct snapshot_t {
+        set_snapshot_t info;
+        snapshot_target_t target;
+        bool owned = false; // its data lies on this host and goes with this object
+    };
+
+    bool answers_to(REFIID riid) const override;
+    bool transportable_context() const { return (context_ & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
+    std::vector<const writer_t*> writers_in_play() const;
+    backup_document_t document() const;
+    void take_over(const backup_document_t& document);
+    HRESULT start(async_plan_t plan, IVssAsync** out);
+
+    HRESULT finish_snapshot_set(HRESULT planned);
+    void discard_owned_snapshots();
+    HRESULT finish_import(HRESULT planned);
+    void release_snapshots();
+    bool make_shadow_copy(snapshot_t& snapshot);
+    void fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const;
+
+    std::shared_ptr<host_t> host_;
+    std::mutex mutex_;
+    origin origin_ = origin::none;
+    std::wstring document_host_dir_;
+    LONG context_ = VSS_CTX_BACKUP;
+    std::optional<std::vector<GUID>> enabled_writers_;
+    bool backup_state_set_ = false;
+    backup_document_t backup_state_; // the flags of SetBackupState
+    bool metadata_requested_ = false;
+    bool metadata_ready_ = false;
+    bool statuses_ready_ = false;
+    std::vector<writer_status_t> statuses_;
+    writer_states_t writer_states_;
+    std::vector<selected_component_t> components_;
+    bool prepare_requested_ = false;
+    bool prepared_ = false;
+    std::optional<GUID> set_id_;
+    std::vector<snapshot_t> snapshots_;
+    bool snapshot_requested_ = false;
+    bool snapshot_done_ = false;
+    bool import_requested_ = false;
+    bool complete_requested_ = false;
+};
+
+#undef HOSTSIM_NOT_SIMULATED
+
+} // namespace hostsim

@@ -1,0 +1,156 @@
+#include "hostsim/backup_document.h"
+
+#include "hostsim/wide_text.h"
+
+#include <pugixml.hpp>
+
+#include <filesystem>
+#include <sstream>
+#include <stdexcept>
+
+namespace hostsim {
+
+namespace {
+
+struct unreadable : std::runtime_error {
+    unreadable() : std::runtime_error("unreadable backup document") {}
+};
+
+void put(pugi::xml_node node, const char* name, const std::wstring& value) {
+    node.append_attribute(name) = to_utf8(value).c_str();
+}
+
+void put_guid(pugi::xml_node node, const char* name, const GUID& id) {
+    put(node, name, guid_text(id));
+}
+
+void put_bool(pugi::xml_node node, const char* name, bool value) {
+    node.append_attribute(name) = value ? "true" : "false";
+}
+
+std::wstring text(const pugi::xml_node& node, const char* name) {
+    return from_utf8(node.attribute(name).value());
+}
+
+GUID guid(const pugi::xml_node& node, const char* name) {
+    auto id = parse_guid(text(node, name));
+    if (!id)
+        throw unreadable();
+    return *id;
+}
+
+bool flag(const pugi::xml_node& node, const char* name) {
+    return node.attribute(name).as_bool();
+}
+
+} // namespace
+
+std::wstring save_backup_document(const backup_document_t& d) {
+    pugi::xml_document doc;
+    auto root = doc.append_child("BackupComponents");
+    put(root, "host", d.host_dir);
+    put(root, "machine", d.machine);
+    root.append_attribute("context") = static_cast<long long>(d.context);
+    if (d.backup_state_set) {
+        auto state = root.append_child("BackupState");
+        put_bool(state, "selectComponents", d.select_components);
+        put_bool(state, "bootableSystemState", d.bootable_system_state);
+        state.append_attribute("type") = static_cast<int>(d.backup_type);
+        put_bool(state, "partialFileSupport", d.partial_file_support);
+    }
+    if (d.writers_restricted) {
+        auto enabled = root.append_child("EnabledWriters");
+        for (auto& id : d.enabled_writers)
+            put_guid(enabled.append_child("Writer"), "id", id);
+    }
+    for (auto& c : d.components) {
+        auto node = root.append_child("Component");
+        put_guid(node, "writer", c.writer);
+        put_guid(node, "instance", c.instance);
+        node.append_attribute("type") = static_cast<int>(c.type);
+        put(node, "logicalPath", c.logical_path);
+        put(node, "name", c.name);
+        if (c.succeeded)
+            put_bool(node, "succeeded", *c.succeeded);
+    }
+    if (d.set_id) {
+        auto set = root.append_child("SnapshotSet");
+        put_guid(set, "id", *d.set_id);
+        for (auto& s : d.snapshots) {
+            auto node = set.append_child("Snapshot");
+            put_guid(node, "id", s.snapshot_id);
+            put_guid(node, "provider", s.provider_id);
+            put(node, "volume", s.volume_name);
+            node.append_attribute("number") = s.number;
+            node.append_attribute("attributes") = s.attributes;
+            node.append_attribute("created") = static_cast<long long>(s.created);
+            put(node, "machine", s.machine);
+            if (s.number != 0)
+                put(node, "data",
+                    from_utf8((std::filesystem::path(to_utf8(d.host_dir)) / "state" / "shadows" /
+                               std::to_string(s.number))
+                                  .string()));
+        }
+    }
+    std::ostringstream out;
+    doc.save(out, "  ");
+    return from_utf8(out.str());
+}
+
+std::optional<backup_document_t> load_backup_document(const std::wstring& content) {
+    pugi::xml_document doc;
+    const std::string utf8 = to_utf8(content);
+    if (!doc.load_buffer(utf8.data(), utf8.size()))
+        return std::nullopt;
+    auto root = doc.child("BackupComponents");
+    if (!root)
+        return std::nullopt;
+    try {
+        backup_document_t d;
+        d.host_dir = text(root, "host");
+        d.machine = text(root, "machine");
+        d.context = static_cast<LONG>(root.attribute("context").as_llong());
+        if (auto state = root.child("BackupState")) {
+            d.backup_state_set = true;
+            d.select_components = flag(state, "selectComponents");
+            d.bootable_system_state = flag(state, "bootableSystemState");
+            d.backup_type = static_cast<VSS_BACKUP_TYPE>(state.attribute("type").as_int());
+            d.partial_file_support = flag(state, "partialFileSupport");
+        }
+        if (auto enabled = root.child("EnabledWriters")) {
+            d.writers_restricted = true;
+            for (auto w : enabled.children("Writer"))
+                d.enabled_writers.push_back(guid(w, "id"));
+        }
+        for (auto node : root.children("Component")) {
+            selected_component_t c;
+            c.writer = guid(node, "writer");
+            c.instance = guid(node, "instance");
+            c.type = static_cast<VSS_COMPONENT_TYPE>(node.attribute("type").as_int());
+            c.logical_path = text(node, "logicalPath");
+            c.name = text(node, "name");
+            if (node.attribute("succeeded"))
+                c.succeeded = flag(node, "succeeded");
+            d.components.push_back(std::move(c));
+        }
+        if (auto set = root.child("SnapshotSet")) {
+            d.set_id = guid(set, "id");
+            for (auto node : set.children("Snapshot")) {
+                set_snapshot_t s;
+                s.snapshot_id = guid(node, "id");
+                s.provider_id = guid(node, "provider");
+                s.volume_name = text(node, "volume");
+                s.number = node.attribute("number").as_uint();
+                s.attributes = node.attribute("attributes").as_int();
+                s.created = node.attribute("created").as_llong();
+                s.machine = text(node, "machine");
+                d.snapshots.push_back(std::move(s));
+            }
+        }
+        return d;
+    } catch (const unreadable&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace hostsim

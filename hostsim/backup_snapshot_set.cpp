@@ -1,0 +1,369 @@
+// The snapshot set of the simulated backup components: volumes and providers, the
+// point-in-time copies of DoSnapshotSet, their properties, their import on another host
+// and their end when the object is released.
+#include "hostsim/backup_components.h"
+
+#include "hostsim/point_in_time_copy.h"
+#include "hostsim/provider_choice.h"
+#include "hostsim/wide_text.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+
+namespace hostsim {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const wchar_t shadow_device_prefix[] = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
+
+std::int64_t filetime_now() {
+    using namespace std::chrono;
+    const std::int64_t unix_to_filetime = 116444736000000000LL;
+    return unix_to_filetime +
+           duration_cast<microseconds>(system_clock::now().time_since_epoch()).count() * 10;
+}
+
+VSS_PWSZ new_task_string(const std::wstring& text) {
+    if (text.empty())
+        return nullptr;
+    auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    std::memcpy(copy, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    return copy;
+}
+
+std::int32_t snapshot_attributes(LONG context, const provider_t& provider, const snapshot_target_t& target) {
+    std::int32_t attributes = context == VSS_CTX_ALL ? 0 : context;
+    if (provider.kind == provider_kind::hardware)
+        attributes |= VSS_VOLSNAP_ATTR_HARDWARE_ASSISTED;
+    if (target.share)
+        attributes |= VSS_VOLSNAP_ATTR_FILE_SHARE;
+    return attributes;
+}
+
+// Moves a shadow copy's folder, across file systems by copying.
+bool move_shadow_data(const fs::path& from, const fs::path& to) {
+    std::error_code ec;
+    fs::rename(from, to, ec);
+    if (!ec)
+        return true;
+    if (copy_tree_point_in_time(from, to))
+        return false;
+    fs::remove_all(from, ec);
+    return true;
+}
+
+void erase_record(std::vector<shadow_record_t>& records, unsigned number) {
+    records.erase(std::remove_if(records.begin(), records.end(),
+                                 [&](const shadow_record_t& r) { return r.number == number; }),
+                  records.end());
+}
+
+} // namespace
+
+HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
+    auto outcome = host_->enter("StartSnapshotSet");
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pSnapshotSetId)
+        return E_INVALIDARG;
+    if (origin_ == origin::none)
+        return VSS_E_BAD_STATE;
+    if (set_id_)
+        return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
+    set_id_ = new_guid();
+    *pSnapshotSetId = *set_id_;
+    return S_OK;
+}
+
+HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszVolumeName,
+                                               BOOL* pbSupportedByThisProvider) {
+    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
+    auto outcome = host_->enter("IsVolumeSupported", {volume, guid_text(ProviderId)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pwszVolumeName || !pbSupportedByThisProvider)
+        return E_INVALIDARG;
+    if (origin_ == origin::none)
+        return VSS_E_BAD_STATE;
+    auto target = host_->find_target(volume);
+    if (!target)
+        return VSS_E_OBJECT_NOT_FOUND;
+    if (ProviderId == GUID_NULL) {
+        *pbSupportedByThisProvider =
+            default_provider(host_->model(), target, transportable_context()) != nullptr;
+        return S_OK;
+    }
+    const provider_t* provider = host_->find_provider(ProviderId);
+    if (!provider)
+        return VSS_E_PROVIDER_NOT_REGISTERED;
+    bool refused = host_->faults().count_provider_answer(ProviderId) <= provider->refuse;
+    *pbSupportedByThisProvider = !refused && provider_supports(*provider, target, transportable_context());
+    return S_OK;
+}
+
+HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID ProviderId,
+                                              VSS_ID* pidSnapshot) {
+    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
+    auto outcome = host_->enter("AddToSnapshotSet", {volume, guid_text(ProviderId)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pwszVolumeName || !pidSnapshot)
+        return E_INVALIDARG;
+    if (origin_ != origin::fresh || !set_id_ || snapshot_requested_)
+        return VSS_E_BAD_STATE;
+    auto target = host_->find_target(volume);
+    if (!target)
+        return VSS_E_OBJECT_NOT_FOUND;
+    const provider_t* provider = nullptr;
+    if (ProviderId != GUID_NULL) {
+        provider = host_->find_provider(ProviderId);
+        if (!provider)
+            return VSS_E_PROVIDER_NOT_REGISTERED;
+    }
+    for (auto& s : snapshots_)
+        if (s.target.same_as(target))
+            return VSS_E_OBJECT_ALREADY_EXISTS;
+    if (!provider) {
+        provider = default_provider(host_->model(), target, transportable_context());
+        if (!provider)
+            return VSS_E_VOLUME_NOT_SUPPORTED;
+    } else if (!provider_supports(*provider, target, transportable_context())) {
+        return VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER;
+    }
+    snapshot_t s;
+    s.info.snapshot_id = new_guid();
+    s.info.provider_id = provider->id;
+    s.info.volume_name = target.unique_name();
+    s.info.attributes = snapshot_attributes(context_, *provider, target);
+    s.info.machine = host_->model().name;
+    s.target = target;
+    snapshots_.push_back(s);
+    *pidSnapshot = s.info.snapshot_id;
+    return S_OK;
+}
+
+bool backup_components_t::make_shadow_copy(snapshot_t& s) {
+    const state_store_t* state = host_->state();
+    if (!state)
+        return false;
+    s.info.created = filetime_now();
+    {
+        auto lock = state->lock();
+        s.info.number = state->allocate_shadow_number();
+        auto records = state->shadows();
+        records.push_back({s.info.number, s.info.snapshot_id, *set_id_, s.info.provider_id,
+                           s.info.volume_name, this_process(), s.info.attributes, s.info.created,
+                           s.info.machine});
+        state->save_shadows(records);
+    }
+    s.owned = true;
+    return !copy_tree_point_in_time(s.target.data_dir(), state->shadow_dir(s.info.number),
+                                    host_->dir() / "state");
+}
+
+HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
+    auto outcome = host_->enter("DoSnapshotSet", {set_id_ ? guid_text(*set_id_) : L""});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!ppAsync)
+        return E_INVALIDARG;
+    if (origin_ != origin::fresh || !set_id_ || snapshots_.empty() || !prepared_ || snapshot_requested_)
+        return VSS_E_BAD_STATE;
+    snapshot_requested_ = true;
+    // The copies are taken now, at the call: what changes later is not in them.
+    HRESULT status = outcome.status.value_or(VSS_S_ASYNC_FINISHED);
+    for (auto& s : snapshots_)
+        if (!make_shadow_copy(s) && SUCCEEDED(status))
+            status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"DoSnapshotSet", status, outcome.delay_ms,
+                  [self](HRESULT planned) { return self->finish_snapshot_set(planned); },
+                  [self] {
+                      std::lock_guard guard(self->mutex_);
+                      self->discard_owned_snapshots();
+                  }},
+                 ppAsync);
+}
+
+HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (FAILED(planned)) {
+        discard_owned_snapshots();
+        return planned;
+    }
+    snapshot_done_ = true;
+    writer_states_.pass(writer_phase::snapshot);
+    return planned;
+}
+
+void backup_components_t::discard_owned_snapshots() {
+    const state_store_t* state = host_->state();
+    if (!state)
+        return;
+    auto lock = state->lock();
+    auto records = state->shadows();
+    for (auto& s : snapshots_) {
+        if (!s.owned)
+            continue;
+        state->remove_shadow_data(s.info.number);
+        erase_record(records, s.info.number);
+        s.owned = false;
+        s.info.number = 0;
+    }
+    state->save_shadows(records);
+}
+
+void backup_components_t::release_snapshots() {
+    const state_store_t* state = host_->state();
+    if (!state ||
+        std::none_of(snapshots_.begin(), snapshots_.end(), [](const snapshot_t& s) { return s.owned; }))
+        return;
+    auto lock = state->lock();
+    auto records = state->shadows();
+    for (auto& s : snapshots_) {
+        if (!s.owned)
+            continue;
+        // A transportable copy made here waits for its import; everything else ends now.
+        bool waits_for_import =
+            origin_ == origin::fresh && (s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE);
+        if (waits_for_import) {
+            for (auto& r : records)
+                if (r.number == s.info.number)
+                    r.owner = {};
+            continue;
+        }
+        state->remove_shadow_data(s.info.number);
+        erase_record(records, s.info.number);
+    }
+    state->save_shadows(records);
+}
+
+void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const {
+    prop = VSS_SNAPSHOT_PROP{};
+    prop.m_SnapshotId = info.snapshot_id;
+    prop.m_SnapshotSetId = set_id_.value_or(GUID_NULL);
+    prop.m_lSnapshotsCount = static_cast<LONG>(snapshots_.size());
+    prop.m_pwszSnapshotDeviceObject = new_task_string(shadow_device_prefix + std::to_wstring(info.number));
+    prop.m_pwszOriginalVolumeName = new_task_string(info.volume_name);
+    prop.m_pwszOriginatingMachine = new_task_string(info.machine);
+    prop.m_pwszServiceMachine = new_task_string(host_->model().name);
+    prop.m_ProviderId = info.provider_id;
+    prop.m_lSnapshotAttributes = info.attributes;
+    prop.m_tsCreationTimestamp = info.created;
+    prop.m_eStatus = VSS_SS_CREATED;
+}
+
+HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSHOT_PROP* pProp) {
+    auto outcome = host_->enter("GetSnapshotProperties", {guid_text(SnapshotId)});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!pProp)
+        return E_INVALIDARG;
+    if (origin_ == origin::none)
+        return VSS_E_BAD_STATE;
+    for (auto& s : snapshots_) {
+        if (s.info.snapshot_id == SnapshotId && s.owned && (snapshot_done_ || origin_ == origin::document)) {
+            fill_properties(s.info, *pProp);
+            return S_OK;
+        }
+    }
+    // Any live shadow copy of the host can be asked for, as on Windows.
+    if (const state_store_t* state = host_->state()) {
+        auto lock = state->lock();
+        for (auto& r : state->shadows()) {
+            if (r.snapshot_id == SnapshotId) {
+                fill_properties({r.snapshot_id, r.provider_id, r.volume_name, r.number, r.attributes,
+                                 r.created, r.machine},
+                                *pProp);
+                pProp->m_SnapshotSetId = r.set_id;
+                return S_OK;
+            }
+        }
+    }
+    return VSS_E_OBJECT_NOT_FOUND;
+}
+
+HRESULT backup_components_t::ImportSnapshots(IVssAsync** ppAsync) {
+    auto outcome = host_->enter("ImportSnapshots", {set_id_ ? guid_text(*set_id_) : L""});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (!ppAsync)
+        return E_INVALIDARG;
+    if (origin_ != origin::document || !set_id_ || import_requested_ || !host_->state())
+        return VSS_E_BAD_STATE;
+    import_requested_ = true;
+    compat::com_ptr_t<backup_components_t> self(this);
+    return start({"ImportSnapshots",
+                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                  outcome.delay_ms,
+                  [self](HRESULT planned) { return self->finish_import(planned); },
+                  {}},
+                 ppAsync);
+}
+
+// Takes each transportable copy of the set away from the host that made it (which may be
+// this one) and makes it a shadow copy of this host, owned by this object.
+HRESULT backup_components_t::finish_import(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (FAILED(planned))
+        return planned;
+    const state_store_t& here = *host_->state();
+    std::error_code ec;
+    const bool same_host = fs::equivalent(fs::path(document_host_dir_), host_->dir(), ec);
+    std::unique_ptr<state_store_t> other;
+    if (!same_host)
+        other = std::make_unique<state_store_t>(fs::path(document_host_dir_));
+    const state_store_t& source = same_host ? here : *other;
+
+    std::size_t wanted = 0, imported = 0;
+    for (auto& s : snapshots_) {
+        if (!(s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE))
+            continue;
+        ++wanted;
+        const fs::path staging =
+            host_->dir() / "state" / "shadows" /
+            (".incoming-" + std::to_string(getpid()) + "-" + std::to_string(s.info.number));
+        {
+            auto lock = source.lock();
+            auto records = source.shadows();
+            auto found = std::find_if(records.begin(), records.end(), [&](const shadow_record_t& r) {
+                return r.snapshot_id == s.info.snapshot_id;
+            });
+            if (found == records.end() || !move_shadow_data(source.shadow_dir(found->number), staging))
+                continue;
+            source.journal("TransportShadowCopy",
+                           {std::to_wstring(found->number), s.info.volume_name, host_->dir().wstring()});
+            erase_record(records, found->number);
+            source.save_shadows(records);
+        }
+        auto lock = here.lock();
+        s.info.number = here.allocate_shadow_number();
+        s.info.attributes |= VSS_VOLSNAP_ATTR_IMPORTED;
+        fs::rename(staging, here.shadow_dir(s.info.number), ec);
+        auto records = here.shadows();
+        records.push_back({s.info.number, s.info.snapshot_id, *set_id_, s.info.provider_id,
+                           s.info.volume_name, this_process(), s.info.attributes, s.info.created,
+                           s.info.machine});
+        here.save_shadows(records);
+        s.owned = true;
+        ++imported;
+    }
+    if (imported == 0)
+        return VSS_E_NO_SNAPSHOTS_IMPORTED;
+    if (imported < wanted)
+        return VSS_S_SOME_SNAPSHOTS_NOT_IMPORTED;
+    return planned;
+}
+
+} // namespace hostsim

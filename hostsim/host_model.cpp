@@ -1,0 +1,253 @@
+#include "hostsim/host_model.h"
+
+#include "hostsim/wide_text.h"
+
+#include <pugixml.hpp>
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace hostsim {
+
+namespace {
+
+// A complaint about the content of a well-formed file.
+struct model_error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+std::string where(const pugi::xml_node& node) {
+    return "<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug());
+}
+
+[[noreturn]] void complain(const pugi::xml_node& node, const std::string& what) {
+    throw model_error(where(node) + ": " + what);
+}
+
+std::wstring text_of(const pugi::xml_node& node, const char* attribute) {
+    return from_utf8(node.attribute(attribute).value());
+}
+
+std::wstring required_text(const pugi::xml_node& node, const char* attribute) {
+    auto a = node.attribute(attribute);
+    if (!a)
+        complain(node, std::string("attribute '") + attribute + "' is missing");
+    return from_utf8(a.value());
+}
+
+GUID required_guid(const pugi::xml_node& node, const char* attribute) {
+    auto id = parse_guid(required_text(node, attribute));
+    if (!id)
+        complain(node, std::string("attribute '") + attribute + "' is not a GUID");
+    return *id;
+}
+
+std::uint32_t parse_number(const pugi::xml_node& node, const char* attribute, const char* text) {
+    char* end = nullptr;
+    unsigned long long v = std::strtoull(text, &end, 0);
+    if (end == text || *end != '\0' || v > 0xFFFFFFFFull)
+        complain(node, std::string("attribute '") + attribute + "' is not a number: '" + text + "'");
+    return static_cast<std::uint32_t>(v);
+}
+
+std::optional<std::uint32_t> optional_number(const pugi::xml_node& node, const char* attribute) {
+    auto a = node.attribute(attribute);
+    if (!a)
+        return std::nullopt;
+    return parse_number(node, attribute, a.value());
+}
+
+bool optional_bool(const pugi::xml_node& node, const char* attribute) {
+    std::wstring v = text_of(node, attribute);
+    return iequals(v, L"true") || v == L"1";
+}
+
+std::vector<std::wstring> split_list(const std::wstring& text) {
+    std::vector<std::wstring> items;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        std::size_t end = text.find(L';', start);
+        if (end == std::wstring::npos)
+            end = text.size();
+        if (end > start)
+            items.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return items;
+}
+
+volume_t read_volume(const pugi::xml_node& node, const std::filesystem::path& host_dir) {
+    volume_t v;
+    v.name = with_trailing_backslash(required_text(node, "name"));
+    v.dir = host_dir / required_text(node, "dir");
+    for (auto& mount : split_list(required_text(node, "mount")))
+        v.mounts.push_back(with_trailing_backslash(mount));
+    if (v.mounts.empty())
+        complain(node, "a volume needs at least one mount point");
+    v.csv = optional_bool(node, "csv");
+    return v;
+}
+
+share_t read_share(const pugi::xml_node& node, const std::filesystem::path& host_dir) {
+    share_t s;
+    s.unc = with_trailing_backslash(required_text(node, "unc"));
+    if (s.unc.rfind(L"\\\\", 0) != 0)
+        complain(node, "a share's unc must begin with \\\\");
+    s.root = node.attribute("root") ? with_trailing_backslash(text_of(node, "root")) : s.unc;
+    s.dir = host_dir / required_text(node, "dir");
+    return s;
+}
+
+provider_kind read_provider_kind(const pugi::xml_node& node) {
+    std::wstring type = required_text(node, "type");
+    static const std::pair<const wchar_t*, provider_kind> kinds[] = {
+        {L"system", provider_kind::system},     {L"software", provider_kind::software},
+        {L"hardware", provider_kind::hardware}, {L"fileshare", provider_kind::fileshare},
+        {L"csv", provider_kind::csv},
+    };
+    for (auto& [name, kind] : kinds)
+        if (iequals(type, name))
+            return kind;
+    complain(node, "unknown provider type '" + to_utf8(type) + "'");
+}
+
+provider_t read_provider(const pugi::xml_node& node) {
+    provider_t p;
+    p.id = required_guid(node, "id");
+    p.kind = read_provider_kind(node);
+    if (node.attribute("volumes")) {
+        p.explicit_volumes = true;
+        p.volumes = split_list(text_of(node, "volumes"));
+        p.all_volumes = p.volumes.size() == 1 && p.volumes.front() == L"*";
+    }
+    p.transportable = optional_bool(node, "transportable");
+    p.refuse = optional_number(node, "refuse").value_or(0);
+    return p;
+}
+
+component_t read_component(const pugi::xml_node& node) {
+    component_t c;
+    c.name = required_text(node, "name");
+    c.caption = text_of(node, "caption");
+    c.type = static_cast<VSS_COMPONENT_TYPE>(optional_number(node, "type").value_or(VSS_CT_FILEGROUP));
+    if (node.attribute("logicalPath"))
+        c.logical_path = text_of(node, "logicalPath");
+    for (auto file : node.children("File"))
+        c.files.push_back(
+            {required_text(file, "path"), required_text(file, "spec"), optional_bool(file, "recursive")});
+    return c;
+}
+
+writer_t read_writer(const pugi::xml_node& node) {
+    writer_t w;
+    w.id = required_guid(node, "id");
+    w.instance = required_guid(node, "instance");
+    w.name = required_text(node, "name");
+    w.usage = static_cast<VSS_USAGE_TYPE>(optional_number(node, "usage").value_or(VSS_UT_USERDATA));
+    w.source = static_cast<VSS_SOURCE_TYPE>(optional_number(node, "source").value_or(VSS_ST_OTHER));
+    for (auto c : node.children("Component"))
+        w.components.push_back(read_component(c));
+    return w;
+}
+
+fault_t read_fault(const pugi::xml_node& node) {
+    fault_t f;
+    f.op = to_utf8(required_text(node, "op"));
+    if (auto v = optional_number(node, "hr"))
+        f.hr = static_cast<HRESULT>(*v);
+    f.err = optional_number(node, "err");
+    if (auto v = optional_number(node, "status"))
+        f.status = static_cast<HRESULT>(*v);
+    f.delay_ms = optional_number(node, "delayMs").value_or(0);
+    f.nth = optional_number(node, "nth").value_or(0);
+    f.match = text_of(node, "match");
+    return f;
+}
+
+writer_phase read_phase(const pugi::xml_node& node) {
+    std::wstring at = required_text(node, "at");
+    static const std::pair<const wchar_t*, writer_phase> phases[] = {
+        {L"identify", writer_phase::identify},
+        {L"prepare", writer_phase::prepare},
+        {L"snapshot", writer_phase::snapshot},
+        {L"complete", writer_phase::complete},
+    };
+    for (auto& [name, phase] : phases)
+        if (at == name)
+            return phase;
+    complain(node, "unknown phase '" + to_utf8(at) + "'");
+}
+
+writer_fault_t read_writer_fault(const pugi::xml_node& node) {
+    writer_fault_t f;
+    f.writer = required_guid(node, "writer");
+    f.at = read_phase(node);
+    f.state = static_cast<VSS_WRITER_STATE>(optional_number(node, "state").value_or(VSS_WS_UNKNOWN));
+    f.hr = static_cast<HRESULT>(optional_number(node, "hr").value_or(0));
+    return f;
+}
+
+registry_key_t read_registry_key(const pugi::xml_node& node) {
+    registry_key_t key;
+    key.path = required_text(node, "path");
+    for (auto v : node.children("Value")) {
+        registry_entry_t entry;
+        entry.name = text_of(v, "name");
+        std::wstring type = required_text(v, "type");
+        if (type == L"REG_SZ") {
+            entry.type = 1;
+            entry.text = text_of(v, "data");
+        } else if (type == L"REG_DWORD") {
+            entry.type = 4;
+            entry.number = parse_number(v, "data", v.attribute("data").value());
+        } else {
+            complain(v, "unknown value type '" + to_utf8(type) + "'");
+        }
+        key.values.push_back(std::move(entry));
+    }
+    return key;
+}
+
+host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& host_dir) {
+    host_model_t model;
+    model.name = text_of(host, "name");
+    for (auto env : host.children("Environment"))
+        for (auto var : env.children("Var"))
+            model.environment.emplace_back(required_text(var, "name"), text_of(var, "value"));
+    for (auto reg : host.children("Registry"))
+        for (auto key : reg.children("Key"))
+            model.registry.push_back(read_registry_key(key));
+    for (auto n : host.children("Volume"))
+        model.volumes.push_back(read_volume(n, host_dir));
+    for (auto n : host.children("Share"))
+        model.shares.push_back(read_share(n, host_dir));
+    for (auto n : host.children("Provider"))
+        model.providers.push_back(read_provider(n));
+    for (auto n : host.children("Writer"))
+        model.writers.push_back(read_writer(n));
+    for (auto n : host.children("Fault"))
+        model.faults.push_back(read_fault(n));
+    for (auto n : host.children("WriterFault"))
+        model.writer_faults.push_back(read_writer_fault(n));
+    return model;
+}
+
+} // namespace
+
+std::variant<host_model_t, std::string> load_host_model(const std::filesystem::path& host_dir) {
+    const auto file = host_dir / "host.xml";
+    pugi::xml_document doc;
+    auto parsed = doc.load_file(file.c_str());
+    if (!parsed)
+        return file.string() + ": " + parsed.description() + " at offset " + std::to_string(parsed.offset);
+    auto host = doc.child("Host");
+    if (!host)
+        return file.string() + ": the document has no <Host> element";
+    try {
+        return read_host(host, std::filesystem::absolute(host_dir));
+    } catch (const model_error& e) {
+        return file.string() + ": " + e.what();
+    }
+}
+
+} // namespace hostsim

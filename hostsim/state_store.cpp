@@ -1,0 +1,255 @@
+#include "hostsim/state_store.h"
+
+#include "hostsim/wide_text.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+namespace hostsim {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::uint64_t start_time_of(int pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+    auto close = text.rfind(')');
+    if (close == std::string::npos)
+        return 0;
+    std::istringstream fields(text.substr(close + 1));
+    std::string field;
+    // Field 22 of the line, the 20th after the command name.
+    for (int i = 0; i < 20 && fields >> field; ++i) {
+    }
+    return std::strtoull(field.c_str(), nullptr, 10);
+}
+
+std::wstring identity_text(const process_identity_t& p) {
+    if (p.pid == 0)
+        return L"-";
+    return std::to_wstring(p.pid) + L":" + std::to_wstring(p.start);
+}
+
+process_identity_t parse_identity(const std::wstring& text) {
+    process_identity_t p;
+    if (text == L"-")
+        return p;
+    auto colon = text.find(L':');
+    p.pid = std::stoi(text.substr(0, colon));
+    if (colon != std::wstring::npos)
+        p.start = std::stoull(text.substr(colon + 1));
+    return p;
+}
+
+std::wstring clean_field(std::wstring text) {
+    for (auto& c : text)
+        if (c == L'\t' || c == L'\n' || c == L'\r')
+            c = L' ';
+    return text;
+}
+
+void write_file_atomically(const fs::path& file, const std::string& content) {
+    fs::path temp = file;
+    temp += ".new";
+    {
+        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
+        out << content;
+    }
+    fs::rename(temp, file);
+}
+
+std::string join_lines(const std::vector<std::wstring>& lines) {
+    std::string out;
+    for (auto& line : lines)
+        out += to_utf8(line) + "\n";
+    return out;
+}
+
+std::wstring shadow_line(const shadow_record_t& s) {
+    return std::to_wstring(s.number) + L"\t" + guid_text(s.snapshot_id) + L"\t" + guid_text(s.set_id) +
+           L"\t" + guid_text(s.provider_id) + L"\t" + clean_field(s.volume_name) + L"\t" +
+           identity_text(s.owner) + L"\t" + std::to_wstring(s.attributes) + L"\t" +
+           std::to_wstring(s.created) + L"\t" + clean_field(s.machine);
+}
+
+std::optional<shadow_record_t> parse_shadow_line(const std::wstring& line) {
+    auto f = split_fields(line);
+    if (f.size() < 9)
+        return std::nullopt;
+    try {
+        shadow_record_t s;
+        s.number = static_cast<unsigned>(std::stoul(f[0]));
+        s.snapshot_id = parse_guid(f[1]).value_or(GUID_NULL);
+        s.set_id = parse_guid(f[2]).value_or(GUID_NULL);
+        s.provider_id = parse_guid(f[3]).value_or(GUID_NULL);
+        s.volume_name = f[4];
+        s.owner = parse_identity(f[5]);
+        s.attributes = static_cast<std::int32_t>(std::stol(f[6]));
+        s.created = std::stoll(f[7]);
+        s.machine = f[8];
+        return s;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+process_identity_t this_process() {
+    int pid = static_cast<int>(getpid());
+    return {pid, start_time_of(pid)};
+}
+
+bool is_alive(const process_identity_t& process) {
+    if (process.pid <= 0)
+        return false;
+    if (kill(process.pid, 0) != 0 && errno == ESRCH)
+        return false;
+    return process.start == 0 || start_time_of(process.pid) == process.start;
+}
+
+std::vector<std::wstring> read_lines(const fs::path& file) {
+    std::vector<std::wstring> lines;
+    std::ifstream in(file, std::ios::binary);
+    std::string line;
+    while (std::getline(in, line))
+        if (!line.empty())
+            lines.push_back(from_utf8(line));
+    return lines;
+}
+
+std::vector<std::wstring> split_fields(const std::wstring& line) {
+    std::vector<std::wstring> fields;
+    std::size_t start = 0;
+    for (;;) {
+        auto tab = line.find(L'\t', start);
+        fields.push_back(line.substr(start, tab - start));
+        if (tab == std::wstring::npos)
+            return fields;
+        start = tab + 1;
+    }
+}
+
+state_store_t::state_store_t(fs::path host_dir)
+    : host_dir_(std::move(host_dir)), state_dir_(host_dir_ / "state") {
+    std::error_code ignored;
+    fs::create_directories(state_dir_ / "shadows", ignored);
+    journal_fd_ =
+        ::open((state_dir_ / "journal.txt").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+}
+
+state_store_t::~state_store_t() {
+    if (journal_fd_ >= 0)
+        ::close(journal_fd_);
+}
+
+fs::path state_store_t::shadow_dir(unsigned number) const {
+    return state_dir_ / "shadows" / std::to_string(number);
+}
+
+void state_store_t::journal(std::string_view op, const std::vector<std::wstring>& args) const {
+    if (journal_fd_ < 0)
+        return;
+    std::string line = std::to_string(getpid()) + "\t" + std::string(op);
+    for (auto& arg : args)
+        line += "\t" + to_utf8(clean_field(arg));
+    line += "\n";
+    // One write per line: with O_APPEND the lines of several processes never mix.
+    [[maybe_unused]] auto written = ::write(journal_fd_, line.data(), line.size());
+}
+
+state_store_t::lock_t::lock_t(const fs::path& file) {
+    // A descriptor of its own for each holder: flock excludes open file descriptions, so
+    // the lock also holds between a process and the children it forked.
+    fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd_ >= 0)
+        while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+        }
+}
+
+state_store_t::lock_t::~lock_t() {
+    if (fd_ >= 0)
+        ::close(fd_);
+}
+
+std::vector<shadow_record_t> state_store_t::shadows() const {
+    std::vector<shadow_record_t> records;
+    for (auto& line : read_lines(state_dir_ / "shadows.txt"))
+        if (auto record = parse_shadow_line(line))
+            records.push_back(*record);
+    return records;
+}
+
+void state_store_t::save_shadows(const std::vector<shadow_record_t>& shadows) const {
+    std::vector<std::wstring> lines;
+    for (auto& s : shadows)
+        lines.push_back(shadow_line(s));
+    write_file_atomically(state_dir_ / "shadows.txt", join_lines(lines));
+}
+
+unsigned state_store_t::allocate_shadow_number() const {
+    auto file = state_dir_ / "next-shadow.txt";
+    auto lines = read_lines(file);
+    unsigned next = 1;
+    if (!lines.empty())
+        next = static_cast<unsigned>(std::wcstoul(lines.front().c_str(), nullptr, 10));
+    if (next == 0)
+        next = 1;
+    write_file_atomically(file, std::to_string(next + 1) + "\n");
+    return next;
+}
+
+void state_store_t::remove_shadow_data(unsigned number) const {
+    // Renamed first, so that the device disappears at once even if the removal takes a while.
+    auto dir = shadow_dir(number);
+    auto doomed = state_dir_ / "shadows" / (".removing-" + std::to_string(number));
+    std::error_code ec;
+    fs::rename(dir, doomed, ec);
+    fs::remove_all(ec ? dir : doomed, ec);
+}
+
+std::vector<std::wstring> state_store_t::csv_files() const {
+    return read_lines(state_dir_ / "csv.txt");
+}
+
+void state_store_t::save_csv_files(const std::vector<std::wstring>& files) const {
+    write_file_atomically(state_dir_ / "csv.txt", join_lines(files));
+}
+
+void state_store_t::record_backup(const GUID& set_id,
+                                  const std::vector<component_result_t>& components) const {
+    std::vector<std::wstring> lines{L"backup\t" + guid_text(set_id)};
+    for (auto& c : components)
+        lines.push_back(L"component\t" + clean_field(c.name) + L"\t" + c.result);
+    std::ofstream out(state_dir_ / "backups.txt", std::ios::binary | std::ios::app);
+    out << join_lines(lines);
+}
+
+void state_store_t::remove_abandoned_shadows() const {
+    auto guard = lock();
+    auto records = shadows();
+    std::vector<shadow_record_t> kept;
+    for (auto& s : records) {
+        bool abandoned = s.owner.pid != 0 && !is_alive(s.owner);
+        if (!abandoned) {
+            kept.push_back(s);
+            continue;
+        }
+        remove_shadow_data(s.number);
+        journal("RemoveAbandonedShadowCopy",
+                {std::to_wstring(s.number), guid_text(s.snapshot_id), s.volume_name,
+                 L"owner " + std::to_wstring(s.owner.pid) + L" is gone"});
+    }
+    if (kept.size() != records.size())
+        save_shadows(kept);
+}
+
+} // namespace hostsim

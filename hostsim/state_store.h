@@ -1,0 +1,90 @@
+// The host's shared state under <host>/state: the journal of calls, the live shadow
+// copies with their owners, the prepared CSV files and the record of completed backups.
+// Every process that uses the host reads and writes it under one file lock.
+#pragma once
+
+#include "compat/win_types.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hostsim {
+
+struct process_identity_t {
+    int pid = 0;             // 0: nobody
+    std::uint64_t start = 0; // start time of the process, so that a reused pid is not taken for it
+};
+
+process_identity_t this_process();
+bool is_alive(const process_identity_t& process);
+
+struct shadow_record_t {
+    unsigned number = 0;
+    GUID snapshot_id{};
+    GUID set_id{};
+    GUID provider_id{};
+    std::wstring volume_name;
+    process_identity_t owner; // nobody: a transportable copy whose maker let go of it
+    std::int32_t attributes = 0;
+    std::int64_t created = 0; // FILETIME ticks
+    std::wstring machine;
+};
+
+struct component_result_t {
+    std::wstring name;
+    std::wstring result; // succeeded, failed, not-reported
+};
+
+class state_store_t {
+public:
+    explicit state_store_t(std::filesystem::path host_dir);
+    ~state_store_t();
+    state_store_t(const state_store_t&) = delete;
+    state_store_t& operator=(const state_store_t&) = delete;
+
+    const std::filesystem::path& host_dir() const { return host_dir_; }
+    std::filesystem::path shadow_dir(unsigned number) const;
+
+    // One line: process id, op, arguments, tab-separated.
+    void journal(std::string_view op, const std::vector<std::wstring>& args = {}) const;
+
+    // The file lock over the state; the accessors below expect it to be held.
+    class lock_t {
+    public:
+        explicit lock_t(const std::filesystem::path& file);
+        ~lock_t();
+        lock_t(const lock_t&) = delete;
+        lock_t& operator=(const lock_t&) = delete;
+
+    private:
+        int fd_ = -1;
+    };
+    lock_t lock() const { return lock_t(state_dir_ / "lock"); }
+
+    std::vector<shadow_record_t> shadows() const;
+    void save_shadows(const std::vector<shadow_record_t>& shadows) const;
+    unsigned allocate_shadow_number() const;
+    void remove_shadow_data(unsigned number) const;
+
+    std::vector<std::wstring> csv_files() const;
+    void save_csv_files(const std::vector<std::wstring>& files) const;
+
+    void record_backup(const GUID& set_id, const std::vector<component_result_t>& components) const;
+
+    // What a process finds when it opens the host: copies whose owner died go, as VSS does
+    // for a requester that vanished. Takes the lock itself.
+    void remove_abandoned_shadows() const;
+
+private:
+    std::filesystem::path host_dir_;
+    std::filesystem::path state_dir_;
+    int journal_fd_ = -1;
+};
+
+std::vector<std::wstring> read_lines(const std::filesystem::path& file);
+std::vector<std::wstring> split_fields(const std::wstring& line);
+
+} // namespace hostsim
