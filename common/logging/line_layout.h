@@ -1,0 +1,26 @@
+// How one message becomes the text of its lines: time stamp, thread head, prefix, marker, indent.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+namespace logging::format {
+
+// What every line of one message shares.
+struct message_head_t {
+    std::string timestamp; // "[dd.mm.yyyy hh:mm:ss] ", or "TIME ---"
+    std::uint32_t thread_id = 0;
+    std::uint32_t mode = 0; // 0: the tool's layout; else the short layout without prefix
+    std::string prefix;     // of the handle's line format
+    std::string eol;        // of the receiver
+};
+
+// "[16.11.2026 05:22:58] " in local time; "TIME ---" when the moment has no local time.
+std::string timestamp_text(std::time_t moment);
+
+// All lines of a message, each with its head and end of line, in one text.
+std::string message_text(const message_head_t& head, int level, std::int32_t indent,
+                         const std::string& message);
+
+} // namespace logging::format

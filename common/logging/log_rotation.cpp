@@ -1,0 +1,63 @@
+#include "common/logging/log_rotation.h"
+
+#include "common/exc/exc.h"
+#include "common/logging/log_file_receiver.h"
+#include "common/logging/log_names.h"
+#include "common/logging/log_platform.h"
+#include "common/logging/zip_writer.h"
+
+#include <atomic>
+#include <filesystem>
+
+namespace logging::receiver {
+
+namespace {
+
+std::atomic<std::uint64_t>& size_limit() {
+    static std::atomic<std::uint64_t> limit{log_size_limit};
+    return limit;
+}
+
+} // namespace
+
+std::uint64_t current_log_size_limit() {
+    return size_limit().load();
+}
+
+void set_log_size_limit_for_tests(std::uint64_t limit) {
+    size_limit().store(limit);
+}
+
+void age_file(const std::string& path, const std::string& extension, int ages_limit) {
+    try {
+        for (int age = ages_limit; age >= 0; --age) {
+            const std::filesystem::path name = platform::native_path(aged_name(path, extension, age));
+            if (!std::filesystem::exists(name))
+                continue;
+            if (age == ages_limit)
+                std::filesystem::remove(name);
+            else
+                std::filesystem::rename(name, platform::native_path(aged_name(path, extension, age + 1)));
+        }
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Cannot age file. File path: [%1]. Extension: [%2]. Ages limit: [%3].", path,
+                                extension, std::to_string(ages_limit), e);
+    }
+}
+
+void check_log_size(const std::shared_ptr<log_file_t>& receiver) {
+    const std::string path = receiver->path();
+    try {
+        if (receiver->size() < current_log_size_limit())
+            return;
+        const std::string archive = path + ".gz";
+        age_file(archive, "gz", archive_generations);
+        // Names first, then the archive, then the emptied log: a failure loses no lines.
+        auto writer = std::make_shared<util::zip_writer_t>(archive, archive_compression_level);
+        receiver->compress(writer);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Unable to validate log size limit. Log path: [%1].", path, e);
+    }
+}
+
+} // namespace logging::receiver

@@ -1,0 +1,62 @@
+// The logger behind every handle: one lock around formatting, writing and the size check.
+#pragma once
+
+#include "common/logging/log.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace logging {
+
+namespace receiver {
+class log_file_t;
+}
+
+constexpr int level_trace = 1;
+constexpr int level_info = 2;
+constexpr int level_warning = 3;
+constexpr int level_error = 4;
+
+// Messages between two looks at the size of the log file.
+constexpr std::int32_t messages_between_size_checks = 1000;
+
+class log_t {
+public:
+    log_t();
+    log_t(const log_t&) = delete;
+    log_t& operator=(const log_t&) = delete;
+
+    // The one entry under all log calls. Writes nothing before a receiver is installed.
+    void write(int level, std::int32_t indent, const format::line_format_t* format,
+               const std::string& message);
+
+    // From here on lines go to the receiver; with size_check the file is kept under its limit.
+    void install(std::shared_ptr<receiver::log_file_t> receiver, bool size_check);
+    std::shared_ptr<receiver::log_file_t> receiver() const;
+
+    // The calling thread's indent depth in this log; it never goes below 0.
+    std::int32_t indent() const;
+    void indent_in();
+    void indent_out();
+
+private:
+    std::int32_t& thread_indent() const;
+    void count_message_for_size_check();
+
+    mutable std::recursive_mutex lock_;
+    std::shared_ptr<receiver::log_file_t> receiver_;
+    const std::uint64_t indent_key_; // this log's entry in every thread's table of indents
+    std::uint8_t initialised_ = 0;
+    std::uint32_t format_mode_ = 0;
+    std::uint8_t disabled_ = 0;
+    std::uint8_t size_check_ = 0;
+    std::int32_t line_counter_ = 0;
+};
+
+// The process-wide log of the tool, and the second one that serves the debug receiver.
+std::shared_ptr<log_t> main_log();
+std::shared_ptr<log_t> debug_log();
+
+} // namespace logging
