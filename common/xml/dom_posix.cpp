@@ -6,6 +6,8 @@
 
 #include <pugixml.hpp>
 
+#include <cstring>
+
 namespace {
 
 struct posix_dom_ref_t {
@@ -22,7 +24,9 @@ struct dom_node_native_t : posix_dom_ref_t {};
 namespace {
 
 // Comments and processing instructions are nodes of the document, as on the platform.
-constexpr unsigned int parse_options = pugi::parse_default | pugi::parse_comments | pugi::parse_pi;
+// Parsing as a fragment keeps text beside the root, so that it can be refused.
+constexpr unsigned int parse_options =
+    pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_fragment;
 constexpr unsigned int save_options = pugi::format_raw | pugi::format_no_declaration;
 
 template <class Holder, class Native = std::remove_pointer_t<decltype(std::declval<Holder>().native())>>
@@ -77,6 +81,33 @@ bool has_single_root(const pugi::xml_document& document) {
     return roots == 1;
 }
 
+bool has_duplicate_attribute(const pugi::xml_node& element) {
+    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
+        for (pugi::xml_attribute b = a.next_attribute(); b; b = b.next_attribute())
+            if (std::strcmp(a.name(), b.name()) == 0)
+                return true;
+    return false;
+}
+
+// The checks of well-formedness that pugixml leaves out.
+bool is_well_formed(const pugi::xml_document& document) {
+    if (!has_single_root(document))
+        return false;
+    for (pugi::xml_node node = document.document_element(); node;) {
+        if (has_duplicate_attribute(node))
+            return false;
+        if (node.first_child()) {
+            node = node.first_child();
+            continue;
+        }
+        while (node && !node.next_sibling())
+            node = node.parent();
+        if (node)
+            node = node.next_sibling();
+    }
+    return true;
+}
+
 struct string_writer_t : pugi::xml_writer {
     std::string text;
     void write(const void* data, std::size_t size) override {
@@ -101,7 +132,7 @@ dom_document_t dom_load(const std::wstring& xml) {
     auto document = std::make_shared<pugi::xml_document>();
     const pugi::xml_parse_result parsed =
         document->load_buffer(utf8.data(), utf8.size(), parse_options, pugi::encoding_utf8);
-    if (!parsed || !has_single_root(*document))
+    if (!parsed || !is_well_formed(*document))
         throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
     return make_holder<dom_document_t>(document, *document);
 }

@@ -1,0 +1,125 @@
+#include "common/exc/exc.h"
+#include "common/xml/dom.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+// The lines of the failure, cause first; a platform error adds its own text in front.
+std::vector<std::string> failure_lines(const std::function<void()>& action, std::size_t keep_last = 99) {
+    try {
+        action();
+    } catch (const exc::exc_base_t& e) {
+        std::vector<std::string> lines;
+        for (const exc::message_entry_t& entry : e.messages())
+            lines.push_back(entry.text);
+        if (lines.size() > keep_last)
+            lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(keep_last));
+        return lines;
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+dom_element_t root_of(const std::wstring& xml) {
+    return dom_child_elements(dom_load(xml)).front();
+}
+
+TEST(DomLookup, FindsChildrenByTagWithoutRegardToCase) {
+    const dom_element_t root = root_of(L"<Root><JobName value='a'/><jobname value='b'/></Root>");
+    EXPECT_EQ(dom_get_attribute(dom_optional_child(root, L"JOBNAME"), L"value"), L"a");
+    EXPECT_EQ(dom_child_elements_by_tag(root, L"jobName", 5).size(), 2u);
+    EXPECT_EQ(dom_child_elements_by_tag(root, L"jobName", 1).size(), 1u);
+    EXPECT_TRUE(dom_optional_child(root, L"Job").empty());
+}
+
+TEST(DomLookup, RequiredChildNamesTheMissingTag) {
+    const dom_element_t root = root_of(L"<Root/>");
+    EXPECT_EQ(failure_lines([&] { dom_required_child(root, L"Missing"); }),
+              std::vector<std::string>{"There is no child node with the specified name 'Missing'."});
+}
+
+TEST(DomLookup, AllChildElementsFailOnACommentButLookupByTagPassesOverIt) {
+    const dom_element_t root = root_of(L"<Root><A/><!-- note --><B/>text</Root>");
+    EXPECT_EQ(failure_lines([&] { dom_child_elements(root); }, 2),
+              (std::vector<std::string>{"Failed to convert XMLDOMNode to XMLDOMElement.",
+                                        "Failed to retrieve children of the XML node."}));
+    EXPECT_FALSE(dom_optional_child(root, L"b").empty());
+    EXPECT_EQ(
+        failure_lines([&] { dom_optional_child(root, L"#comment"); }, 2),
+        (std::vector<std::string>{"XML node does not support IXMLDOMElement interface.",
+                                  "Failed to enumerate child nodes having the specified tag '#comment'."}));
+}
+
+TEST(DomSerialization, HasNoDeclarationAndKeepsElementOrder) {
+    const dom_document_t document = dom_create_document();
+    const dom_element_t root = dom_add_child(document, L"Root");
+    for (const wchar_t* name : {L"C", L"A", L"B"})
+        dom_add_child(root, name);
+    dom_set_attribute(dom_add_child(root, L"A"), L"value", L"2");
+    EXPECT_EQ(dom_serialize(document), L"<Root><C/><A/><B/><A value=\"2\"/></Root>");
+
+    const dom_document_t loaded = dom_load(L"<?xml version=\"1.0\"?>\n<Root>\n  <Z/>\n  <Y/>\n</Root>");
+    EXPECT_EQ(dom_serialize(loaded), L"<Root><Z/><Y/></Root>");
+}
+
+TEST(DomSerialization, AttributeValuesSurviveAnyText) {
+    const std::wstring value = L"a&b<c>\"d'\te\nf \u00e9\u4e2d\U0001F600";
+    const dom_document_t document = dom_create_document();
+    dom_set_attribute(dom_add_child(document, L"Root"), L"value", value);
+    EXPECT_EQ(dom_get_attribute(root_of(dom_serialize(document)), L"value"), value);
+}
+
+TEST(DomAttributes, MissingAttributeReportsTheNullVariantType) {
+    const dom_element_t root = root_of(L"<Root Value='x'/>");
+    EXPECT_EQ(
+        failure_lines([&] { dom_get_attribute(root, L"value"); }),
+        std::vector<std::string>{"Unexpected type (1) of the XML attribute (value). Expected: 'VT_BSTR'."});
+}
+
+TEST(DomAttributes, SettingAgainReplacesTheValue) {
+    const dom_document_t document = dom_create_document();
+    const dom_element_t root = dom_add_child(document, L"Root");
+    dom_set_attribute(root, L"a", L"1");
+    dom_set_attribute(root, L"a", L"");
+    EXPECT_EQ(dom_serialize(document), L"<Root a=\"\"/>");
+}
+
+TEST(DomAttributes, GuidAttributeWrapsItsFailure) {
+    const dom_element_t root = root_of(L"<Root id='{6B29FC40-CA47-1067-B31D-00DD010662DA}' bad='xyz'/>");
+    const GUID id = dom_get_guid_attribute(root, L"id");
+    EXPECT_EQ(id.Data1, 0x6b29fc40u);
+    EXPECT_EQ(
+        failure_lines([&] { dom_get_guid_attribute(root, L"bad"); }, 2),
+        (std::vector<std::string>{"Failed to convert string [xyz] to UUID.",
+                                  "Failed to retrieve value of the GUID attribute. Attribute name: 'bad'."}));
+}
+
+TEST(DomLoading, TextThatIsNotOneWellFormedDocumentFailsWithCodeOne) {
+    for (const std::wstring xml : {L"", L"<a>", L"<a/><b/>", L"text", L"<a/>tail", L"<a b='1' b='2'/>"}) {
+        try {
+            dom_load(xml);
+            ADD_FAILURE() << "loaded: " << std::string(xml.begin(), xml.end());
+        } catch (const exc::com_exc_t& e) {
+            EXPECT_EQ(e.code(), 1);
+            EXPECT_EQ(e.messages().back().text,
+                      "Failed to load XML document '" + std::string(xml.begin(), xml.end()) + "'.");
+        }
+    }
+}
+
+TEST(DomLoading, ElementsKeepTheirDocumentAlive) {
+    dom_element_t child;
+    {
+        const dom_element_t root = root_of(L"<Root><Child value='kept'/></Root>");
+        child = dom_required_child(root, L"child");
+    }
+    EXPECT_EQ(dom_get_attribute(child, L"value"), L"kept");
+    dom_add_child(child, L"Grandchild");
+    EXPECT_EQ(dom_serialize(dom_owner_document(child)),
+              L"<Root><Child value=\"kept\"><Grandchild/></Child></Root>");
+}
+
+} // namespace
