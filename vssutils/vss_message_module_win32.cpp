@@ -1,0 +1,34 @@
+#include "vssutils/vss_message_module.h"
+
+namespace VSSUtils::detail {
+
+namespace {
+const DWORD us_english = 1033;
+}
+
+message_module_t::message_module_t(const char* name) {
+    handle_ = LoadLibraryA(name);
+    if (!handle_)
+        load_error_ = GetLastError();
+}
+
+message_module_t::~message_module_t() {
+    if (handle_)
+        FreeLibrary(static_cast<HMODULE>(handle_));
+}
+
+std::optional<std::string> message_module_t::message(DWORD message_id, DWORD& error) const {
+    char* buffer = nullptr;
+    // No FORMAT_MESSAGE_IGNORE_INSERTS and no arguments: the texts are taken as they are.
+    DWORD length = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_HMODULE, handle_,
+                                  message_id, us_english, reinterpret_cast<char*>(&buffer), 0, nullptr);
+    if (length == 0) {
+        error = GetLastError();
+        return std::nullopt;
+    }
+    std::string text(buffer, length);
+    LocalFree(buffer);
+    return text;
+}
+
+} // namespace VSSUtils::detail
