@@ -1,27 +1,10 @@
 #include "common/exc/exc.h"
 #include "common/xml/dom.h"
+#include "tests/invoke/documents_test_lines.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 namespace {
-
-// The lines of the failure, cause first; a platform error adds its own text in front.
-std::vector<std::string> failure_lines(const std::function<void()>& action, std::size_t keep_last = 99) {
-    try {
-        action();
-    } catch (const exc::exc_base_t& e) {
-        std::vector<std::string> lines;
-        for (const exc::message_entry_t& entry : e.messages())
-            lines.push_back(entry.text);
-        if (lines.size() > keep_last)
-            lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(keep_last));
-        return lines;
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return {};
-}
 
 dom_element_t root_of(const std::wstring& xml) {
     return dom_child_elements(dom_load(xml)).front();

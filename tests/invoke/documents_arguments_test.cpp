@@ -1,0 +1,136 @@
+#include "invoke/arguments.h"
+#include "invoke/base64.h"
+#include "tests/invoke/documents_test_lines.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const char vm_id_text[] = "{6b29fc40-ca47-1067-b31d-00dd010662da}";
+
+InputArguments_t request_with(const std::wstring& name, const std::wstring& value) {
+    return InputArguments_t(L"<InputArguments><" + name + L" value=\"" + value + L"\"/></InputArguments>");
+}
+
+std::wstring encoded(const std::string& bytes) {
+    const std::string text = base64_encode(bytes);
+    return std::wstring(text.begin(), text.end());
+}
+
+TEST(ArgumentLookup, FindsTheFirstArgumentOfANameInAnyCase) {
+    const InputArguments_t input(L"<InputArguments><jobname value='first'/><JobName value='second'/><Other "
+                                 L"value='x'/></InputArguments>");
+    EXPECT_EQ(input.ReadText("JobName"), L"first");
+    EXPECT_EQ(input.ReadText("other"), L"x");
+}
+
+TEST(ArgumentLookup, MissingArgumentNamesItAndTheReader) {
+    const InputArguments_t input(L"<InputArguments/>");
+    EXPECT_EQ(failure_lines([&] { input.ReadText("JobName"); }),
+              (std::vector<std::string>{"Value of the argument 'JobName' is not defined.",
+                                        "Failed to retrieve value of the unicode attribute 'JobName'."}));
+}
+
+TEST(ArgumentLookup, MissingRootFailsBeforeTheArgumentIsLookedFor) {
+    const InputArguments_t input(L"<OutputArguments><JobName value='x'/></OutputArguments>");
+    EXPECT_EQ(failure_lines([&] { input.ReadMultibyte("JobName"); }),
+              (std::vector<std::string>{"There is no child node with the specified name 'InputArguments'.",
+                                        "Failed to find argument node 'JobName'.",
+                                        "Failed to retrieve value of the multibyte attribute 'JobName'."}));
+}
+
+TEST(ArgumentLookup, ValueAttributeNameMustMatchExactly) {
+    const InputArguments_t input(L"<InputArguments><JobName Value='x'/></InputArguments>");
+    EXPECT_EQ(
+        failure_lines([&] { input.ReadText("JobName"); }),
+        (std::vector<std::string>{"Unexpected type (1) of the XML attribute (value). Expected: 'VT_BSTR'.",
+                                  "Failed to retrieve value of the unicode attribute 'JobName'."}));
+}
+
+TEST(ArgumentLookup, RequestThatIsNotXmlFailsToLoad) {
+    EXPECT_EQ(failure_lines([] { InputArguments_t(L"<InputArguments>"); }, 1),
+              std::vector<std::string>{"Failed to load XML document '<InputArguments>'."});
+}
+
+TEST(BooleanArgument, OnlyFalseAndZeroAreFalse) {
+    const std::pair<const wchar_t*, bool> cases[] = {{L"TRUE", true}, {L"False", false}, {L"1", true},
+                                                     {L"", true},     {L"0", false},     {L"no", true}};
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(request_with(L"BackupStatus", text).ReadBool("BackupStatus"), expected);
+}
+
+TEST(GuidArgument, ReadsWithEitherBraceOrNone) {
+    const GUID expected = request_with(L"VmId", L"{6B29FC40-CA47-1067-B31D-00DD010662DA}").ReadGuid("VmId");
+    EXPECT_EQ(expected.Data1, 0x6b29fc40u);
+    for (const wchar_t* text :
+         {L"6b29fc40-ca47-1067-b31d-00dd010662da", L"{6b29fc40-ca47-1067-b31d-00dd010662da",
+          L"6b29fc40-ca47-1067-b31d-00dd010662da}"})
+        EXPECT_EQ(request_with(L"VmId", text).ReadGuid("VmId"), expected);
+}
+
+TEST(GuidArgument, InvalidTextNamesTheStringAndTheArgument) {
+    EXPECT_EQ(failure_lines([] { request_with(L"VmId", L"not-a-guid").ReadGuid("VmId"); }, 2),
+              (std::vector<std::string>{"Failed to convert string [not-a-guid] to UUID.",
+                                        "Failed to retrieve value of the GUID attribute 'VmId'."}));
+}
+
+TEST(EncodedArgument, DecodesUtf8Text) {
+    EXPECT_EQ(request_with(L"Spec", encoded("<a>\xc3\xa9</a>")).ReadEncoded("Spec"), L"<a>\u00e9</a>");
+}
+
+TEST(EncodedArgument, StopsAtABreakOrAZeroWithoutFailing) {
+    EXPECT_EQ(request_with(L"Spec", encoded("abc") + L" " + encoded("def")).ReadEncoded("Spec"), L"abc");
+    EXPECT_EQ(request_with(L"Spec", encoded(std::string("ab\0cd", 5))).ReadEncoded("Spec"), L"ab");
+}
+
+TEST(EncodedArgument, InvalidUtf8IsAConversionFailure) {
+    const std::vector<std::string> lines =
+        failure_lines([] { request_with(L"Spec", encoded("\xff\xfe")).ReadEncoded("Spec"); }, 1);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0].rfind("Multibyte UTF8 string cannot be converted to unicode string.", 0), 0u);
+}
+
+TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclaration) {
+    OutputArguments_t output;
+    output.WriteGuid("SnapshotId",
+                     request_with(L"Id", L"6B29FC40-CA47-1067-B31D-00DD010662DA").ReadGuid("Id"));
+    output.WriteText("ErrDescription", L"");
+    output.WriteBool("IsCompleted", false);
+    output.WriteBool("IsSucceeded", true);
+    output.WriteNumber("CreationTime", -5);
+    output.WriteNumber("CompletedTime", 133000000000000000);
+    EXPECT_EQ(output.Serialize(), L"<OutputArguments><SnapshotId value=\"" +
+                                      std::wstring(vm_id_text, vm_id_text + 38) +
+                                      L"\"/><ErrDescription value=\"\"/><IsCompleted value=\"false\"/>"
+                                      L"<IsSucceeded value=\"true\"/><CreationTime value=\"-5\"/>"
+                                      L"<CompletedTime value=\"133000000000000000\"/></OutputArguments>");
+}
+
+TEST(OutputDocument, CommandWithoutResultsGivesTheRootAlone) {
+    EXPECT_EQ(OutputArguments_t().Serialize(), L"<OutputArguments/>");
+}
+
+TEST(OutputDocument, ElementOfItsOwnFormTakesAnyAttributes) {
+    OutputArguments_t output;
+    const dom_element_t locks = output.CreateElement("Locks");
+    dom_set_attribute(locks, L"BackupConsole", L"console");
+    dom_set_attribute(locks, L"JobName", L"job");
+    EXPECT_EQ(output.Serialize(),
+              L"<OutputArguments><Locks BackupConsole=\"console\" JobName=\"job\"/></OutputArguments>");
+}
+
+TEST(OutputDocument, EncodedValueReadsBackAsWritten) {
+    const std::wstring document = L"<HVBackupSpec>\r\n <VMs/>\u00e9\u4e2d\U0001F600</HVBackupSpec>";
+    OutputArguments_t output;
+    output.WriteEncoded("SnapshotXmlSpec", document);
+    output.WriteEncoded("Empty", L"");
+    std::wstring request = output.Serialize();
+    request.replace(request.find(L"<OutputArguments>"), 17, L"<InputArguments>");
+    request.replace(request.find(L"</OutputArguments>"), 18, L"</InputArguments>");
+    const InputArguments_t input(request);
+    EXPECT_EQ(input.ReadEncoded("SnapshotXmlSpec"), document);
+    EXPECT_EQ(input.ReadEncoded("Empty"), L"");
+    EXPECT_EQ(input.ReadText("Empty"), L"");
+}
+
+} // namespace
