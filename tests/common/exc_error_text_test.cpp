@@ -1,0 +1,42 @@
+#include "common/exc/exc.h"
+
+#include <gtest/gtest.h>
+
+#include <system_error>
+
+TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
+    EXPECT_EQ(exc::sys_error_text(2), "The system cannot find the file specified.\r\n");
+    EXPECT_EQ(exc::sys_error_text(32),
+              "The process cannot access the file because it is being used by another process.\r\n");
+    EXPECT_EQ(exc::sys_error_text(1705), "The string universal unique identifier (UUID) is invalid.\r\n");
+    EXPECT_EQ(exc::sys_error_text(0x80004005u), "Unspecified error\r\n");
+    // An HRESULT of the Win32 facility reads as its Win32 code.
+    EXPECT_EQ(exc::sys_error_text(0x80070057u), exc::sys_error_text(87));
+}
+
+TEST(SystemErrorText, InternetCodesComeFromTheirOwnTableOnlyInTheirRange) {
+    EXPECT_EQ(exc::sys_error_text(12007), "The server name or address could not be resolved\r\n");
+    const std::string beyond = exc::sys_error_text(12175);
+    EXPECT_EQ(beyond, std::system_category().message(12175) + ". Error code: 12175");
+}
+
+TEST(SystemErrorText, UnknownCodeEndsWithItsDecimalNumber) {
+    const std::string text = exc::sys_error_text(4000000001u);
+    const std::string suffix = ". Error code: 4000000001";
+    ASSERT_GT(text.size(), suffix.size());
+    EXPECT_EQ(text.substr(text.size() - suffix.size()), suffix);
+}
+
+TEST(ComErrorText, WithoutErrorObjectIsTheCodeAloneWithItsLeadingBlank) {
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80042306u)), " Error code: 0x80042306");
+    EXPECT_EQ(exc::com_error_text(5), " Error code: 0x00000005");
+
+    const exc::com_exc_t e(static_cast<std::int32_t>(0x80004005u), "Failed to %1.", "go");
+    EXPECT_STREQ(e.what(), " Error code: 0x80004005\nFailed to go.");
+}
+
+TEST(SystemErrorText, SystemExceptionPutsTheCauseBeforeTheMessage) {
+    const exc::win_sys_exc_t e("Cannot open [%1] as %2.", "a", "b", 3);
+    EXPECT_STREQ(e.what(), "The system cannot find the path specified.\r\n\nCannot open [a] as b.");
+    EXPECT_STREQ(exc::win_sys_exc_t(3).what(), "The system cannot find the path specified.\r\n");
+}

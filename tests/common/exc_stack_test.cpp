@@ -1,0 +1,178 @@
+#include "common/exc/exc.h"
+
+#include <boost/system/system_error.hpp>
+#include <gtest/gtest.h>
+
+#include <new>
+#include <system_error>
+
+namespace {
+
+// A foreign exception whose what() is null, as some dependencies produce.
+struct null_text_exception : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+};
+
+void fail_create_directory() {
+    try {
+        throw exc::win_sys_exc_t("CreateDirectory(%1) function call failed.", "C:\\B", 5);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_message("Cannot create folder. Folder path: [%1].", "C:\\B", e);
+    }
+}
+
+void fail_snapshot_task() {
+    try {
+        fail_create_directory();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to create snapshot task. Job: '%1'. Backup console: '%2'.", "J", "C",
+                                e);
+    }
+}
+
+template <typename Throw> std::exception_ptr wrapped_with_trace(Throw thrower, const std::string& line) {
+    try {
+        try {
+            thrower();
+        } catch (const std::exception& e) {
+            exc::rethrow_with_trace(line, e);
+        }
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
+}
+
+} // namespace
+
+TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
+    try {
+        fail_snapshot_task();
+        FAIL() << "nothing thrown";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 5u);
+        EXPECT_STREQ(e.what(), "Access is denied.\r\n"
+                               "\n"
+                               "CreateDirectory(C:\\B) function call failed.\n"
+                               "Cannot create folder. Folder path: [C:\\B].\n"
+                               "--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
+        EXPECT_EQ(e.plain_text(), "Access is denied.\r\n"
+                                  "\n"
+                                  "CreateDirectory(C:\\B) function call failed.\n"
+                                  "Cannot create folder. Folder path: [C:\\B].\n"
+                                  "Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
+        ASSERT_EQ(e.messages().size(), 4u);
+        EXPECT_FALSE(e.messages()[2].is_trace);
+        EXPECT_TRUE(e.messages()[3].is_trace);
+    }
+}
+
+TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
+    EXPECT_STREQ(exc::exc_base_t().what(), "");
+
+    exc::exc_base_t single("only");
+    EXPECT_STREQ(single.what(), "only");
+
+    exc::exc_base_t stack;
+    stack.append_entry("inner", true);
+    EXPECT_STREQ(stack.what(), "--tr:inner");
+    stack.append_message("%1 and %2", "a", "b");
+    EXPECT_STREQ(stack.what(), "--tr:inner\na and b");
+    EXPECT_EQ(stack.plain_text(), "inner\na and b");
+}
+
+TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
+    exc::com_exc_t original(static_cast<std::int32_t>(0x80042306u), "first");
+    const exc::exc_base_t* address = nullptr;
+    try {
+        try {
+            throw original;
+        } catch (const exc::exc_base_t& e) {
+            address = &e;
+            exc::rethrow_with_trace("%1 %2 %3", "x", "y", "z", e);
+        }
+    } catch (const exc::com_exc_t& e) {
+        EXPECT_EQ(&e, address);
+        EXPECT_EQ(e.code(), static_cast<std::int32_t>(0x80042306u));
+        EXPECT_EQ(std::string(e.what()), std::string(original.what()) + "\n--tr:x y z");
+    }
+}
+
+TEST(ExceptionStack, ForeignCauseBecomesRuntimeExceptionWithItsTextFirst) {
+    auto from_bad_alloc = wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
+    try {
+        std::rethrow_exception(from_bad_alloc);
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(e.code(), 0u);
+        EXPECT_EQ(std::string(e.what()), std::string(std::bad_alloc().what()) + "\n--tr:Failed to go on.");
+    }
+
+    auto from_null_text = wrapped_with_trace([] { throw null_text_exception(); }, "outer");
+    try {
+        std::rethrow_exception(from_null_text);
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_STREQ(e.what(), "\n--tr:outer");
+    }
+}
+
+TEST(ExceptionStack, SystemErrorOfADependencyLendsItsCode) {
+    auto from_boost = wrapped_with_trace(
+        [] {
+            throw boost::system::system_error(
+                boost::system::error_code(32, boost::system::system_category()));
+        },
+        "outer");
+    try {
+        std::rethrow_exception(from_boost);
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(e.code(), 32u);
+    }
+
+    auto from_std = wrapped_with_trace(
+        [] { throw std::system_error(std::error_code(17, std::generic_category())); }, "outer");
+    try {
+        std::rethrow_exception(from_std);
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(e.code(), 17u);
+    }
+}
+
+TEST(ExceptionCopies, CloneAndRethrowKeepTheDynamicType) {
+    const exc::win_sys_exc_t original("context", 2);
+    std::shared_ptr<exc::exc_base_t> copy = original.clone();
+    ASSERT_NE(dynamic_cast<exc::win_sys_exc_t*>(copy.get()), nullptr);
+    EXPECT_STREQ(copy->what(), original.what());
+    EXPECT_THROW(copy->rethrow(), exc::win_sys_exc_t);
+
+    exc::runtime_exc_t runtime("r");
+    runtime.set_code(7);
+    try {
+        runtime.clone()->rethrow();
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(e.code(), 7u);
+    }
+    EXPECT_THROW(exc::com_exc_t(1).clone()->rethrow(), exc::com_exc_t);
+}
+
+TEST(ExceptionCopies, LockedFileLosesItsTypeOnlyThroughRethrow) {
+    const exc::file_locked_exc_t locked("C:\\vm.vhdx");
+    EXPECT_STREQ(locked.what(), "File [C:\\vm.vhdx] is locked.");
+
+    auto copy = locked.clone();
+    auto* as_locked = dynamic_cast<exc::file_locked_exc_t*>(copy.get());
+    ASSERT_NE(as_locked, nullptr);
+    EXPECT_EQ(as_locked->file_name(), "C:\\vm.vhdx");
+
+    try {
+        locked.rethrow();
+    } catch (const exc::file_locked_exc_t&) {
+        FAIL() << "the locked-file type must not survive rethrow";
+    } catch (const exc::exc_base_t& e) {
+        EXPECT_STREQ(e.what(), "File [C:\\vm.vhdx] is locked.");
+    }
+}
+
+TEST(ExceptionText, FallsBackWhenWhatIsNull) {
+    EXPECT_EQ(exc::exception_text(null_text_exception()), "Exception message is not available.");
+    EXPECT_EQ(exc::exception_text(exc::runtime_exc_t("x %1", "y")), "x y");
+}

@@ -1,0 +1,79 @@
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+
+#include <gtest/gtest.h>
+
+TEST(TextConversion, RoundTripsNonAsciiText) {
+    const std::wstring wide = L"Caf\u00e9 \u65e5\u672c \u00c4";
+    EXPECT_EQ(from_utf8(to_utf8(wide)), wide);
+    EXPECT_EQ(to_unicode(to_ansi(wide)), wide);
+    EXPECT_EQ(to_utf8(L"\u00e9"), "\xc3\xa9");
+}
+
+TEST(TextConversion, EmptyAndZeroCutTexts) {
+    EXPECT_EQ(to_ansi(L""), "");
+    EXPECT_EQ(to_utf8(L""), "");
+    EXPECT_EQ(to_unicode(""), L"");
+    EXPECT_EQ(from_utf8(""), L"");
+    EXPECT_EQ(to_ansi(std::wstring(L"ab\0cd", 5)), "ab");
+    EXPECT_EQ(from_utf8(std::string("ab\0cd", 5)), L"ab");
+}
+
+TEST(ValuePrinters, BooleansAndNumbers) {
+    EXPECT_EQ(bool_to_string(true), "true");
+    EXPECT_EQ(bool_to_string(false), "false");
+    EXPECT_EQ(num_to_string(static_cast<std::int32_t>(0x80070005u)), "-2147024891");
+    EXPECT_EQ(num_to_string(std::uint64_t{18446744073709551615ULL}), "18446744073709551615");
+    EXPECT_EQ(num_to_string(std::int32_t{1234567}), "1234567");
+    EXPECT_EQ(hex_to_string(0x80070005u), "0x80070005");
+    EXPECT_EQ(hex_to_string(0xABu), "0x000000ab");
+}
+
+TEST(ValueParsers, StringToBoolIsFalseOnlyForFalseAndZero) {
+    EXPECT_TRUE(string_to_bool("TRUE"));
+    EXPECT_FALSE(string_to_bool("False"));
+    EXPECT_FALSE(string_to_bool("0"));
+    EXPECT_TRUE(string_to_bool("no"));
+    EXPECT_TRUE(string_to_bool(""));
+    EXPECT_TRUE(string_to_bool("00"));
+}
+
+TEST(GuidText, RoundTripsInLowerCaseWithBraces) {
+    const GUID guid = {0x66841CD4, 0x6DED, 0x4F4B, {0x8F, 0x17, 0xFD, 0x23, 0xF8, 0xDD, 0xC3, 0xDE}};
+    EXPECT_EQ(guid_to_wstring(guid), L"{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}");
+    EXPECT_EQ(guid_to_string(guid), "{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}");
+    EXPECT_EQ(string_to_guid(guid_to_wstring(guid)), guid);
+    EXPECT_EQ(string_to_guid("66841CD4-6DED-4F4B-8F17-FD23F8DDC3DE"), guid);
+    EXPECT_EQ(string_to_guid(L"{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de"), guid);
+    EXPECT_EQ(string_to_guid(L"66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}"), guid);
+}
+
+TEST(GuidText, RefusedTextsFailWithTheStatusAndTheGivenText) {
+    for (const std::wstring text :
+         {L"", L"{", L"{}", L"{{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}}",
+          L"66841cd4-6ded-4f4b-8f17-fd23f8ddc3d", L"66841cd4-6ded-4f4b-8f17+fd23f8ddc3de",
+          L"66841cd4-6ded-4f4b-8f17-fd23f8ddc3dg"}) {
+        try {
+            string_to_guid(text);
+            ADD_FAILURE() << to_ansi(text);
+        } catch (const exc::win_sys_exc_t& e) {
+            EXPECT_EQ(e.code(), 1705u);
+            EXPECT_EQ(e.messages().back().text, "Failed to convert string [" + to_ansi(text) + "] to UUID.");
+        }
+    }
+}
+
+TEST(CaseFolding, FoldsAsciiLettersOnly) {
+    EXPECT_TRUE(iequals(std::string("Hyper-V"), std::string("hYPER-v")));
+    EXPECT_FALSE(iequals(std::string("ab"), std::string("abc")));
+    EXPECT_TRUE(iequals(std::wstring(L"C:\\VMs"), std::wstring(L"c:\\vms")));
+    EXPECT_FALSE(iequals(std::wstring(L"\u00c4"), std::wstring(L"\u00e4")));
+    EXPECT_EQ(to_lower(L"AZ[az]\u00c4"), L"az[az]\u00c4");
+}
+
+TEST(LogShortening, KeepsShortTextAndCutsLongTextAt128) {
+    const std::string exact(128, 'x');
+    EXPECT_EQ(shorten_for_log(exact), exact);
+    const std::string longer = std::string(128, 'y') + "tail";
+    EXPECT_EQ(shorten_for_log(longer), std::string(128, 'y') + "..., length: 132");
+}
