@@ -1,0 +1,186 @@
+#include "common/format/format.h"
+#include "spec/hv_backup_spec.h"
+#include "tests/invoke/documents_test_lines.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const char full_document[] = R"(<?xml version="1.0"?>
+<HVBackupSpec>
+  <VMs>
+    <VM id="{11111111-2222-3333-4444-555555555555}" crashConsistent="1">
+      <DiskExclusions><disk>C:\VMs\a.vhdx</disk><disk>D:\b.vhdx</disk></DiskExclusions>
+      <aux_file path="C:\aux1.txt"/>
+      <!-- the second one -->
+      <aux_file path="C:\aux2.txt"/>
+    </VM>
+    <VM id="not a guid"/>
+  </VMs>
+  <VSSProvider type="2" id="{b5946137-7b9f-4925-af80-51abd60b20d5}"/>
+  <volumes>
+    <volProvider type="3" id="24602a4f-0000-4925-af80-51abd60b20d5" volMountPoint="C:\ClusterStorage\Vol&#xE9;1\"/>
+    <volProvider type="5" id="{00000000-0000-0000-0000-000000000005}" volMountPoint="E:\"/>
+  </volumes>
+  <Offhost type="1"/>
+  <Settings UseCsvVssWriter="true"/>
+</HVBackupSpec>)";
+
+std::string with_body(const std::string& body) {
+    return "<HVBackupSpec>" + body + "</HVBackupSpec>";
+}
+
+CHvBackupSpec parse_body(const std::string& body) {
+    return CHvBackupSpec(with_body(body));
+}
+
+TEST(BackupSpecParsing, ReadsEveryPartOfTheDocument) {
+    const CHvBackupSpec spec(full_document);
+    ASSERT_EQ(spec.vms.size(), 2u);
+    EXPECT_EQ(spec.vms[0]->vmId, "{11111111-2222-3333-4444-555555555555}");
+    EXPECT_TRUE(spec.vms[0]->crashConsistent);
+    EXPECT_EQ(spec.vms[0]->excludedDisks, (std::vector<std::string>{"C:\\VMs\\a.vhdx", "D:\\b.vhdx"}));
+    EXPECT_EQ(spec.vms[0]->auxFiles, (std::vector<std::string>{"C:\\aux1.txt", "C:\\aux2.txt"}));
+    EXPECT_EQ(spec.vms[1]->vmId, "not a guid");
+    EXPECT_FALSE(spec.vms[1]->crashConsistent);
+
+    EXPECT_EQ(spec.defaultProvider->providerType, 2u);
+    EXPECT_EQ(guid_to_string(spec.defaultProvider->providerId), "{b5946137-7b9f-4925-af80-51abd60b20d5}");
+    ASSERT_EQ(spec.volumeProviders.size(), 2u);
+    EXPECT_EQ(spec.volumeProviders[0]->mountPoint, L"C:\\ClusterStorage\\Vol\u00e91\\");
+    EXPECT_EQ(guid_to_string(spec.volumeProviders[0]->providerId), "{24602a4f-0000-4925-af80-51abd60b20d5}");
+    EXPECT_EQ(spec.volumeProviders[1]->providerType, 5u);
+    EXPECT_EQ(spec.offhost->mode, COffhostInfo::Enabled);
+    EXPECT_TRUE(spec.useCsvVssWriter);
+}
+
+TEST(BackupSpecParsing, EmptyVmListAndNothingElseGivesDefaults) {
+    const CHvBackupSpec spec = parse_body("<VMs/>");
+    EXPECT_TRUE(spec.vms.empty());
+    ASSERT_TRUE(spec.defaultProvider);
+    EXPECT_EQ(spec.defaultProvider->providerType, 0u);
+    EXPECT_EQ(spec.defaultProvider->providerId, GUID_NULL);
+    EXPECT_EQ(spec.defaultProvider->mountPoint, L"");
+    EXPECT_TRUE(spec.volumeProviders.empty());
+    ASSERT_TRUE(spec.offhost);
+    EXPECT_EQ(spec.offhost->mode, COffhostInfo::NotSpecified);
+    EXPECT_FALSE(spec.useCsvVssWriter);
+}
+
+TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeRead) {
+    const std::pair<const char*, bool> cases[] = {{"abc", false}, {"2", true},   {"0", false},
+                                                  {"-1", true},   {" 3x", true}, {"", false}};
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(parse_body(std::string("<VMs><VM id='x' crashConsistent='") + text + "'/></VMs>")
+                      .vms[0]
+                      ->crashConsistent,
+                  expected)
+            << text;
+}
+
+TEST(BackupSpecParsing, DiskWithoutTextEndsTheExclusionsQuietly) {
+    const CHvBackupSpec spec = parse_body(
+        "<VMs><VM id='x'><DiskExclusions><disk>a</disk><disk/><disk>c</disk></DiskExclusions></VM></VMs>");
+    EXPECT_EQ(spec.vms[0]->excludedDisks, std::vector<std::string>{"a"});
+}
+
+TEST(BackupSpecParsing, CsvWriterFlagFollowsTheLenientBooleanRule) {
+    const std::pair<const char*, bool> cases[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
+                                                  {"<Settings UseCsvVssWriter='0'/>", false},
+                                                  {"<Settings UseCsvVssWriter='no'/>", true},
+                                                  {"<Settings UseCsvVssWriter=''/>", true},
+                                                  {"<Settings/>", false},
+                                                  {"<Settings UseCsvVssWriter='false'/>", false}};
+    for (const auto& [settings, expected] : cases)
+        EXPECT_EQ(parse_body(std::string("<VMs/>") + settings).useCsvVssWriter, expected) << settings;
+}
+
+TEST(BackupSpecParsing, OffhostModeIsKeptAsGiven) {
+    EXPECT_EQ(parse_body("<VMs/><Offhost type='0'/>").offhost->mode, COffhostInfo::Disabled);
+    EXPECT_EQ(parse_body("<VMs/><Offhost type='7'/>").offhost->mode, 7);
+}
+
+struct failure_case_t {
+    const char* what;
+    std::string document;
+    std::vector<std::string> last_lines; // the document line comes behind these
+};
+
+TEST(BackupSpecFailures, EachStepAddsItsLineFromTheCauseOutwards) {
+    const failure_case_t cases[] = {
+        {"no VMs",
+         with_body(""),
+         {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
+        {"no root",
+         "<Spec><VMs/></Spec>",
+         {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
+        {"VM without id",
+         with_body("<VMs><VM id='a'/><VM/></VMs>"),
+         {"Attribute value is not specified. Attribute: [id].", "Failed to parse Hyper-V backup spec.",
+          "Failed to parse VM specification.", "Failed to parse list of VMs."}},
+        {"aux_file without path",
+         with_body("<VMs><VM id='a'><aux_file/></VM></VMs>"),
+         {"Attribute value is not specified. Attribute: [path].", "Failed to parse list of auxiliary files.",
+          "Failed to parse Hyper-V backup spec.", "Failed to parse VM specification.",
+          "Failed to parse list of VMs."}},
+        {"default provider without type",
+         with_body("<VMs/><VSSProvider id='{00000000-0000-0000-0000-000000000001}'/>"),
+         {"Unexpected type of the attribute. Attribute: [type].",
+          "Failed to parse default VSS provider settings"}},
+        {"default provider with a bad id",
+         with_body("<VMs/><VSSProvider type='1' id='xyz'/>"),
+         {"Failed to convert string [xyz] to UUID.", "Failed to parse default VSS provider settings"}},
+        {"volume provider without id",
+         with_body("<VMs/><volumes><volProvider type='1'/></volumes>"),
+         {"Attribute value is not specified. Attribute: [id].",
+          "Failed to parse list of volumes to snapshot."}},
+        {"volume provider with an empty id",
+         with_body("<VMs/><volumes><volProvider type='1' id=''/></volumes>"),
+         {"Failed to convert string [] to UUID.", "Failed to parse list of volumes to snapshot."}},
+        {"Offhost without type",
+         with_body("<VMs/><Offhost/>"),
+         {"Unexpected type of the attribute. Attribute: [type].",
+          "Failed to parse off-host backup settings."}},
+    };
+    for (const failure_case_t& c : cases) {
+        std::vector<std::string> expected = c.last_lines;
+        expected.push_back("Cannot parse backup specification document (" + c.document + ").");
+        EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected)
+            << c.what;
+    }
+}
+
+TEST(BackupSpecFailures, BadProviderIdIsASystemError) {
+    EXPECT_THROW(parse_body("<VMs/><VSSProvider type='1' id='xyz'/>"), exc::win_sys_exc_t);
+}
+
+TEST(BackupSpecFailures, SyntaxErrorComesFromTheXmlLayer) {
+    const std::string document = "<HVBackupSpec><VMs></HVBackupSpec>";
+    const std::vector<std::string> lines = failure_lines([&] { CHvBackupSpec spec(document); });
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1], "Failed to parse XML content. Source content: [" + document + "].");
+    EXPECT_EQ(lines[2], "Cannot parse backup specification document (" + document + ").");
+}
+
+TEST(VolumeProviderLookup, MatchesMountPointsByComponentsIgnoringCase) {
+    const CHvBackupSpec spec(full_document);
+    const CHvBackupSpec::provider_ptr_t first = spec.volumeProviders[0];
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91"), first);
+    EXPECT_EQ(spec.FindVolumeProvider(L"c:/clusterstorage//VOL\u00e91/"), first);
+    EXPECT_EQ(spec.FindVolumeProvider(L"E:"), spec.volumeProviders[1]);
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage"), spec.defaultProvider);
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91\\sub"), spec.defaultProvider);
+}
+
+TEST(VolumeProviderLookup, FirstMatchingEntryWinsAndDefaultStandsIn) {
+    const CHvBackupSpec spec = parse_body(
+        "<VMs/><volumes><volProvider type='1' id='{00000000-0000-0000-0000-000000000001}' "
+        "volMountPoint='F:\\'/>"
+        "<volProvider type='2' id='{00000000-0000-0000-0000-000000000002}' volMountPoint='f:'/></volumes>");
+    EXPECT_EQ(spec.FindVolumeProvider(L"F:\\")->providerType, 1u);
+    EXPECT_EQ(spec.FindVolumeProvider(L"G:\\"), spec.defaultProvider);
+    const CHvBackupSpec empty = parse_body("<VMs/>");
+    EXPECT_EQ(empty.FindVolumeProvider(L"C:\\"), empty.defaultProvider);
+}
+
+} // namespace
