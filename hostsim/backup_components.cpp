@@ -37,10 +37,77 @@ std::wstring ids_text(const VSS_ID* ids, UINT count) {
 
 } // namespace
 
-backup_components_t::backup_components_t(std::shared_ptr<host_t> host) : host_(std::move(host)) {}
+backup_components_t::backup_components_t(std::shared_ptr<host_t> host)
+    : host_(std::move(host)), link_(std::make_shared<link_t>()) {
+    link_->object = this;
+}
 
 backup_components_t::~backup_components_t() {
+    {
+        std::lock_guard guard(link_->mutex);
+        link_->object = nullptr;
+    }
     release_snapshots();
+}
+
+// The operations don't keep the object alive: releasing it ends the backup, as on Windows,
+// and an operation that ends later finds nothing left to update.
+std::function<HRESULT(HRESULT)>
+backup_components_t::on_finish(HRESULT (backup_components_t::*step)(HRESULT)) {
+    return [link = link_, step](HRESULT planned) {
+        std::lock_guard guard(link->mutex);
+        return link->object ? (link->object->*step)(planned) : planned;
+    };
+}
+
+std::function<void()> backup_components_t::on_cancel(void (backup_components_t::*step)()) {
+    return [link = link_, step] {
+        std::lock_guard guard(link->mutex);
+        if (link->object)
+            (link->object->*step)();
+    };
+}
+
+HRESULT backup_components_t::finish_gathering_metadata(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (SUCCEEDED(planned)) {
+        metadata_ready_ = true;
+        writer_states_.pass(writer_phase::identify);
+    }
+    return planned;
+}
+
+HRESULT backup_components_t::finish_prepare(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (SUCCEEDED(planned)) {
+        prepared_ = true;
+        writer_states_.pass(writer_phase::prepare);
+    }
+    return planned;
+}
+
+HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (SUCCEEDED(planned)) {
+        statuses_ = writer_states_.report(writers_in_play(), host_->model().writer_faults);
+        statuses_ready_ = true;
+    }
+    return planned;
+}
+
+HRESULT backup_components_t::finish_backup(HRESULT planned) {
+    std::lock_guard guard(mutex_);
+    if (FAILED(planned))
+        return planned;
+    writer_states_.pass(writer_phase::complete);
+    std::vector<component_result_t> results;
+    for (auto& c : components_)
+        results.push_back({c.name, !c.succeeded ? L"not-reported" : *c.succeeded ? L"succeeded" : L"failed"});
+    if (auto* state = host_->state()) {
+        auto lock = state->lock();
+        state->record_backup(set_id_.value_or(GUID_NULL), results);
+    }
+    return planned;
 }
 
 bool backup_components_t::answers_to(REFIID riid) const {
@@ -157,18 +224,10 @@ HRESULT backup_components_t::GatherWriterMetadata(IVssAsync** pAsync) {
     if (origin_ == origin::none || metadata_requested_)
         return VSS_E_BAD_STATE;
     metadata_requested_ = true;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"GatherWriterMetadata",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
                   outcome.delay_ms,
-                  [self](HRESULT planned) {
-                      std::lock_guard guard(self->mutex_);
-                      if (SUCCEEDED(planned)) {
-                          self->metadata_ready_ = true;
-                          self->writer_states_.pass(writer_phase::identify);
-                      }
-                      return planned;
-                  },
+                  on_finish(&backup_components_t::finish_gathering_metadata),
                   {}},
                  pAsync);
 }
@@ -269,18 +328,10 @@ HRESULT backup_components_t::PrepareForBackup(IVssAsync** ppAsync) {
     if (origin_ != origin::fresh || !metadata_ready_ || !backup_state_set_ || prepare_requested_)
         return VSS_E_BAD_STATE;
     prepare_requested_ = true;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"PrepareForBackup",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
                   outcome.delay_ms,
-                  [self](HRESULT planned) {
-                      std::lock_guard guard(self->mutex_);
-                      if (SUCCEEDED(planned)) {
-                          self->prepared_ = true;
-                          self->writer_states_.pass(writer_phase::prepare);
-                      }
-                      return planned;
-                  },
+                  on_finish(&backup_components_t::finish_prepare),
                   {}},
                  ppAsync);
 }
@@ -294,19 +345,10 @@ HRESULT backup_components_t::GatherWriterStatus(IVssAsync** pAsync) {
         return E_INVALIDARG;
     if (origin_ == origin::none || (origin_ == origin::fresh && !metadata_ready_))
         return VSS_E_BAD_STATE;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"GatherWriterStatus",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
                   outcome.delay_ms,
-                  [self](HRESULT planned) {
-                      std::lock_guard guard(self->mutex_);
-                      if (SUCCEEDED(planned)) {
-                          self->statuses_ = self->writer_states_.report(self->writers_in_play(),
-                                                                        self->host_->model().writer_faults);
-                          self->statuses_ready_ = true;
-                      }
-                      return planned;
-                  },
+                  on_finish(&backup_components_t::finish_gathering_status),
                   {}},
                  pAsync);
 }
@@ -401,26 +443,10 @@ HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
     if (!snapshot_done_ || complete_requested_)
         return VSS_E_BAD_STATE;
     complete_requested_ = true;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"BackupComplete",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
                   outcome.delay_ms,
-                  [self](HRESULT planned) {
-                      std::lock_guard guard(self->mutex_);
-                      if (FAILED(planned))
-                          return planned;
-                      self->writer_states_.pass(writer_phase::complete);
-                      std::vector<component_result_t> results;
-                      for (auto& c : self->components_)
-                          results.push_back({c.name, !c.succeeded   ? L"not-reported"
-                                                     : *c.succeeded ? L"succeeded"
-                                                                    : L"failed"});
-                      if (auto* state = self->host_->state()) {
-                          auto lock = state->lock();
-                          state->record_backup(self->set_id_.value_or(GUID_NULL), results);
-                      }
-                      return planned;
-                  },
+                  on_finish(&backup_components_t::finish_backup),
                   {}},
                  ppAsync);
 }

@@ -3,7 +3,6 @@
 // backup_snapshot_set.cpp.
 #pragma once
 
-#include "compat/com_ptr.h"
 #include "compat/vss_api.h"
 #include "hostsim/async_operation.h"
 #include "hostsim/backup_document.h"
@@ -11,6 +10,7 @@
 #include "hostsim/host.h"
 #include "hostsim/writer_states.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -143,14 +143,28 @@ private:
     void take_over(const backup_document_t& document);
     HRESULT start(async_plan_t plan, IVssAsync** out);
 
+    std::function<HRESULT(HRESULT)> on_finish(HRESULT (backup_components_t::*step)(HRESULT));
+    std::function<void()> on_cancel(void (backup_components_t::*step)());
+    HRESULT finish_gathering_metadata(HRESULT planned);
+    HRESULT finish_prepare(HRESULT planned);
+    HRESULT finish_gathering_status(HRESULT planned);
+    HRESULT finish_backup(HRESULT planned);
     HRESULT finish_snapshot_set(HRESULT planned);
+    void cancel_snapshot_set();
     void discard_owned_snapshots();
     HRESULT finish_import(HRESULT planned);
     void release_snapshots();
     bool make_shadow_copy(snapshot_t& snapshot);
     void fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const;
 
+    // What the object's operations reach it through; empty once it is gone.
+    struct link_t {
+        std::mutex mutex;
+        backup_components_t* object = nullptr;
+    };
+
     std::shared_ptr<host_t> host_;
+    std::shared_ptr<link_t> link_;
     std::mutex mutex_;
     origin origin_ = origin::none;
     std::wstring document_host_dir_;

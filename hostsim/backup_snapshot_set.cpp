@@ -184,13 +184,9 @@ HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
     for (auto& s : snapshots_)
         if (!make_shadow_copy(s) && SUCCEEDED(status))
             status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"DoSnapshotSet", status, outcome.delay_ms,
-                  [self](HRESULT planned) { return self->finish_snapshot_set(planned); },
-                  [self] {
-                      std::lock_guard guard(self->mutex_);
-                      self->discard_owned_snapshots();
-                  }},
+                  on_finish(&backup_components_t::finish_snapshot_set),
+                  on_cancel(&backup_components_t::cancel_snapshot_set)},
                  ppAsync);
 }
 
@@ -203,6 +199,11 @@ HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     snapshot_done_ = true;
     writer_states_.pass(writer_phase::snapshot);
     return planned;
+}
+
+void backup_components_t::cancel_snapshot_set() {
+    std::lock_guard guard(mutex_);
+    discard_owned_snapshots();
 }
 
 void backup_components_t::discard_owned_snapshots() {
@@ -303,11 +304,10 @@ HRESULT backup_components_t::ImportSnapshots(IVssAsync** ppAsync) {
     if (origin_ != origin::document || !set_id_ || import_requested_ || !host_->state())
         return VSS_E_BAD_STATE;
     import_requested_ = true;
-    compat::com_ptr_t<backup_components_t> self(this);
     return start({"ImportSnapshots",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
                   outcome.delay_ms,
-                  [self](HRESULT planned) { return self->finish_import(planned); },
+                  on_finish(&backup_components_t::finish_import),
                   {}},
                  ppAsync);
 }

@@ -158,7 +158,12 @@ struct copier_t {
 
     std::error_code copy_subdir(int src_parent, int dst_parent, const char* name,
                                 const std::string& src_path) {
-        fd_t src(openat(src_parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
+        return copy_subdir_as(src_parent, name, dst_parent, name, src_path);
+    }
+
+    std::error_code copy_subdir_as(int src_parent, const char* src_name, int dst_parent, const char* name,
+                                   const std::string& src_path) {
+        fd_t src(openat(src_parent, src_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
         if (!src.ok())
             return last_error();
         struct stat st {};
@@ -211,7 +216,8 @@ std::error_code copy_tree_point_in_time(const std::filesystem::path& source_dir,
         std::filesystem::create_directory(target, ec);
         return ec;
     }
-    return copier.copy_subdir(src_parent.get(), dst_parent.get(), source.filename().c_str(), source.string());
+    return copier.copy_subdir_as(src_parent.get(), source.filename().c_str(), dst_parent.get(),
+                                 target.filename().c_str(), source.string());
 }
 
 } // namespace hostsim

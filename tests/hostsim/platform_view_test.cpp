@@ -1,0 +1,121 @@
+// What the platform wrappers see of the host: paths, volumes, registry, environment and
+// the cluster calls.
+#include "scratch_host.h"
+
+#include "compat/cluster_api.h"
+#include "hostsim/host_access.h"
+
+#include <gtest/gtest.h>
+
+using namespace hostsim_test;
+using hostsim::map_path;
+
+TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopy) {
+    scratch_host_t host;
+    const auto c = host.dir() / "volumes" / "c";
+    EXPECT_EQ(map_path(L"C:\\VMs\\vm1\\vm1.vhdx"), c / "VMs/vm1/vm1.vhdx");
+    EXPECT_EQ(map_path(L"c:/vms/VM1/Vm1.vhdx"), c / "VMs/vm1/vm1.vhdx")
+        << "directory names without regard to case";
+    EXPECT_EQ(map_path(L"C:\\VMs\\vm1\\missing\\x.vhdx"), c / "VMs/vm1/missing/x.vhdx");
+    EXPECT_EQ(map_path(L"D:\\Mounted\\VMs"), c / "VMs") << "a volume's second mount point";
+    EXPECT_EQ(map_path(std::wstring(c_volume_name) + L"VMs\\vm1"), c / "VMs/vm1");
+    EXPECT_EQ(map_path(L"\\\\?\\C:\\VMs"), c / "VMs");
+    EXPECT_EQ(map_path(L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"),
+              host.dir() / "volumes/csv1/vm2/Disks/vm2.vhdx")
+        << "the longest mount point wins";
+    EXPECT_EQ(map_path(L"\\\\FS01\\VMS\\vm3\\vm3.vhdx"), host.dir() / "shares/fs01-vms/vm3/vm3.vhdx");
+    EXPECT_EQ(map_path(L"\\\\?\\UNC\\fs01\\vms\\vm3"), host.dir() / "shares/fs01-vms/vm3");
+    EXPECT_EQ(map_path(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy12\\VMs"),
+              host.dir() / "state/shadows/12/VMs");
+    EXPECT_EQ(map_path(L"/tmp\\native/file"), std::filesystem::path("/tmp/native/file"));
+    EXPECT_EQ(map_path(L"E:\\nothing"), std::nullopt);
+    EXPECT_EQ(map_path(L"\\\\other\\share\\x"), std::nullopt);
+    EXPECT_EQ(map_path(L"relative\\path"), std::nullopt);
+}
+
+TEST(PlatformView, VolumeNamesAndMountPointsAnswerFromTheHost) {
+    scratch_host_t host;
+    EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
+    EXPECT_EQ(hostsim::volume_path_name(L"C:\\ClusterStorage\\Volume1\\vm2"),
+              L"C:\\ClusterStorage\\Volume1\\");
+    EXPECT_EQ(hostsim::volume_path_name(L"\\\\fs01\\vms\\vm3\\vm3.vhdx"), L"\\\\fs01\\vms\\");
+    EXPECT_EQ(hostsim::volume_path_name(L"Q:\\x"), std::nullopt);
+    EXPECT_EQ(hostsim::volume_name_for_mount_point(L"c:\\"), c_volume_name);
+    EXPECT_EQ(hostsim::volume_name_for_mount_point(L"C:"), std::nullopt)
+        << "a mount point ends with a backslash";
+    EXPECT_EQ(hostsim::mount_points_of_volume(c_volume_name),
+              (std::vector<std::wstring>{L"C:\\", L"D:\\Mounted\\"}));
+}
+
+TEST(PlatformView, RegistryAndEnvironmentComeFromTheHostFirst) {
+    scratch_host_t host;
+    EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\orlix\\Orlix Keepsafe"));
+    EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\Orlix"));
+    EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE\\OrliX\\Orlix NFS"));
+    auto dir = hostsim::registry_value(L"SOFTWARE\\Orlix\\Orlix Keepsafe", L"LogDirectory");
+    ASSERT_TRUE(dir);
+    EXPECT_EQ(dir->type, 1u);
+    EXPECT_EQ(dir->text, L"C:\\Logs\\");
+    auto level = hostsim::registry_value(L"SOFTWARE\\Orlix\\Orlix Keepsafe", L"Level");
+    ASSERT_TRUE(level);
+    EXPECT_EQ(level->type, 4u);
+    EXPECT_EQ(level->number, 16u);
+    EXPECT_FALSE(hostsim::registry_value(L"SOFTWARE\\Orlix\\Orlix Keepsafe", L"Missing"));
+
+    EXPECT_EQ(hostsim::environment_variable(L"VMROOT"), L"C:\\VMs");
+    EXPECT_EQ(hostsim::environment_variable(L"SystemDrive"), L"C:");
+    EXPECT_EQ(hostsim::environment_variable(L"ProgramData"), L"C:\\ProgramData");
+    setenv("MIRRACK_TEST_ONLY_VAR", "from the process", 1);
+    EXPECT_EQ(hostsim::environment_variable(L"MIRRACK_TEST_ONLY_VAR"), L"from the process");
+    unsetenv("MIRRACK_TEST_ONLY_VAR");
+    EXPECT_EQ(hostsim::environment_variable(L"NoSuchVariableAnywhere"), std::nullopt);
+}
+
+TEST(PlatformView, WithoutAHostNothingIsThere) {
+    unsetenv("MIRRACK_HOST");
+    EXPECT_FALSE(hostsim::host_selected());
+    EXPECT_EQ(map_path(L"C:\\Windows"), std::nullopt);
+    EXPECT_EQ(map_path(L"/etc/hostname"), std::filesystem::path("/etc/hostname"));
+    EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE"));
+    EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\"), std::nullopt);
+    compat::com_ptr_t<IVssBackupComponents> backup;
+    ASSERT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
+    ASSERT_EQ(backup->InitializeForBackup(), S_OK);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
+    UINT writers = 9;
+    ASSERT_EQ(backup->GetWriterMetadataCount(&writers), S_OK);
+    EXPECT_EQ(writers, 0u);
+}
+
+TEST(PlatformView, FileMasksMatchAsOnWindows) {
+    EXPECT_TRUE(hostsim::file_mask_matches(L"*.*", L"noextension"));
+    EXPECT_TRUE(hostsim::file_mask_matches(L"*.AVHDX", L"vm1_A1.avhdx"));
+    EXPECT_TRUE(hostsim::file_mask_matches(L"vm?.vhdx", L"VM1.vhdx"));
+    EXPECT_FALSE(hostsim::file_mask_matches(L"vm?.vhdx", L"vm12.vhdx"));
+    EXPECT_FALSE(hostsim::file_mask_matches(L"*.vhd", L"a.vhdx"));
+    EXPECT_TRUE(hostsim::file_mask_matches(L"a*b*c", L"aXXbYYc"));
+}
+
+TEST(PlatformView, ClusterSharedVolumesArePreparedAndClearedPerFile) {
+    scratch_host_t host;
+    const wchar_t* file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
+    EXPECT_TRUE(ClusterIsPathOnSharedVolume(file));
+    EXPECT_FALSE(ClusterIsPathOnSharedVolume(L"C:\\VMs\\vm1\\vm1.vhdx"));
+
+    WCHAR mount[MAX_PATH], name[MAX_PATH];
+    DWORD mount_length = 5, name_length = MAX_PATH;
+    EXPECT_EQ(ClusterPrepareSharedVolumeForBackup(file, mount, &mount_length, name, &name_length),
+              DWORD(ERROR_MORE_DATA));
+    mount_length = MAX_PATH;
+    ASSERT_EQ(ClusterPrepareSharedVolumeForBackup(file, mount, &mount_length, name, &name_length), DWORD(0));
+    EXPECT_STREQ(mount, L"C:\\ClusterStorage\\Volume1\\");
+    EXPECT_STREQ(name, L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\");
+    EXPECT_EQ(host.state_lines("csv.txt"),
+              std::vector<std::string>{"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"});
+    EXPECT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\VMs\\vm1\\vm1.vhdx", mount, &mount_length, name,
+                                                  &name_length),
+              DWORD(ERROR_INVALID_PARAMETER));
+
+    ASSERT_EQ(ClusterClearBackupStateForSharedVolume(file), DWORD(0));
+    EXPECT_TRUE(host.state_lines("csv.txt").empty());
+}

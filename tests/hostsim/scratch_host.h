@@ -1,0 +1,59 @@
+// A simulated host made for one test in a fresh directory, selected through MIRRACK_HOST
+// for as long as it lives, and the small steps a requester takes against it.
+#pragma once
+
+#include "compat/com_ptr.h"
+#include "compat/vss_api.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace hostsim_test {
+
+// The sample host of these tests: C: with two VMs' files, a cluster shared volume, an SMB
+// share, the usual providers, a transportable hardware provider for C:, the Hyper-V writer
+// and a system writer. extra goes inside <Host> (faults, for instance).
+std::string sample_host_xml(const std::string& extra = "");
+
+extern const GUID hyperv_writer_id;
+extern const GUID hyperv_writer_instance;
+extern const GUID system_provider_id;
+extern const GUID hardware_provider_id;
+extern const wchar_t c_volume_name[];
+extern const wchar_t vm1_component[];
+
+class scratch_host_t {
+public:
+    explicit scratch_host_t(const std::string& host_xml = sample_host_xml());
+    ~scratch_host_t();
+    scratch_host_t(const scratch_host_t&) = delete;
+    scratch_host_t& operator=(const scratch_host_t&) = delete;
+
+    const std::filesystem::path& dir() const { return dir_; }
+    void select() const;
+    void write(const std::string& relative, const std::string& content) const;
+    std::vector<std::vector<std::string>> journal() const; // fields of each line
+    std::vector<std::string> state_lines(const std::string& file) const;
+    std::filesystem::path shadow_dir(unsigned number) const;
+
+private:
+    std::filesystem::path dir_;
+};
+
+std::string read_file(const std::filesystem::path& file);
+std::filesystem::path local_path(const std::wstring& windows_path); // fails the test if unmapped
+
+// Polls until the operation has ended; its final status.
+HRESULT wait_for(compat::com_ptr_t<IVssAsync> async);
+HRESULT run(IVssBackupComponents* backup, HRESULT (IVssBackupComponents::*op)(IVssAsync**));
+
+compat::com_ptr_t<IVssBackupComponents> new_backup();
+// Created, initialized, writers gathered: the state in which a requester picks components.
+compat::com_ptr_t<IVssBackupComponents> gathered_backup();
+// Gathered, vm1 added, C: in a started set with the system provider, prepared.
+compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id = nullptr);
+
+bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument = "");
+
+} // namespace hostsim_test

@@ -1,0 +1,185 @@
+// The host as several processes see it: a transportable set made by one and imported by
+// another on a second host, and shadow copies left by a process that died.
+#include "scratch_host.h"
+
+#include "compat/cluster_api.h"
+#include "hostsim/host_access.h"
+#include "hostsim/wide_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+using namespace hostsim_test;
+using compat::com_ptr_t;
+
+namespace {
+
+// Runs body in a child process; true if it ended with status 0.
+template <class Body> bool in_child_process(Body body) {
+    pid_t pid = fork();
+    if (pid == 0) {
+        int code = 1;
+        try {
+            code = body();
+        } catch (...) {
+        }
+        _exit(code);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool ok(HRESULT hr) {
+    return hr == S_OK || hr == VSS_S_ASYNC_FINISHED;
+}
+
+// The host side of an off-host backup: a transportable snapshot of C:, its document saved.
+int make_transportable_set(const std::filesystem::path& document_file, bool release) {
+    com_ptr_t<IVssBackupComponents> backup;
+    VSS_ID set_id{}, snapshot_id{};
+    WCHAR volume[] = L"C:\\";
+    BSTR document = nullptr;
+    bool done =
+        ok(CreateVssBackupComponentsInternal(backup.put())) && ok(backup->InitializeForBackup()) &&
+        ok(backup->EnableWriterClasses(&hyperv_writer_id, 1)) &&
+        ok(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata)) &&
+        ok(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE)) && ok(backup->StartSnapshotSet(&set_id)) &&
+        ok(backup->AddToSnapshotSet(volume, hardware_provider_id, &snapshot_id)) &&
+        ok(backup->SetBackupState(true, true, VSS_BT_FULL, false)) &&
+        ok(run(backup.get(), &IVssBackupComponents::PrepareForBackup)) &&
+        ok(run(backup.get(), &IVssBackupComponents::DoSnapshotSet)) && ok(backup->SaveAsXML(&document));
+    if (!done)
+        return 2;
+    std::wofstream(document_file) << document;
+    SysFreeString(document);
+    if (!release)
+        backup.detach(); // as if the process died holding it
+    return 0;
+}
+
+std::wstring read_document(const std::filesystem::path& file) {
+    std::wifstream in(file);
+    return std::wstring((std::istreambuf_iterator<wchar_t>(in)), std::istreambuf_iterator<wchar_t>());
+}
+
+} // namespace
+
+TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheProxy) {
+    scratch_host_t proxy(R"(<Host name="PROXY01">
+  <Volume name="\\?\Volume{99990000-0000-0000-0000-000000000001}\" dir="volumes/c" mount="C:\"/>
+  <Provider id="{7f1d0000-0000-0000-0000-00000000aaaa}" type="hardware" transportable="true" volumes="*"/>
+</Host>
+)");
+    scratch_host_t host;
+    const auto document_file = host.dir() / "backup-document.xml";
+    ASSERT_TRUE(in_child_process([&] { return make_transportable_set(document_file, true); }));
+    ASSERT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the set outlives the release of its maker";
+
+    host.write("volumes/c/VMs/vm1/vm1.vhdx", "changed on the host after the snapshot");
+    proxy.select();
+    auto backup = new_backup();
+    BSTR document = SysAllocString(read_document(document_file).c_str());
+    ASSERT_EQ(backup->InitializeForBackup(document), S_OK);
+    SysFreeString(document);
+    ASSERT_EQ(backup->SetContext(VSS_CTX_ALL), S_OK);
+    ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::ImportSnapshots), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
+    UINT writers = 9;
+    ASSERT_EQ(backup->GetWriterStatusCount(&writers), S_OK);
+    EXPECT_EQ(writers, 0u) << "the proxy runs no Hyper-V writer";
+
+    auto proxy_shadows = proxy.state_lines("shadows.txt");
+    ASSERT_EQ(proxy_shadows.size(), 1u);
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "the copy moved to the proxy";
+    EXPECT_TRUE(journal_has(host, "TransportShadowCopy"));
+
+    const auto snapshot_id = proxy_shadows[0].substr(proxy_shadows[0].find('\t') + 1, 38);
+    const GUID id = hostsim::parse_guid(hostsim::from_utf8(snapshot_id)).value();
+    VSS_SNAPSHOT_PROP prop{};
+    ASSERT_EQ(backup->GetSnapshotProperties(id, &prop), S_OK);
+    EXPECT_STREQ(prop.m_pwszOriginalVolumeName, c_volume_name)
+        << "the host's volume, for the path conversion";
+    EXPECT_STREQ(prop.m_pwszOriginatingMachine, L"HV01");
+    EXPECT_STREQ(prop.m_pwszServiceMachine, L"PROXY01");
+    EXPECT_TRUE(prop.m_lSnapshotAttributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE);
+    const std::wstring device = prop.m_pwszSnapshotDeviceObject;
+    VssFreeSnapshotPropertiesInternal(&prop);
+    const auto disk = local_path(device + L"\\VMs\\vm1\\vm1.vhdx");
+    EXPECT_EQ(read_file(disk), "disk of vm1, before");
+    EXPECT_EQ(disk.string().rfind(proxy.dir().string(), 0), 0u);
+
+    backup.reset();
+    EXPECT_FALSE(std::filesystem::exists(disk)) << "released with the import";
+    EXPECT_TRUE(proxy.state_lines("shadows.txt").empty());
+
+    auto second = new_backup();
+    document = SysAllocString(read_document(document_file).c_str());
+    ASSERT_EQ(second->InitializeForBackup(document), S_OK);
+    SysFreeString(document);
+    EXPECT_EQ(run(second.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_NO_SNAPSHOTS_IMPORTED)
+        << "a set is imported once";
+}
+
+TEST(SharedState, ShadowCopiesOfAProcessThatDiedGoWhenTheHostIsOpenedNext) {
+    scratch_host_t host;
+    ASSERT_TRUE(in_child_process([&] {
+        auto backup = prepared_backup();
+        if (run(backup.get(), &IVssBackupComponents::DoSnapshotSet) != VSS_S_ASYNC_FINISHED)
+            return 2;
+        backup.detach(); // never released: the process ends as if it had crashed
+        return 0;
+    }));
+    auto shadows = host.state_lines("shadows.txt");
+    ASSERT_EQ(shadows.size(), 1u);
+    const auto folder = host.shadow_dir(std::stoul(shadows[0]));
+    ASSERT_TRUE(std::filesystem::exists(folder));
+
+    // This process opens the host for the first time.
+    EXPECT_TRUE(hostsim::host_selected());
+    EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(journal_has(host, "RemoveAbandonedShadowCopy", shadows[0].substr(0, shadows[0].find('\t'))));
+}
+
+TEST(SharedState, ShadowNumbersGrowAcrossProcessesAndAreNeverReused) {
+    scratch_host_t host;
+    auto snapshot_once = [] {
+        auto backup = prepared_backup();
+        return run(backup.get(), &IVssBackupComponents::DoSnapshotSet) == VSS_S_ASYNC_FINISHED ? 0 : 2;
+    };
+    ASSERT_TRUE(in_child_process(snapshot_once));
+    ASSERT_TRUE(in_child_process(snapshot_once));
+    auto backup = prepared_backup();
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    auto shadows = host.state_lines("shadows.txt");
+    ASSERT_EQ(shadows.size(), 1u);
+    EXPECT_EQ(shadows[0].substr(0, 2), "3\t");
+}
+
+TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
+    scratch_host_t host("<Host name=\"HV01\"><Volume name=\"x\" dir=\"v\" mount=\"C:\\\"></Host>");
+    com_ptr_t<IVssBackupComponents> backup;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
+    auto complaint = testing::internal::GetCapturedStderr();
+    EXPECT_NE(complaint.find((host.dir() / "host.xml").string()), std::string::npos) << complaint;
+    EXPECT_NE(complaint.find("mismatch"), std::string::npos) << complaint;
+    EXPECT_TRUE(hostsim::host_selected());
+    EXPECT_EQ(ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\"), FALSE);
+    EXPECT_EQ(hostsim::win32_call("FindNextFileW", L"C:\\"), static_cast<std::uint32_t>(E_UNEXPECTED));
+    EXPECT_EQ(hostsim::map_path(L"C:\\"), std::nullopt);
+}
+
+TEST(SharedState, AHostDescriptionWithWrongContentIsMalformedToo) {
+    scratch_host_t host(sample_host_xml(R"(<Provider id="not a guid" type="system"/>)"));
+    com_ptr_t<IVssBackupComponents> backup;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("<Provider>"), std::string::npos);
+}
