@@ -26,9 +26,9 @@ TEST(CommandNames, AreOrderedWithAsciiLettersFolded) {
     EXPECT_FALSE(less(L"CloseSnapshot", L"CLOSESNAPSHOT"));
     EXPECT_TRUE(less(L"Close", L"closesnapshot"));
     EXPECT_TRUE(less(L"abc", L"ABD"));
-    // Only A to Z fold: the bracket between the two alphabets sorts after upper case letters.
-    EXPECT_TRUE(less(L"Z", L"["));
-    EXPECT_TRUE(less(L"z", L"["));
+    // Upper case letters fold down to lower case, so they sort after the signs between the two alphabets.
+    EXPECT_TRUE(less(L"[", L"Z"));
+    EXPECT_TRUE(less(L"[", L"z"));
 }
 
 TEST(Dispatcher, RunsCommandsWhateverTheCaseOfTheirName) {

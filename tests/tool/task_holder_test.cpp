@@ -1,6 +1,7 @@
 #include "tool/snapshot_task_holder.h"
 
 #include "common/exc/exc.h"
+#include "common/format/format.h"
 #include "spec/hv_backup_spec.h"
 
 #include <gtest/gtest.h>

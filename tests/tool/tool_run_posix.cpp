@@ -1,0 +1,99 @@
+#include "tool_run_posix.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+std::filesystem::path MakeTempFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "mirrack-tool-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("cannot create a temporary folder");
+    return pattern;
+}
+
+[[noreturn]] void ExecTool(const std::vector<std::string>& tokens, const std::filesystem::path& folder,
+                           const std::filesystem::path& pipeFolder) {
+    ::setenv("MIRRACK_PIPE_DIR", pipeFolder.c_str(), 1);
+    ::unsetenv("MIRRACK_HOST");
+    // The tool prints a line or two on standard output; keep the test's output clean.
+    const int output = ::open((folder / "stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (output >= 0) {
+        ::dup2(output, 1);
+        ::dup2(output, 2);
+    }
+    std::vector<char*> argv;
+    for (const auto& token : tokens)
+        argv.push_back(const_cast<char*>(token.c_str()));
+    argv.push_back(nullptr);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+}
+
+} // namespace
+
+ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder)
+    : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
+    std::filesystem::create_directories(pipeFolder);
+    std::filesystem::permissions(pipeFolder, std::filesystem::perms::owner_all);
+    std::vector<std::string> tokens{std::string(MIRRACK_BIN_DIR) + "/mirrack"};
+    tokens.insert(tokens.end(), arguments.begin(), arguments.end());
+    tokens.push_back("-log");
+    tokens.push_back((folder / "tool.log").string());
+    pid = ::fork();
+    if (pid < 0)
+        throw std::runtime_error("cannot start the tool");
+    if (pid == 0)
+        ExecTool(tokens, folder, pipeFolder);
+}
+
+ToolRun::~ToolRun() {
+    if (pid > 0 && status < 0) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+std::vector<std::string> ToolRun::PipeMode() {
+    return {"-p", "-n", pipeName, "-o", "LOG"};
+}
+
+std::wstring ToolRun::PipeName() {
+    const std::string name = pipeName;
+    return std::wstring(name.begin(), name.end());
+}
+
+int ToolRun::WaitForExit() {
+    if (status >= 0)
+        return status;
+    int raw = 0;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (::waitpid(pid, &raw, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, &raw, 0);
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+    return status;
+}
+
+std::string ToolRun::LogText() const {
+    std::ifstream file(folder / "tool.log", std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}

@@ -1,0 +1,41 @@
+// Runs the real mirrack binary for a test: its own folder for pipes and log,
+// and the exit status once it has ended.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+class ToolRun {
+public:
+    static constexpr const char* pipeName = "tool-test";
+
+    // Starts mirrack with the given tokens followed by "-log <folder>/tool.log".
+    // Pipes live in a folder of this run unless another one is given.
+    explicit ToolRun(const std::vector<std::string>& arguments,
+                     const std::filesystem::path& sharedPipeFolder = std::filesystem::path());
+    // Kills the process if it is still running, and removes the folder.
+    ~ToolRun();
+    ToolRun(const ToolRun&) = delete;
+    ToolRun& operator=(const ToolRun&) = delete;
+
+    // The pipe-mode tokens: -p -n <pipeName> -o LOG.
+    static std::vector<std::string> PipeMode();
+
+    // The exit status, or 128 plus the signal that ended it. A process that
+    // has not ended within a minute is killed, so a hung tool fails one test only.
+    int WaitForExit();
+    std::string LogText() const;
+
+    const std::filesystem::path& PipeFolder() const { return pipeFolder; }
+    // The pipe's name as a client gives it.
+    static std::wstring PipeName();
+
+private:
+    std::filesystem::path folder;
+    std::filesystem::path pipeFolder;
+    pid_t pid = -1;
+    int status = -1;
+};

@@ -1,0 +1,230 @@
+// Commands sent to the real tool through the client library: the frames that
+// come back and the lines the tool logs. No task can run in these tests, so they
+// cover everything the tool answers before a task exists.
+#include "tool_run_posix.h"
+
+#include "client/invoke_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+using client::CRequestArguments;
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+bool Contains(const std::wstring& text, const std::wstring& part) {
+    return text.find(part) != std::wstring::npos;
+}
+
+const std::wstring validSpec = L"<HVBackupSpec><VMs><VM id=\"vm-one\"/></VMs></HVBackupSpec>";
+
+class ToolSession : public ::testing::Test {
+protected:
+    ToolSession() : run(ToolRun::PipeMode()) {
+        ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+        connection = client::CInvokeClient::Connect(ToolRun::PipeName());
+    }
+
+    std::wstring Call(const std::wstring& command, const CRequestArguments& arguments = CRequestArguments()) {
+        return connection->Call(command, arguments).Frame();
+    }
+    std::wstring Exchange(const std::wstring& request) { return connection->Exchange(request); }
+
+    // Ends the session as the backup server does; the tool must end normally.
+    std::string EndSession() {
+        connection->Disconnect();
+        EXPECT_EQ(run.WaitForExit(), 0);
+        const std::string log = run.LogText();
+        EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
+        return log;
+    }
+
+    ToolRun run;
+    std::unique_ptr<client::CInvokeClient> connection;
+};
+
+CRequestArguments JobArguments() {
+    return CRequestArguments().AddText(L"JobName", L"J").AddText(L"BackupConsole", L"C");
+}
+
+} // namespace
+
+TEST_F(ToolSession, StatusWithoutTaskIsTheCauseThenTheTracedCommandLine) {
+    EXPECT_EQ(Call(L"GetAsyncOpStatus"),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get operation info.");
+    EXPECT_EQ(Call(L"GetLockerJobInfo"),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get operation info.");
+    EXPECT_EQ(Call(L"GetSnapshotInfo"),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
+    const std::string log = EndSession();
+    EXPECT_TRUE(Contains(log, "Getting operation info. Failed.")) << log;
+    EXPECT_TRUE(Contains(log, "RPC method call has failed (GetAsyncOpStatus).")) << log;
+}
+
+TEST_F(ToolSession, CloseWithoutTaskAnswersEmptyOutputInAnyCaseAndLogsTheError) {
+    EXPECT_EQ(Call(L"CloseSnapshot"), L"xml:<OutputArguments/>");
+    EXPECT_EQ(Call(L"closesnapshot"), L"xml:<OutputArguments/>");
+    EXPECT_EQ(Exchange(L"CMD:CLOSESNAPSHOT XML:<InputArguments/>"), L"xml:<OutputArguments/>");
+    const std::string log = EndSession();
+    EXPECT_TRUE(Contains(log, "ERR |Snapshot is not initialized.")) << log;
+    EXPECT_TRUE(Contains(log, "Closing VSS snapshot. ok.")) << log;
+}
+
+TEST_F(ToolSession, UnknownCommandsAndBrokenFramesGetErrorsAndServingGoesOn) {
+    EXPECT_EQ(Call(L"Frobnicate"), L"err:Command [Frobnicate] not found");
+    EXPECT_EQ(Call(L"Frobnicate"), L"err:Command [Frobnicate] not found");
+    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot  xml:<InputArguments/>"),
+              L"err:Unknown type of request: 'cmd:CloseSnapshot  xml:<InputArguments/>'.");
+    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot"), L"err:Unknown type of request: 'cmd:CloseSnapshot'.");
+    // An empty document is a load failure, not a broken frame.
+    const std::wstring empty = Exchange(L"cmd:CloseSnapshot xml:");
+    EXPECT_TRUE(empty.starts_with(L"err:")) << empty;
+    EXPECT_FALSE(Contains(empty, L"Unknown type of request")) << empty;
+    EXPECT_EQ(Call(L"CloseSnapshot"), L"xml:<OutputArguments/>");
+    EndSession();
+}
+
+TEST_F(ToolSession, ResponseLongerThanOneReadArrivesWhole) {
+    // The conversion's failure line quotes the whole input.
+    std::wstring items = L"<FilesList>";
+    for (int i = 0; i < 100; ++i)
+        items += L"<File Recursive=\"false\" Path=\"C:\\VMs\\\" Mask=\"*\" FullPath=\"C:\\VMs\\disk" +
+                 std::to_wstring(i) + L".vhdx\" RelativePath=\"\"/>";
+    items += L"</FilesList>";
+    const std::wstring frame =
+        Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", items));
+    EXPECT_GT(frame.size() * 2, 1024u);
+    EXPECT_EQ(frame,
+              L"err:Snapshot is not initialized.\n--tr:Failed to convert source paths to off-host shadow "
+              L"paths. Given specification: '" +
+                  items + L"'.");
+    EndSession();
+}
+
+TEST_F(ToolSession, MissingArgumentsFailBeforeTheHolderIsAsked) {
+    EXPECT_EQ(Call(L"BeginSnapshotCreation", CRequestArguments().AddText(L"BackupConsole", L"C")),
+              L"err:Value of the argument 'JobName' is not defined.\n"
+              L"--tr:Failed to retrieve value of the unicode attribute 'JobName'.");
+    EXPECT_EQ(Call(L"BeginSnapshotImport", JobArguments()),
+              L"err:Value of the argument 'BackupDoc' is not defined.\n"
+              L"--tr:Failed to retrieve value of the multibyte attribute 'BackupDoc'.");
+    EXPECT_EQ(Call(L"SetVmBackupStatus",
+                   CRequestArguments().AddText(L"VmId", L"{11111111-2222-3333-4444-555555555555}")),
+              L"err:Value of the argument 'BackupStatus' is not defined.\n"
+              L"--tr:Failed to retrieve value of the boolean attribute 'BackupStatus'.");
+    const std::string log = EndSession();
+    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
+    EXPECT_FALSE(Contains(log, "Completing VM backup.")) << log;
+}
+
+TEST_F(ToolSession, GuidsThatArentFailTheReaderAndBareGuidsAreRead) {
+    const std::wstring bad = Call(L"GetVMFilesList", CRequestArguments().AddText(L"VmId", L"not-a-guid"));
+    EXPECT_TRUE(Contains(bad, L"Failed to convert string [not-a-guid] to UUID.")) << bad;
+    EXPECT_TRUE(bad.ends_with(L"\n--tr:Failed to retrieve value of the GUID attribute 'VmId'.")) << bad;
+
+    EXPECT_EQ(Call(L"GetVMFilesList",
+                   CRequestArguments().AddText(L"VmId", L"11111111-2222-3333-4444-5555AAAAAAAA")),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get file list of vm.");
+    EXPECT_EQ(Call(L"SetVmBackupStatus", CRequestArguments()
+                                             .AddText(L"vmid", L"{11111111-2222-3333-4444-555555555555}")
+                                             .AddText(L"BackupStatus", L"0")),
+              L"err:Snapshot is not initialized.\n"
+              L"--tr:Failed to complete VM backup. VmID: '{11111111-2222-3333-4444-555555555555}'.");
+    const std::string log = EndSession();
+    EXPECT_TRUE(Contains(log, "Getting file list of vm '{11111111-2222-3333-4444-5555aaaaaaaa}'.")) << log;
+    EXPECT_TRUE(Contains(log, "Completing VM backup. VMID: '{11111111-2222-3333-4444-555555555555}', Status: "
+                              "'Failed'"))
+        << log;
+}
+
+TEST_F(ToolSession, SnapshotCreationParsesAndDumpsTheSpecThenReportsTheMissingTask) {
+    const std::wstring frame =
+        Call(L"BeginSnapshotCreation", JobArguments().AddEncoded(L"SnapshotXmlSpec", validSpec));
+    EXPECT_EQ(frame, L"err:Snapshot task is not available in this build.\n"
+                     L"--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
+    const std::string log = EndSession();
+    EXPECT_TRUE(
+        Contains(log, "Starting VSS backup. Job: 'J'. Backup server: 'C'. Backup spec: '<HVBackupSpec>"))
+        << log;
+    EXPECT_TRUE(Contains(log, "vm-one")) << log;
+}
+
+TEST_F(ToolSession, SpecsThatArentFailWithTheParserThenTheCommandLine) {
+    // Base64 that isn't decodes to nothing, quietly: the empty text is then no document.
+    for (const std::wstring& encoded : {std::wstring(L"!!!!"), std::wstring(L"PEhW")}) {
+        const std::wstring frame =
+            Call(L"BeginSnapshotCreation", JobArguments().AddText(L"SnapshotXmlSpec", encoded));
+        EXPECT_TRUE(Contains(frame, L"Cannot parse backup specification document")) << frame;
+        EXPECT_TRUE(frame.ends_with(L"\n--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'."))
+            << frame;
+    }
+    // Bytes that are no UTF-8 fail in the decoding, before any command work.
+    const std::wstring frame =
+        Call(L"BeginSnapshotCreation",
+             JobArguments().AddEncodedBytes(L"SnapshotXmlSpec", std::string("\xff\xfe<x/>")));
+    EXPECT_TRUE(frame.starts_with(L"err:")) << frame;
+    EXPECT_FALSE(Contains(frame, L"Failed to create snapshot task")) << frame;
+    const std::string log = EndSession();
+    EXPECT_TRUE(
+        Contains(log, "Multibyte UTF8 string cannot be converted to unicode string. Source string: ["))
+        << log;
+}
+
+TEST_F(ToolSession, ImportReportsTheMissingTaskWithItsOwnLine) {
+    const std::wstring frame = Call(
+        L"BeginSnapshotImport",
+        JobArguments().AddEncoded(L"BackupDoc", L"<doc/>").AddEncoded(L"SnapshotIDsList", L"<SnapshotIDs/>"));
+    EXPECT_EQ(frame, L"err:Snapshot import task is not available in this build.\n"
+                     L"--tr:Failed to import off-host snapshot. Job: 'J'. Backup console: 'C'.");
+    const std::string log = EndSession();
+    EXPECT_TRUE(
+        Contains(log, "Starting import of the off-host snapshot. Job: 'J'. Backup server: 'C'. Failed."))
+        << log;
+}
+
+namespace {
+
+// A client that asks and then stops listening before the answer: the raw
+// transport, since the client library always reads its answers.
+void AskAndStopListening(const std::filesystem::path& socketPath, const std::wstring& request) {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(fd, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", socketPath.c_str());
+    ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    ASSERT_EQ(::shutdown(fd, SHUT_RD), 0);
+    std::string frame(4, '\0');
+    for (wchar_t c : request + L'\0') {
+        frame.push_back(static_cast<char>(c & 0xFF));
+        frame.push_back(static_cast<char>((c >> 8) & 0xFF));
+    }
+    const auto length = static_cast<std::uint32_t>(frame.size() - 4);
+    for (int i = 0; i < 4; ++i)
+        frame[i] = static_cast<char>((length >> (8 * i)) & 0xFF);
+    ASSERT_EQ(::send(fd, frame.data(), frame.size(), MSG_NOSIGNAL), static_cast<ssize_t>(frame.size()));
+    ::close(fd);
+}
+
+} // namespace
+
+TEST(ToolSessionEnd, ClientGoneBeforeTheAnswerEndsServingWithAWarning) {
+    ToolRun run(ToolRun::PipeMode());
+    const auto socketPath = run.PipeFolder() / ToolRun::pipeName;
+    for (int i = 0; i < 1000 && !std::filesystem::exists(socketPath); ++i)
+        ::usleep(10000);
+    AskAndStopListening(socketPath, L"cmd:GetAsyncOpStatus xml:<InputArguments/>");
+    EXPECT_EQ(run.WaitForExit(), 0);
+    const std::string log = run.LogText();
+    EXPECT_TRUE(Contains(log, "WARN|Response 'err:Snapshot is not initialized.")) << log;
+    EXPECT_TRUE(Contains(log, "was not sent.")) << log;
+    EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
+}

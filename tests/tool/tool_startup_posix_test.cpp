@@ -1,0 +1,84 @@
+// How the tool starts and ends, seen from outside: exit status, log, pipe.
+#include "tool_run_posix.h"
+
+#include "client/invoke_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+bool PipeFolderIsEmpty(const ToolRun& run) {
+    return std::filesystem::is_empty(run.PipeFolder());
+}
+
+std::unique_ptr<client::CInvokeClient> ConnectTo(const ToolRun& run) {
+    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+    return client::CInvokeClient::Connect(ToolRun::PipeName());
+}
+
+} // namespace
+
+TEST(ToolStartup, WithoutPipeModeLogsTheRefusalCreatesNoPipeAndExitsZero) {
+    for (const auto& arguments :
+         {std::vector<std::string>{}, std::vector<std::string>{"-n", "X", "-o", "L"}}) {
+        ToolRun run(arguments);
+        EXPECT_EQ(run.WaitForExit(), 0);
+        const std::string log = run.LogText();
+        EXPECT_TRUE(Contains(log, "ERR |Tool was not started in pipe mode.")) << log;
+        EXPECT_TRUE(PipeFolderIsEmpty(run));
+        EXPECT_FALSE(Contains(log, "Process will be finished normally."));
+    }
+}
+
+TEST(ToolStartup, OptionsTheTableRefusesEndTheRunWithExitZero) {
+    // "-verbose" is the library's option, but "-v" to the table.
+    ToolRun verbose({"-p", "-n", "X", "-o", "L", "-verbose"});
+    EXPECT_EQ(verbose.WaitForExit(), 0);
+    EXPECT_TRUE(Contains(verbose.LogText(), "-verbose")) << verbose.LogText();
+    EXPECT_TRUE(PipeFolderIsEmpty(verbose));
+
+    // The log name is read although nothing needs it.
+    ToolRun withoutLogName({"-p", "-n", "X"});
+    EXPECT_EQ(withoutLogName.WaitForExit(), 0);
+    EXPECT_TRUE(Contains(withoutLogName.LogText(), "any_cast")) << withoutLogName.LogText();
+    EXPECT_TRUE(PipeFolderIsEmpty(withoutLogName));
+}
+
+TEST(ToolStartup, ClientThatLeavesAtOnceEndsTheRunNormally) {
+    ToolRun run(ToolRun::PipeMode());
+    ConnectTo(run)->Disconnect();
+    EXPECT_EQ(run.WaitForExit(), 0);
+    const std::string log = run.LogText();
+    const auto security = log.find("Initializing COM security");
+    const auto leaving = log.find("Leaving dispatch loop.");
+    const auto finished = log.find("Process will be finished normally.");
+    ASSERT_NE(security, std::string::npos) << log;
+    ASSERT_NE(leaving, std::string::npos) << log;
+    ASSERT_NE(finished, std::string::npos) << log;
+    EXPECT_LT(security, leaving);
+    EXPECT_LT(leaving, finished);
+    EXPECT_FALSE(Contains(log, "ERR |")) << log;
+}
+
+TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
+    ToolRun first(ToolRun::PipeMode());
+    auto client = ConnectTo(first);
+
+    ToolRun second(ToolRun::PipeMode(), first.PipeFolder());
+    EXPECT_EQ(second.WaitForExit(), 0);
+    EXPECT_TRUE(
+        Contains(second.LogText(), "Failed to create instance of invoke server. Pipe name: 'tool-test'."))
+        << second.LogText();
+    EXPECT_FALSE(Contains(second.LogText(), "Process will be finished normally."));
+
+    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
+    client->Disconnect();
+    EXPECT_EQ(first.WaitForExit(), 0);
+    EXPECT_TRUE(Contains(first.LogText(), "Process will be finished normally."));
+}
