@@ -1,0 +1,84 @@
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "invoke/arguments.h"
+#include "invoke/pipe_invoke_server.h"
+#include "pipe_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Records what the server hands on; "Fail" throws a two-line failure.
+class recording_dispatcher_t : public wrap::IInvokeDispatcher {
+public:
+    void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override {
+        invoked.push_back(command);
+        if (command == L"Fail") {
+            try {
+                throw exc::runtime_exc_t("The cause.");
+            } catch (const std::exception& e) {
+                exc::rethrow_with_trace("The step.", e);
+            }
+        }
+        if (command == L"Echo")
+            output.WriteText("Said", input.ReadText("Say"));
+    }
+    void OnCallFailed(const std::wstring& command, const std::wstring& request,
+                      const std::exception& e) override {
+        failed.push_back(command + L"|" + request);
+        IInvokeDispatcher::OnCallFailed(command, request, e);
+    }
+    std::vector<std::wstring> invoked;
+    std::vector<std::wstring> failed;
+};
+
+struct null_what_t : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+};
+
+class ServerRequests : public ::testing::Test {
+protected:
+    std::shared_ptr<recording_dispatcher_t> dispatcher = std::make_shared<recording_dispatcher_t>();
+    wrap::CPipeInvokeSrv server{pipe_test::fresh_pipe_name(), dispatcher};
+};
+
+} // namespace
+
+TEST(ServerGrammar, PrefixesIgnoreCaseAndTheNameEndsAtTheFirstSpace) {
+    std::wstring command, document;
+    ASSERT_TRUE(wrap::CPipeInvokeSrv::ParseRequest(L"CMD:CloseSnapshot XML:<a/>", command, document));
+    EXPECT_EQ(command, L"CloseSnapshot");
+    EXPECT_EQ(document, L"<a/>");
+    ASSERT_TRUE(wrap::CPipeInvokeSrv::ParseRequest(L"cmd: xml:", command, document));
+    EXPECT_EQ(command, L"");
+    EXPECT_EQ(document, L"");
+    for (const wchar_t* bad : {L"cmd:CloseSnapshot", L"cmd:CloseSnapshot  xml:<a/>", L"cmd:", L"cm", L"",
+                               L"xml:<a/>", L"cmd:X xm", L"cmd:X html:<a/>"})
+        EXPECT_FALSE(wrap::CPipeInvokeSrv::ParseRequest(bad, command, document)) << to_ansi_nothrow(bad);
+}
+
+TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
+    EXPECT_EQ(server.ExecuteRequest(L"cmd:Echo xml:<InputArguments><Say value=\"hi\"/></InputArguments>"),
+              L"xml:<OutputArguments><Said value=\"hi\"/></OutputArguments>");
+    const std::wstring empty = server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>");
+    EXPECT_EQ(empty.rfind(L"xml:<OutputArguments", 0), 0u);
+    EXPECT_EQ(empty.find(L"\r\n"), std::wstring::npos);
+    EXPECT_EQ(dispatcher->invoked, (std::vector<std::wstring>{L"Echo", L"Nothing"}));
+    EXPECT_EQ(wrap::CPipeInvokeSrv::MakeXmlResponse(L"<a/>\r\n"), L"xml:<a/>");
+}
+
+TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
+    EXPECT_EQ(server.ExecuteRequest(L"cmd:Fail xml:<InputArguments/>"), L"err:The cause.\n--tr:The step.");
+    EXPECT_EQ(server.ExecuteRequest(L"hello"), L"err:Unknown type of request: 'hello'.");
+    const std::wstring no_document = server.ExecuteRequest(L"cmd:Echo xml:");
+    EXPECT_EQ(no_document.rfind(L"err:", 0), 0u);
+    EXPECT_NE(no_document.find(L"Failed to load XML document"), std::wstring::npos);
+    EXPECT_EQ(server.RejectRequest(L"cmd:Echo xml:<a/>"),
+              L"err:Unknown type of request: 'cmd:Echo xml:<a/>'.");
+
+    // Only a well-formed request reaches the commands; every failure is reported with its request.
+    EXPECT_EQ(dispatcher->invoked, std::vector<std::wstring>{L"Fail"});
+    EXPECT_EQ(dispatcher->failed,
+              (std::vector<std::wstring>{L"Fail|<InputArguments/>", L"|", L"Echo|", L"|"}));
+    EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
+}
