@@ -1,0 +1,132 @@
+#include "common/exc/exc.h"
+#include "common/monitoring/thread_states.h"
+#include "common/win/event.h"
+#include "common/win/thread.h"
+#include "common/win/wait.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+using namespace win;
+
+namespace {
+
+// What a routine saw on its own thread.
+struct seen_t {
+    DWORD thread_id = 0;
+    std::string role;
+    bool had_state = false;
+};
+
+DWORD return_42(void* argument) {
+    auto* seen = static_cast<seen_t*>(argument);
+    seen->thread_id = current_thread_id();
+    if (auto state = monitoring::CThreadStatesCollection::get()->find(seen->thread_id)) {
+        seen->had_state = true;
+        seen->role = state->role();
+    }
+    return 42;
+}
+
+DWORD wait_for_release(void* argument) {
+    auto* release = static_cast<win_manual_reset_event_t*>(argument);
+    return wait_for_object(release->handle(), wait_infinite) == wait_object_0 ? 7 : 8;
+}
+
+struct unwind_probe_t {
+    std::atomic<bool>* unwound;
+    ~unwind_probe_t() { unwound->store(true); }
+};
+
+DWORD end_as_crashed(void* argument) {
+    unwind_probe_t probe{static_cast<std::atomic<bool>*>(argument)};
+    exit_current_thread(crashed_thread_exit_code);
+}
+
+DWORD throw_from_routine(void*) {
+    throw std::runtime_error("boom");
+}
+
+// A crash frame of the kind crash handling installs: the thread ends with -1.
+DWORD catching_frame(thread_body_t body, void* context) {
+    try {
+        return body(context);
+    } catch (const std::exception&) {
+        return crashed_thread_exit_code;
+    }
+}
+
+} // namespace
+
+TEST(WorkerThread, RunsUnderItsRoleAndHandsBackTheExitCode) {
+    seen_t seen;
+    win_thread_t thread(&return_42, &seen, "VssSnapshotThread");
+    thread.stop_wait();
+    EXPECT_EQ(thread.exit_code(), 42u);
+    EXPECT_TRUE(seen.had_state);
+    EXPECT_EQ(seen.role, "VssSnapshotThread");
+    EXPECT_EQ(thread.thread_id(), seen.thread_id);
+    EXPECT_NE(seen.thread_id, current_thread_id());
+    EXPECT_EQ(thread.parent_id(), current_thread_id());
+    EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(seen.thread_id), nullptr);
+    // Stopped already: returns at once.
+    EXPECT_NO_THROW(thread.stop_wait());
+}
+
+TEST(WorkerThread, OutlivesAStopWaitThatTimesOut) {
+    win_manual_reset_event_t release;
+    win_thread_t thread(&wait_for_release, &release, "Slow");
+    try {
+        thread.stop_wait_for(20);
+        FAIL() << "no exception";
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_STREQ(e.what(), "Thread failed to stop during specified timeout: [20].");
+    }
+    EXPECT_FALSE(thread.exit_code().has_value());
+    release.set();
+    thread.stop_wait();
+    EXPECT_EQ(thread.exit_code(), 7u);
+}
+
+TEST(WorkerThread, DestructorWaitsForTheRoutine) {
+    win_manual_reset_event_t release;
+    std::atomic<bool> finished{false};
+    struct context_t {
+        win_manual_reset_event_t* release;
+        std::atomic<bool>* finished;
+    } context{&release, &finished};
+    {
+        win_thread_t thread(
+            [](void* argument) -> DWORD {
+                auto* c = static_cast<context_t*>(argument);
+                wait_for_object(c->release->handle(), wait_infinite);
+                c->finished->store(true);
+                return 0;
+            },
+            &context, "Waited");
+        release.set();
+    }
+    EXPECT_TRUE(finished.load());
+}
+
+TEST(WorkerThread, EndedThreadShowsTheCrashCodeAndUnwinds) {
+    std::atomic<bool> unwound{false};
+    win_thread_t thread(&end_as_crashed, &unwound, "Crashing");
+    thread.stop_wait();
+    EXPECT_EQ(thread.exit_code(), 0xFFFFFFFFu);
+    EXPECT_TRUE(unwound.load());
+    EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(thread.thread_id()), nullptr);
+}
+
+TEST(WorkerThread, CrashFrameTurnsAnEscapedFailureIntoTheCrashCode) {
+    set_thread_frame(&catching_frame);
+    {
+        win_thread_t thread(&throw_from_routine, nullptr, "Throwing");
+        thread.stop_wait();
+        EXPECT_EQ(thread.exit_code(), crashed_thread_exit_code);
+        EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(thread.thread_id()), nullptr);
+    }
+    set_thread_frame(nullptr);
+}

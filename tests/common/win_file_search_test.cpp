@@ -1,0 +1,129 @@
+#include "common/exc/exc.h"
+#include "common/win/file_search.h"
+#include "win_temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+using win::win_file_search_t;
+
+namespace {
+
+std::set<std::wstring> names_found(const std::wstring& pattern) {
+    std::set<std::wstring> names;
+    for (win_file_search_t search(pattern); search.found(); search.next())
+        names.insert(search.current().name);
+    return names;
+}
+
+class FileSearch : public ::testing::Test {
+protected:
+    void SetUp() override {
+        tree.add_file("vm1.vhdx", "12345");
+        tree.add_file("VM1.AVHDX");
+        tree.add_file("notes.txt");
+        tree.add_file("README");
+        tree.add_folder("Disks");
+        tree.add_folder("snap.vhdx");
+    }
+    std::wstring in_tree(const wchar_t* mask) const { return tree.wide() + L"\\" + mask; }
+    win_test::temp_tree_t tree;
+};
+
+} // namespace
+
+TEST(FileMask, StarQuestionMarkAndCase) {
+    EXPECT_TRUE(win::mask_matches(L"*.vhdx", L"A.VHDX"));
+    EXPECT_TRUE(win::mask_matches(L"vm?.vhd", L"VM1.vhd"));
+    EXPECT_FALSE(win::mask_matches(L"vm?.vhd", L"vm.vhd"));
+    EXPECT_FALSE(win::mask_matches(L"*.vhd", L"a.vhdx"));
+    EXPECT_TRUE(win::mask_matches(L"*a*b*c", L"xxaxxbxbxxc"));
+    EXPECT_FALSE(win::mask_matches(L"*a*b*c", L"xxaxxbxbxxcx"));
+    EXPECT_TRUE(win::mask_matches(L"Mirrack_crash_*.dmp", L"mirrack_crash_0007.DMP"));
+}
+
+TEST(FileMask, ClosingDotStarAlsoTakesNamesWithoutExtension) {
+    for (const wchar_t* name : {L"README", L"a.b.c", L".", L"..", L"x."})
+        EXPECT_TRUE(win::mask_matches(L"*.*", name)) << name;
+    EXPECT_TRUE(win::mask_matches(L"log.*", L"log"));
+    EXPECT_TRUE(win::mask_matches(L"log.*", L"LOG.1"));
+    EXPECT_FALSE(win::mask_matches(L"log.*", L"logs"));
+}
+
+TEST(FileMask, LongNamesAndManyStarsStayQuick) {
+    // A mask that would send a naive recursive matcher into exponential time.
+    const std::wstring name(5000, L'a');
+    EXPECT_FALSE(win::mask_matches(L"*a*a*a*a*a*a*a*a*a*a*b", name));
+    EXPECT_TRUE(win::mask_matches(L"*a*a*a*a*a*a*a*a*a*a*", name));
+}
+
+TEST_F(FileSearch, MasksMatchWithoutRegardToCase) {
+    EXPECT_EQ(names_found(in_tree(L"*.vhdx")), (std::set<std::wstring>{L"vm1.vhdx", L"snap.vhdx"}));
+    EXPECT_EQ(names_found(in_tree(L"VM1.*")), (std::set<std::wstring>{L"vm1.vhdx", L"VM1.AVHDX"}));
+    EXPECT_EQ(names_found(in_tree(L"?????.txt")), (std::set<std::wstring>{L"notes.txt"}));
+}
+
+TEST_F(FileSearch, StarDotStarListsEveryNameWithTheFolderDots) {
+    EXPECT_EQ(names_found(in_tree(L"*.*")),
+              (std::set<std::wstring>{L".", L"..", L"vm1.vhdx", L"VM1.AVHDX", L"notes.txt", L"README",
+                                      L"Disks", L"snap.vhdx"}));
+    // The dots come first, as the system lists them.
+    win_file_search_t search(in_tree(L"*"));
+    ASSERT_TRUE(search.found());
+    EXPECT_EQ(search.current().name, L".");
+    EXPECT_TRUE(search.current().is_directory());
+}
+
+TEST_F(FileSearch, EntriesTellFoldersSizesAndTimes) {
+    win_file_search_t file(in_tree(L"vm1.vhdx"));
+    ASSERT_TRUE(file.found());
+    EXPECT_FALSE(file.current().is_directory());
+    EXPECT_EQ(file.current().size, 5u);
+    EXPECT_GT(file.current().last_write_time, 116444736000000000ULL);
+    EXPECT_FALSE(file.next());
+
+    win_file_search_t folder(in_tree(L"disks"));
+    ASSERT_TRUE(folder.found());
+    EXPECT_EQ(folder.current().name, L"Disks");
+    EXPECT_TRUE(folder.current().is_directory());
+}
+
+TEST_F(FileSearch, NothingThereIsAnEmptySearchNotAFailure) {
+    EXPECT_TRUE(names_found(in_tree(L"*.iso")).empty());
+    EXPECT_TRUE(names_found(tree.wide("missing\\folder") + L"\\*").empty());
+    EXPECT_TRUE(names_found(in_tree(L"notes.txt\\*")).empty());
+    EXPECT_TRUE(names_found(L"Q:\\not\\mapped\\*").empty());
+    EXPECT_FALSE(win_file_search_t(in_tree(L"*.iso"), win_file_search_t::start_failure_t::raise).found());
+}
+
+TEST_F(FileSearch, ClosedSearchGivesNoMore) {
+    win_file_search_t search(in_tree(L"*"));
+    ASSERT_TRUE(search.found());
+    search.close();
+    EXPECT_FALSE(search.found());
+    EXPECT_FALSE(search.next());
+}
+
+TEST(FileSearchTree, RecursiveWalkOverManyFilesFindsEachOnce) {
+    win_test::temp_tree_t tree;
+    constexpr int folders = 20, files_per_folder = 100;
+    for (int d = 0; d < folders; ++d)
+        for (int f = 0; f < files_per_folder; ++f)
+            tree.add_file("lvl1/d" + std::to_string(d) + "/f" + std::to_string(f) + ".vhd");
+    std::size_t found = 0;
+    std::function<void(const std::wstring&)> walk = [&](const std::wstring& folder) {
+        for (win_file_search_t search(folder + L"\\*"); search.found(); search.next()) {
+            const auto& entry = search.current();
+            if (entry.name == L"." || entry.name == L"..")
+                continue;
+            if (entry.is_directory())
+                walk(folder + L"\\" + entry.name);
+            else
+                ++found;
+        }
+    };
+    walk(tree.wide());
+    EXPECT_EQ(found, static_cast<std::size_t>(folders * files_per_folder));
+}

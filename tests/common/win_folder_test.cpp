@@ -1,0 +1,107 @@
+#include "common/exc/exc.h"
+#include "common/win/folder.h"
+#include "compat/win_types.h"
+#include "win_temp_tree.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::vector<std::string> lines_of(const exc::exc_base_t& e) {
+    std::vector<std::string> lines;
+    for (const auto& m : e.messages())
+        lines.push_back(m.text);
+    return lines;
+}
+
+} // namespace
+
+TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
+    win_test::temp_tree_t tree;
+    const std::wstring deep = tree.wide("a\\b\\c\\d") + L"\\\\";
+    win::create_folder(deep);
+    EXPECT_TRUE(std::filesystem::is_directory(tree.root() / "a/b/c/d"));
+    EXPECT_TRUE(win::folder_exists(deep));
+    // Again: nothing to do, no failure.
+    EXPECT_NO_THROW(win::create_folder(tree.wide("a\\b")));
+}
+
+TEST(FolderCreation, DriveAloneIsLeftAlone) {
+    EXPECT_NO_THROW(win::create_folder(L"C:"));
+}
+
+TEST(FolderCreation, EmptyPathIsInvalidInsideTheFolderLine) {
+    try {
+        win::create_folder(L"");
+        FAIL() << "no exception";
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(lines_of(e), (std::vector<std::string>{"Invalid folder path: [].",
+                                                         "Cannot create folder. Folder path: []."}));
+    }
+}
+
+TEST(FolderCreation, ShareWithoutServerAndShareIsInvalid) {
+    try {
+        win::create_folder(L"\\\\srv\\share");
+        FAIL() << "no exception";
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(lines_of(e).front(), "Invalid folder path: [\\\\srv\\share].");
+    }
+}
+
+TEST(FolderCreation, FileInTheWayFailsWithTheSystemErrorFirstAndEachLevelAfter) {
+    win_test::temp_tree_t tree;
+    tree.add_file("blocker");
+    const std::string blocker = std::filesystem::path(tree.wide("blocker")).string();
+    try {
+        win::create_folder(tree.wide("blocker\\sub"));
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        const auto lines = lines_of(e);
+        ASSERT_EQ(lines.size(), 4u);
+        EXPECT_EQ(lines[1], "CreateDirectory(" + blocker + ") function call failed.");
+        EXPECT_EQ(lines[2], "Cannot create folder. Folder path: [" + blocker + "].");
+        EXPECT_EQ(lines[3], "Cannot create folder. Folder path: [" + blocker + "\\sub].");
+        EXPECT_EQ(e.code(), static_cast<std::uint32_t>(ERROR_ALREADY_EXISTS));
+    }
+}
+
+TEST(FolderCreation, UnmappedParentFailsAtEachLevel) {
+    try {
+        win::create_folder(L"Q:\\x\\y");
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(lines_of(e).back(), "Cannot create folder. Folder path: [Q:\\x\\y].");
+        EXPECT_EQ(lines_of(e)[1], "CreateDirectory(Q:\\x) function call failed.");
+    }
+}
+
+TEST(PathProbes, FilesAndFoldersAreToldApart) {
+    win_test::temp_tree_t tree;
+    tree.add_file("Dir/File.txt");
+    bool is_folder = false;
+    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
+    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
+}
+
+TEST(PathProbes, NotThereIsFalseNotAFailure) {
+    win_test::temp_tree_t tree;
+    bool is_folder = true;
+    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
+    EXPECT_FALSE(win::folder_exists(L""));
+}
+
+TEST(PathProbes, RootsAreAnsweredAsFolders) {
+    bool is_folder = false;
+    EXPECT_TRUE(win::path_exists(L"/", is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_TRUE(win::folder_exists(L"/"));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\"));
+}

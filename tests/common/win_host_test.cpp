@@ -1,0 +1,156 @@
+// The wrappers against a simulated host: registry, volume names and injected
+// failures of the file-system calls.
+#include "common/exc/exc.h"
+#include "common/win/file_search.h"
+#include "common/win/folder.h"
+#include "common/win/registry.h"
+#include "common/win/volume.h"
+#include "win_temp_tree.h"
+
+#include <gtest/gtest.h>
+
+using namespace win;
+
+namespace {
+
+const char* const host_xml = R"(<Host name="T">
+  <Registry>
+    <Key path="SOFTWARE\Orlix\Orlix Keepsafe">
+      <Value name="LogDirectory" type="REG_SZ" data="C:\Logs\"/>
+      <Value name="Level" type="REG_DWORD" data="7"/>
+    </Key>
+    <Key path="SOFTWARE\Denied"/>
+  </Registry>
+  <Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\" dir="volumes/c" mount="C:\;E:\mnt\"/>
+  <Fault op="FindNextFileW" err="1117" match="faulty"/>
+  <Fault op="FindFirstFileW" err="5" match="locked"/>
+  <Fault op="RegOpenKeyExW" err="5" match="Denied"/>
+  <Fault op="GetVolumePathNameW" err="21" match="notready"/>
+</Host>)";
+
+class SimulatedHost : public ::testing::Test {
+protected:
+    SimulatedHost() : host(host_xml) {
+        host.tree().add_file("volumes/c/VMs/vm1/a.vhdx");
+        host.tree().add_file("volumes/c/VMs/faulty/a.vhdx");
+        host.tree().add_file("volumes/c/VMs/faulty/b.vhdx");
+    }
+    win_test::selected_host_t host;
+};
+
+const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
+
+} // namespace
+
+TEST_F(SimulatedHost, RegistryValuesOfTheRightType) {
+    win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
+    ASSERT_TRUE(key.valid());
+    std::wstring text;
+    EXPECT_TRUE(reg_read_string(key, L"LogDirectory", text));
+    EXPECT_EQ(text, L"C:\\Logs\\");
+    std::string narrow;
+    EXPECT_TRUE(reg_read_string(key, std::string("logdirectory"), narrow));
+    EXPECT_EQ(narrow, "C:\\Logs\\");
+    DWORD number = 0;
+    EXPECT_TRUE(reg_read_dword(key, L"Level", number));
+    EXPECT_EQ(number, 7u);
+    EXPECT_THROW((void)&key, exc::runtime_exc_t);
+}
+
+TEST_F(SimulatedHost, RegistryThingsNotThereAreQuietAnswers) {
+    EXPECT_FALSE(reg_open_subkey(L"SOFTWARE\\OrliX\\Orlix NFS", reg_access_read_64).valid());
+    win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
+    std::wstring text;
+    EXPECT_FALSE(reg_read_string(key, L"ExtLogHost", text));
+    EXPECT_TRUE(text.empty());
+}
+
+TEST_F(SimulatedHost, RegistryValueOfAnotherTypeFails) {
+    win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
+    DWORD number = 0;
+    try {
+        reg_read_dword(key, L"LogDirectory", number);
+        FAIL() << "no exception";
+    } catch (const exc::runtime_exc_t& e) {
+        ASSERT_EQ(e.messages().size(), 2u);
+        EXPECT_EQ(e.messages()[0].text, "Unexpected registry type: [1].");
+        EXPECT_EQ(e.messages()[1].text,
+                  "Cannot retrieve a registry value. Value name: [LogDirectory]. Expected value type: [4].");
+    }
+}
+
+TEST_F(SimulatedHost, RegistryFailuresOtherThanNotThereThrow) {
+    try {
+        reg_open_subkey(L"SOFTWARE\\Denied", reg_access_read_64);
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 5u);
+        EXPECT_EQ(e.messages().back().text, "Failed to open subkey. Path: [SOFTWARE\\Denied].");
+    }
+    std::wstring text;
+    try {
+        reg_read_string(win_reg_key_t(), L"X", text);
+        FAIL() << "no exception";
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_EQ(e.messages().front().text, "Registry key object is not initialized.");
+    }
+}
+
+TEST_F(SimulatedHost, VolumeNamesAndMountPoints) {
+    EXPECT_EQ(volume_mount_point(L"C:\\VMs\\vm1\\a.vhdx"), L"C:\\");
+    const std::wstring volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
+    EXPECT_EQ(volume_device_name(L"C:\\"), volume);
+    EXPECT_EQ(volume_mount_points(volume), (std::vector<std::wstring>{L"C:\\", L"E:\\mnt\\"}));
+    EXPECT_EQ(cluster_storage_root(), L"C:\\ClusterStorage");
+}
+
+TEST_F(SimulatedHost, VolumeFailuresCarryTheirTexts) {
+    try {
+        volume_mount_point(L"C:\\notready\\x");
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 21u);
+        EXPECT_EQ(e.messages().back().text, "Failed to get volume mount point. File name: [C:\\notready\\x]");
+    }
+    try {
+        volume_device_name(L"Z:\\");
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.messages().back().text, "Failed to get volume device name. Volume mount point: [Z:\\]");
+    }
+}
+
+TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNames) {
+    win_file_search_t by_drive(L"c:\\vms\\VM1\\*.VHDX");
+    ASSERT_TRUE(by_drive.found());
+    EXPECT_EQ(by_drive.current().name, L"a.vhdx");
+    EXPECT_TRUE(folder_exists(L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\VMs"));
+    EXPECT_TRUE(folder_exists(L"C:\\"));
+}
+
+TEST_F(SimulatedHost, SearchThatCannotStartIsEmpty) {
+    host.tree().add_file("volumes/c/locked/a.vhdx");
+    EXPECT_FALSE(win_file_search_t(L"C:\\locked\\*").found());
+    try {
+        win_file_search_t(L"C:\\locked\\*", win_file_search_t::start_failure_t::raise);
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 5u);
+        EXPECT_EQ(e.messages().back().text,
+                  "File search operation has failed. Search mask: [C:\\locked\\*].");
+    }
+}
+
+TEST_F(SimulatedHost, SearchThatFailsAfterItsFirstEntryThrows) {
+    win_file_search_t search(L"C:\\VMs\\faulty\\*.vhdx");
+    ASSERT_TRUE(search.found());
+    try {
+        search.next();
+        FAIL() << "no exception";
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 1117u);
+        EXPECT_EQ(e.messages().back().text,
+                  "File search operation has failed. Search mask: [C:\\VMs\\faulty\\*.vhdx].");
+    }
+    EXPECT_FALSE(search.found());
+}
