@@ -1,0 +1,107 @@
+#include "client/invoke_client.h"
+#include "common/format/format.h"
+#include "invoke/pipe_text.h"
+#include "test_server.h"
+
+#include <gtest/gtest.h>
+
+using namespace client;
+using client_test::test_dispatcher_t;
+using client_test::test_server_t;
+
+namespace {
+
+bool has_line_ending_with(const std::string& log, const std::string& text) {
+    return log.find(text + "\r\n") != std::string::npos;
+}
+
+} // namespace
+
+TEST(ClientSession, CommandsAnswerInTurnAndTheTraceShowsThem) {
+    client_test::test_log_t log;
+    test_server_t server;
+    auto connection = CInvokeClient::Connect(server.name());
+
+    const std::wstring text = L"<a & \"b\">\n\u00e9";
+    const std::wstring document = L"<FilesList><File Path=\"\u20ac\"/></FilesList>";
+    const CResponse echo = connection->Call(
+        L"Echo", CRequestArguments().AddText(L"Text", text).AddEncoded(L"Document", document));
+    ASSERT_TRUE(echo.IsSuccess()) << to_ansi_nothrow(echo.Frame());
+    EXPECT_EQ(echo.Value(L"text"), text);
+    EXPECT_EQ(echo.Decoded(L"FilesList"), document);
+
+    const CResponse nothing = connection->Call(L"Nothing", CRequestArguments());
+    EXPECT_TRUE(nothing.IsSuccess());
+    EXPECT_TRUE(nothing.Arguments().empty());
+
+    const CResponse failed = connection->Call(L"Fail", CRequestArguments());
+    EXPECT_TRUE(failed.IsFailure());
+    EXPECT_EQ(failed.Body(), L"The cause.\n--tr:The step.");
+
+    connection->Disconnect();
+    EXPECT_EQ(server.finish(), "");
+    const std::string lines = log.text();
+    EXPECT_TRUE(
+        has_line_ending_with(lines, "rpc|     [SoapEnter] Nothing:<InputArguments></InputArguments>"));
+    EXPECT_TRUE(has_line_ending_with(lines, "rpc|     [SoapExit] Nothing:<OutputArguments/>"));
+    EXPECT_TRUE(has_line_ending_with(lines, "RPC method call has failed (Fail)."));
+    EXPECT_TRUE(has_line_ending_with(lines, "prx|   Leaving dispatch loop."));
+    EXPECT_TRUE(has_line_ending_with(lines, "prx| Closing pipe invoke server."));
+}
+
+TEST(ClientSession, AResponseOfManyPipeChunksArrivesWhole) {
+    test_server_t server;
+    auto connection = CInvokeClient::Connect(server.name());
+    const CResponse big = connection->Call(L"Big", CRequestArguments().AddText(L"Size", L"300000"));
+    ASSERT_TRUE(big.IsSuccess());
+    EXPECT_EQ(big.Decoded(L"FilesList"), std::wstring(300000, L'\u00e9'));
+}
+
+TEST(ClientSession, BadFramesGetErrorFramesAndTheNextCommandIsServed) {
+    test_server_t server;
+    auto connection = CInvokeClient::Connect(server.name());
+    const auto frame_of = [](const std::wstring& text) { return win::pipes::EncodeFrameText(text); };
+    win::pipes::byte_buffer_t unterminated = frame_of(L"cmd:Nothing xml:<InputArguments/>");
+    unterminated.resize(unterminated.size() - 2);
+    win::pipes::byte_buffer_t huge = frame_of(std::wstring(5 * 1024 * 1024, L'x'));
+    win::pipes::byte_buffer_t lone_surrogate =
+        frame_of(L"cmd:Echo xml:<InputArguments><Text value=\"?\"/></InputArguments>");
+    lone_surrogate[2 * 37] = 0x00;
+    lone_surrogate[2 * 37 + 1] = 0xD8;
+
+    const std::vector<std::pair<win::pipes::byte_buffer_t, std::wstring>> cases = {
+        {frame_of(L"hello"), L"err:Unknown type of request: 'hello'."},
+        {frame_of(L"cmd:Nothing xml:this is no XML"), L"err:"},
+        {frame_of(L"cmd:Missing xml:<InputArguments/>"), L"err:Command [Missing] not found"},
+        {{}, L"err:Unknown type of request: ''."},
+        {unterminated, L"err:Unknown type of request: 'cmd:Nothing xml:<InputArguments/>'."},
+        {huge, L"err:Unknown type of request: 'xxxx"},
+        {lone_surrogate, L"err:"},
+    };
+    for (const auto& [message, expected] : cases) {
+        ASSERT_TRUE(connection->SendMessage(message));
+        const std::optional<std::wstring> response = connection->ReceiveFrame();
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->substr(0, expected.size()), expected)
+            << to_ansi_nothrow(response->substr(0, 200));
+        EXPECT_TRUE(connection->Call(L"Nothing", CRequestArguments()).IsSuccess());
+    }
+}
+
+TEST(ClientSession, AClientThatLeavesBeforeItsAnswerEndsTheServingWithAWarning) {
+    client_test::test_log_t log;
+    const auto dispatcher = std::make_shared<test_dispatcher_t>();
+    test_server_t server(dispatcher);
+    auto connection = CInvokeClient::Connect(server.name());
+    ASSERT_TRUE(connection->SendMessage(win::pipes::EncodeFrameText(L"cmd:Hold xml:<InputArguments/>")));
+    connection->Disconnect();
+    dispatcher->released.set_value();
+
+    EXPECT_EQ(server.finish(), "");
+    const std::string lines = log.text();
+    EXPECT_TRUE(has_line_ending_with(
+        lines,
+        "prx| WARN|Response 'xml:<OutputArguments><Text value=\"late\"/></OutputArguments>' was not sent."))
+        << lines;
+    EXPECT_TRUE(has_line_ending_with(lines, "prx|   Leaving dispatch loop."));
+}

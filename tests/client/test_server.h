@@ -1,0 +1,133 @@
+// An invoke server on a thread of the test, with a dispatcher of test commands, and
+// the process log pointed at a file of the test.
+#pragma once
+
+#include "common/exc/exc.h"
+#include "common/logging/log_install.h"
+#include "common/logging/log_t.h"
+#include "invoke/arguments.h"
+#include "invoke/invoke_dispatcher.h"
+#include "invoke/pipe_channel.h"
+#include "invoke/pipe_invoke_server.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <sstream>
+#include <thread>
+#include <unistd.h>
+
+namespace client_test {
+
+inline std::filesystem::path scratch_folder() {
+    static const std::filesystem::path folder = [] {
+        auto path =
+            std::filesystem::temp_directory_path() / ("mirrack-client-tests-" + std::to_string(::getpid()));
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+        ::setenv("MIRRACK_PIPE_DIR", (path / "pipes").c_str(), 1);
+        return path;
+    }();
+    return folder;
+}
+
+// Echo: Text back as Text, the encoded Document back as FilesList. Big: a FilesList
+// of Size characters. Fail: a two-line failure. Hold: answers once released.
+class test_dispatcher_t : public wrap::IInvokeDispatcher {
+public:
+    void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override {
+        if (command == L"Echo") {
+            output.WriteText("Text", input.ReadText("Text"));
+            output.WriteEncoded("FilesList", input.ReadEncoded("Document"));
+        } else if (command == L"Big") {
+            output.WriteEncoded("FilesList", std::wstring(std::stoul(input.ReadText("Size")), L'\u00e9'));
+        } else if (command == L"Fail") {
+            try {
+                throw exc::runtime_exc_t("The cause.");
+            } catch (const std::exception& e) {
+                exc::rethrow_with_trace("The step.", e);
+            }
+        } else if (command == L"Hold") {
+            released.get_future().wait();
+            output.WriteText("Text", L"late");
+        } else if (command != L"Nothing") {
+            throw exc::runtime_exc_t("Command [%1] not found", to_ansi_nothrow(command));
+        }
+    }
+    std::promise<void> released;
+};
+
+// RunPipeInvokeServer on its own thread. Leaving makes sure the server isn't left
+// waiting for a client that never comes.
+class test_server_t {
+public:
+    explicit test_server_t(
+        std::shared_ptr<wrap::IInvokeDispatcher> dispatcher = std::make_shared<test_dispatcher_t>())
+        : name_(fresh_name()), thread_([this, dispatcher] {
+              try {
+                  wrap::RunPipeInvokeServer(name_, dispatcher);
+              } catch (const std::exception& e) {
+                  failure_ = exc::exception_text(e);
+              }
+              done_ = true;
+          }) {}
+
+    ~test_server_t() {
+        while (!done_) {
+            try {
+                win::pipes::connect_client_channel(L"\\\\.\\pipe\\" + name_, 100);
+            } catch (const std::exception&) {
+            }
+        }
+        if (thread_.joinable())
+            thread_.join();
+    }
+
+    const std::wstring& name() const { return name_; }
+    // Waits for the serving to end; the failure text that ended it, if any.
+    std::string finish() {
+        if (thread_.joinable())
+            thread_.join();
+        return failure_;
+    }
+
+private:
+    static std::wstring fresh_name() {
+        static std::atomic<int> counter{0};
+        scratch_folder();
+        return L"c" + std::to_wstring(::getpid()) + L"-" + std::to_wstring(++counter);
+    }
+
+    std::wstring name_;
+    std::string failure_;
+    std::atomic<bool> done_{false};
+    std::thread thread_;
+};
+
+// The process log in a file of the test, for the length of the object.
+class test_log_t {
+public:
+    test_log_t() : path_(scratch_folder() / ("log-" + std::to_string(++counter()) + ".log")) {
+        logging::install_log_file(path_.string());
+    }
+    ~test_log_t() { logging::main_log()->install(nullptr, false); }
+    std::string text() const {
+        std::ifstream in(path_, std::ios::binary);
+        std::ostringstream all;
+        all << in.rdbuf();
+        return all.str();
+    }
+
+private:
+    static int& counter() {
+        static int value = 0;
+        return value;
+    }
+    std::filesystem::path path_;
+};
+
+} // namespace client_test
