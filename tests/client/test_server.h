@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/exc/exc.h"
+#include "common/format/format.h"
 #include "common/logging/log_install.h"
 #include "common/logging/log_t.h"
 #include "invoke/arguments.h"
