@@ -19,6 +19,19 @@ std::uint32_t foreign_error_code(const std::exception& cause) {
     return 0;
 }
 
+// Only the exception being handled can be thrown on as the very same object.
+bool is_handled_exception(const std::exception& cause) {
+    if (!std::current_exception())
+        return false;
+    try {
+        throw;
+    } catch (const std::exception& current) {
+        return &current == &cause;
+    } catch (...) {
+        return false;
+    }
+}
+
 [[noreturn]] void rethrow_with_entry(const std::string& text, bool is_trace, const std::exception& cause) {
     const exc_base_t wrapper;
     if (const auto* own = dynamic_cast<const exc_base_t*>(&cause)) {
@@ -26,7 +39,7 @@ std::uint32_t foreign_error_code(const std::exception& cause) {
         auto* target = const_cast<exc_base_t*>(own);
         target->append_entry(text, is_trace);
         target->merge_attributes(wrapper);
-        if (std::current_exception())
+        if (is_handled_exception(cause))
             throw;
         target->rethrow();
     }

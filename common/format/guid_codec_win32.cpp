@@ -6,8 +6,9 @@
 namespace format_impl {
 
 std::wstring uuid_to_text(const GUID& guid) {
+    UUID copy = guid; // older SDKs take the UUID by non-const pointer
     RPC_WSTR text = nullptr;
-    if (UuidToStringW(&guid, &text) != RPC_S_OK || text == nullptr)
+    if (UuidToStringW(&copy, &text) != RPC_S_OK || text == nullptr)
         return std::wstring();
     std::wstring result(reinterpret_cast<const wchar_t*>(text));
     RpcStringFreeW(&text);

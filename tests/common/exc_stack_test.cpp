@@ -98,6 +98,34 @@ TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
     }
 }
 
+TEST(ExceptionStack, WrappingAStoredCopyOutsideAHandlerThrowsItsDynamicType) {
+    std::shared_ptr<exc::exc_base_t> stored;
+    try {
+        throw exc::win_sys_exc_t("inner", 6);
+    } catch (const exc::exc_base_t& e) {
+        stored = e.clone();
+    }
+    try {
+        exc::rethrow_with_trace("outer", *stored);
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 6u);
+        EXPECT_EQ(e.messages().back().text, "outer");
+    }
+}
+
+TEST(ExceptionStack, WrappingInsideAHandlerKeepsALockedFileALockedFile) {
+    try {
+        try {
+            throw exc::file_locked_exc_t("f");
+        } catch (const std::exception& e) {
+            exc::rethrow_with_trace("Failed to %1.", "copy", e);
+        }
+    } catch (const exc::file_locked_exc_t& e) {
+        EXPECT_EQ(e.file_name(), "f");
+        EXPECT_STREQ(e.what(), "File [f] is locked.\n--tr:Failed to copy.");
+    }
+}
+
 TEST(ExceptionStack, ForeignCauseBecomesRuntimeExceptionWithItsTextFirst) {
     auto from_bad_alloc = wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
     try {
