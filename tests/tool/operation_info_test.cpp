@@ -37,13 +37,3 @@ TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
     EXPECT_EQ(status.errDescription, L"line one\nline two");
     EXPECT_EQ(status.completedTime, 99);
 }
-
-TEST(OperationInfo, SuccessKeepsAnEmptyDescription) {
-    COperationInfo info(taskId, 1);
-    info.MarkSucceeded(7);
-    const SOperationStatus status = info.Read();
-    EXPECT_TRUE(status.isCompleted);
-    EXPECT_TRUE(status.isSucceeded);
-    EXPECT_EQ(status.errDescription, L"");
-    EXPECT_EQ(status.completedTime, 7);
-}
