@@ -173,11 +173,12 @@ TEST(VolumeProviderLookup, MatchesMountPointsByComponentsIgnoringCase) {
 }
 
 TEST(VolumeProviderLookup, FirstMatchingEntryWinsAndDefaultStandsIn) {
-    const CHvBackupSpec spec = parse_body(
-        "<VMs/><volumes><volProvider type='1' id='{00000000-0000-0000-0000-000000000001}' "
-        "volMountPoint='F:\\'/>"
-        "<volProvider type='2' id='{00000000-0000-0000-0000-000000000002}' volMountPoint='f:'/></volumes>");
-    EXPECT_EQ(spec.FindVolumeProvider(L"F:\\")->providerType, 1u);
+    const CHvBackupSpec spec =
+        parse_body("<VMs/><volumes><volProvider type='1' id='{00000000-0000-0000-0000-000000000001}' "
+                   "volMountPoint='F:\\Dat\xc3\xa9\\'/>"
+                   "<volProvider type='2' id='{00000000-0000-0000-0000-000000000002}' "
+                   "volMountPoint='f:\\DAT\xc3\xa9'/></volumes>");
+    EXPECT_EQ(spec.FindVolumeProvider(L"F:\\Dat\u00e9")->providerType, 1u);
     EXPECT_EQ(spec.FindVolumeProvider(L"G:\\"), spec.defaultProvider);
     const CHvBackupSpec empty = parse_body("<VMs/>");
     EXPECT_EQ(empty.FindVolumeProvider(L"C:\\"), empty.defaultProvider);
