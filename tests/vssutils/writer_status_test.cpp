@@ -1,0 +1,82 @@
+// Writer checks after a step: which states fail, what a failed writer leaves in the log and the
+// failure, and what a healthy or cancelled check says.
+#include "vss_test_support.h"
+
+#include "common/win/event.h"
+#include "vssutils/vss_error_text.h"
+#include "vssutils/writer_status.h"
+
+#include <gtest/gtest.h>
+
+using namespace VSSUtils;
+using namespace vssutils_test;
+
+namespace {
+
+std::string writer_fault(const std::string& state, const std::string& hr) {
+    return hostsim_test::sample_host_xml(
+        R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state=")" + state +
+        "\" hr=\"" + hr + "\"/>");
+}
+
+const std::string hyperv_name = "Microsoft Hyper-V VSS Writer";
+
+} // namespace
+
+TEST(WriterStatus, OnlyStatesSixToFifteenAreFailedStates) {
+    std::string name;
+    for (int state : {0, 1, 5 /* waiting for backup complete */, 16, -1})
+        EXPECT_FALSE(FailedWriterStateName(state, name)) << state;
+    EXPECT_TRUE(FailedWriterStateName(6, name));
+    EXPECT_EQ(name, "VSS_WS_FAILED_AT_IDENTIFY");
+    EXPECT_TRUE(FailedWriterStateName(15, name));
+    EXPECT_EQ(name, "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
+}
+
+TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {
+    hostsim_test::scratch_host_t host;
+    auto backup = hostsim_test::prepared_backup();
+    log_capture_t quiet;
+    EXPECT_TRUE(VerifyWriters(backup, nullptr, false));
+    EXPECT_FALSE(quiet.has("is ok."));
+
+    log_capture_t each;
+    EXPECT_TRUE(CheckWritersStatus(backup, nullptr));
+    EXPECT_TRUE(each.has("Writer '" + hyperv_name + "' is ok."));
+    EXPECT_TRUE(each.has("Writer 'System Writer' is ok."));
+    EXPECT_TRUE(each.has("Writers state check is succeeded."));
+}
+
+TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
+    hostsim_test::scratch_host_t host(writer_fault("7", "0x800423f4"));
+    auto backup = hostsim_test::prepared_backup();
+    log_capture_t log;
+    EXPECT_EQ(failure_lines([&] { CheckWritersStatus(backup, nullptr); }),
+              (std::vector<std::string>{
+                  "Writer '" + hyperv_name + "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'.",
+                  VssErrorText(VSS_E_WRITERERROR_NONRETRYABLE), "Failed to verify writers state."}));
+    EXPECT_TRUE(log.has("Writer '" + hyperv_name +
+                        "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [0x800423f4]. "));
+    EXPECT_FALSE(log.has("Writer 'System Writer' is ok.")) << "the first failed writer ends the check";
+    EXPECT_TRUE(log.has("Checking writers status. Failed."));
+}
+
+TEST(WriterStatus, AFailedStateWithoutAFailureCodeIsReportedWithTheGenericFailure) {
+    hostsim_test::scratch_host_t host(writer_fault("7", "0x0"));
+    auto backup = hostsim_test::prepared_backup();
+    auto lines = failure_lines([&] { VerifyWriters(backup, nullptr, false); });
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1], VssErrorText(E_FAIL));
+}
+
+TEST(WriterStatus, ACancelledCheckIsNoFailureAndStillClosesItsBlock) {
+    hostsim_test::scratch_host_t host;
+    auto backup = hostsim_test::prepared_backup();
+    auto event = std::make_shared<win::win_manual_reset_event_t>();
+    event->set();
+    CWinEventTestCancelCallback probe(event);
+    log_capture_t log;
+    EXPECT_FALSE(CheckWritersStatus(backup, &probe));
+    EXPECT_TRUE(log.has("Writers state check is succeeded."));
+    EXPECT_EQ(journal_count(host, "GetWriterStatusCount"), 0u);
+}
