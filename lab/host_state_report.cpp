@@ -1,0 +1,96 @@
+#include "lab/host_state_report.h"
+
+#include "hostsim/host.h"
+#include "hostsim/state_store.h"
+#include "hostsim/wide_text.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace lab {
+
+namespace {
+
+using hostsim::to_utf8;
+
+std::string owner_text(const hostsim::process_identity_t& owner) {
+    if (owner.pid == 0)
+        return "awaiting import";
+    return "pid " + std::to_string(owner.pid) + (hostsim::is_alive(owner) ? "" : " (gone)");
+}
+
+// The VM name of a Hyper-V component, for people who know their VMs by name.
+std::string caption_of(const hostsim::host_t& host, const std::wstring& component) {
+    for (auto& writer : host.model().writers)
+        for (auto& c : writer.components)
+            if (hostsim::iequals(c.name, component))
+                return to_utf8(c.caption);
+    return "";
+}
+
+void report_shadows(std::ostream& out, const hostsim::state_store_t& state) {
+    auto shadows = state.shadows();
+    out << "Live shadow copies: " << shadows.size() << "\n";
+    if (shadows.empty())
+        return;
+    out << "  " << std::left << std::setw(4) << "N" << std::setw(52) << "Volume" << std::setw(40)
+        << "Provider"
+        << "Owner\n";
+    for (auto& s : shadows)
+        out << "  " << std::setw(4) << s.number << std::setw(52) << to_utf8(s.volume_name) << std::setw(40)
+            << to_utf8(hostsim::guid_text(s.provider_id)) << owner_text(s.owner) << "\n"
+            << "      device \\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy" << s.number << "  set "
+            << to_utf8(hostsim::guid_text(s.set_id)) << "\n";
+}
+
+void report_csv(std::ostream& out, const hostsim::state_store_t& state) {
+    auto files = state.csv_files();
+    out << "Prepared CSV files: " << files.size() << "\n";
+    for (auto& f : files)
+        out << "  " << to_utf8(f) << "\n";
+}
+
+void report_backups(std::ostream& out, const hostsim::host_t& host, unsigned last) {
+    std::vector<std::vector<std::wstring>> backups; // the set line's fields, then each component's
+    for (auto& line : hostsim::read_lines(host.dir() / "state" / "backups.txt")) {
+        auto fields = hostsim::split_fields(line);
+        if (fields[0] == L"backup")
+            backups.push_back({fields.size() > 1 ? fields[1] : L""});
+        else if (fields[0] == L"component" && fields.size() >= 3 && !backups.empty())
+            backups.back().insert(backups.back().end(), {fields[1], fields[2]});
+    }
+    out << "Backups completed: " << backups.size();
+    if (backups.size() > last)
+        out << " (the last " << last << " shown)";
+    out << "\n";
+    for (std::size_t b = backups.size() > last ? backups.size() - last : 0; b < backups.size(); ++b) {
+        auto& backup = backups[b];
+        out << "  Snapshot set " << to_utf8(backup[0]) << "\n";
+        out << "    " << std::left << std::setw(40) << "Component" << std::setw(16) << "VM"
+            << "Result\n";
+        for (std::size_t i = 1; i + 1 < backup.size(); i += 2)
+            out << "    " << std::setw(40) << to_utf8(backup[i]) << std::setw(16)
+                << caption_of(host, backup[i]) << to_utf8(backup[i + 1]) << "\n";
+    }
+}
+
+} // namespace
+
+std::string host_state_report(const std::filesystem::path& host_dir, unsigned last_backups) {
+    // Opening the host is what clears copies whose owner died, so the report shows what lives.
+    auto host = hostsim::host_t::open(host_dir);
+    std::ostringstream out;
+    out << "Host " << to_utf8(host->model().name) << " in " << host_dir.string() << "\n";
+    if (!host->usable()) {
+        out << "The host is unusable: " << host->complaint() << "\n";
+        return out.str();
+    }
+    const auto& state = *host->state();
+    auto lock = state.lock();
+    report_shadows(out, state);
+    report_csv(out, state);
+    report_backups(out, *host, last_backups);
+    return out.str();
+}
+
+} // namespace lab

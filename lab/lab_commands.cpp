@@ -1,0 +1,110 @@
+#include "lab/lab_commands.h"
+
+#include "lab/host_state_report.h"
+#include "lab/sample_host.h"
+
+#include "hostsim/host.h"
+#include "hostsim/wide_text.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace lab {
+
+namespace {
+
+const char usage[] = R"(Usage:
+  mirrack-lab create DIR [--vms N] [--files-per-vm N] [--file-size SIZE]
+      A sample Hyper-V host in DIR: N VMs on C: (3), one on a cluster shared volume, one on
+      the share \\fs01\vms; each with N files (7: configuration, disk, checkpoints) and disks
+      of SIZE bytes (1M; K, M and G suffixes); spec.xml and spec-offhost.xml beside host.xml.
+  mirrack-lab create DIR --proxy
+      A proxy host for off-host backups of the sample host.
+  mirrack-lab state DIR
+      Live shadow copies, prepared CSV files and the last backups' component results.
+  mirrack-lab resolve DIR PATH
+      The local file of a Windows-form PATH on the host in DIR.
+Point the tool at a host with MIRRACK_HOST=DIR.
+)";
+
+std::uint64_t parse_size(const std::string& text) {
+    std::size_t end = 0;
+    std::uint64_t value = std::stoull(text, &end);
+    const std::string suffix = text.substr(end);
+    if (suffix == "K" || suffix == "k")
+        return value << 10;
+    if (suffix == "M" || suffix == "m")
+        return value << 20;
+    if (suffix == "G" || suffix == "g")
+        return value << 30;
+    if (!suffix.empty())
+        throw std::invalid_argument("unknown size suffix '" + suffix + "'");
+    return value;
+}
+
+sample_options_t parse_create_options(const std::vector<std::string>& args) {
+    sample_options_t options;
+    for (std::size_t i = 2; i < args.size(); ++i) {
+        const std::string& option = args[i];
+        if (option == "--proxy") {
+            options.proxy = true;
+            continue;
+        }
+        if (i + 1 >= args.size())
+            throw std::invalid_argument("option " + option + " needs a value");
+        const std::string& value = args[++i];
+        if (option == "--vms")
+            options.vms_on_c = static_cast<unsigned>(std::stoul(value));
+        else if (option == "--files-per-vm")
+            options.files_per_vm = static_cast<unsigned>(std::stoul(value));
+        else if (option == "--file-size")
+            options.file_size = parse_size(value);
+        else
+            throw std::invalid_argument("unknown option " + option);
+    }
+    return options;
+}
+
+int create(const std::vector<std::string>& args, std::ostream& out) {
+    auto options = parse_create_options(args);
+    create_sample_host(args[1], options);
+    out << (options.proxy ? "Proxy host" : "Sample host") << " created in " << args[1] << "\n";
+    return 0;
+}
+
+int resolve(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    auto host = hostsim::host_t::open(args[1]);
+    auto path = host->map_path(hostsim::from_utf8(args[2]));
+    if (!path) {
+        err << "The path " << args[2] << " is on no volume, share or shadow copy of the host.\n";
+        return 3;
+    }
+    out << path->string() << "\n";
+    return 0;
+}
+
+} // namespace
+
+int run_lab_command(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    try {
+        if (args.size() >= 2 && args[0] == "create")
+            return create(args, out);
+        if (args.size() == 2 && args[0] == "state") {
+            out << host_state_report(args[1]);
+            return 0;
+        }
+        if (args.size() == 3 && args[0] == "resolve")
+            return resolve(args, out, err);
+        if (args.size() == 1 && (args[0] == "help" || args[0] == "--help")) {
+            out << usage;
+            return 0;
+        }
+    } catch (const std::exception& e) {
+        err << "mirrack-lab: " << e.what() << "\n";
+        return 1;
+    }
+    err << usage;
+    return 2;
+}
+
+} // namespace lab

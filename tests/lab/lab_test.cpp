@@ -1,0 +1,227 @@
+// mirrack-lab: sample hosts that the tool can back up, and the views of a host's state.
+#include "lab/lab_commands.h"
+#include "lab/sample_host.h"
+
+#include "compat/cluster_api.h"
+#include "compat/com_ptr.h"
+#include "compat/vss_api.h"
+#include "hostsim/host.h"
+#include "hostsim/wide_text.h"
+
+#include <gtest/gtest.h>
+
+#include <pugixml.hpp>
+
+#include <cstdlib>
+#include <sstream>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const GUID hyperv_writer = {0x66841cd4, 0x6ded, 0x4f4b, {0x8f, 0x17, 0xfd, 0x23, 0xf8, 0xdd, 0xc3, 0xde}};
+
+struct lab_dir_t {
+    fs::path dir;
+    lab_dir_t() {
+        std::string pattern = (fs::temp_directory_path() / "mirrack-lab-XXXXXX").string();
+        dir = mkdtemp(pattern.data());
+    }
+    ~lab_dir_t() {
+        unsetenv("MIRRACK_HOST");
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
+    }
+};
+
+int run_lab(const std::vector<std::string>& args, std::string* out = nullptr) {
+    std::ostringstream o, e;
+    int code = lab::run_lab_command(args, o, e);
+    if (out)
+        *out = o.str() + e.str();
+    return code;
+}
+
+std::wstring expanded(std::wstring path) {
+    const std::wstring var = L"%SystemDrive%";
+    if (path.rfind(var, 0) == 0)
+        path = L"C:" + path.substr(var.size());
+    return path;
+}
+
+// Files a wildcard spec finds, walking directories whose names match as the tool does.
+std::size_t files_found(const hostsim::host_t& host, const hostsim::file_spec_t& spec,
+                        const std::wstring& prefix = L"") {
+    auto dir = host.map_path(expanded(spec.path) + prefix);
+    std::size_t found = 0;
+    std::error_code ec;
+    for (fs::directory_iterator it(*dir, ec), end; !ec && it != end; ++it) {
+        auto name = hostsim::from_utf8(it->path().filename().string());
+        if (!hostsim::mask_matches(spec.spec, name))
+            continue;
+        if (it->is_directory())
+            found += spec.recursive ? files_found(host, spec, prefix + name + L"\\") : 0;
+        else
+            ++found;
+    }
+    return found;
+}
+
+HRESULT wait(compat::com_ptr_t<IVssAsync> async) {
+    HRESULT status = VSS_S_ASYNC_PENDING;
+    while (async->QueryStatus(&status, nullptr) == S_OK && status == VSS_S_ASYNC_PENDING)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return status;
+}
+
+} // namespace
+
+TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAre) {
+    lab_dir_t lab_dir;
+    ASSERT_EQ(
+        run_lab({"create", lab_dir.dir.string(), "--vms", "2", "--files-per-vm", "6", "--file-size", "3K"}),
+        0);
+    auto host = hostsim::host_t::open(lab_dir.dir);
+    ASSERT_TRUE(host->usable()) << host->complaint();
+
+    const auto& writer = host->model().writers.front();
+    EXPECT_EQ(writer.id, hyperv_writer);
+    ASSERT_EQ(writer.components.size(), 4u) << "two on C:, one on the CSV, one on the share";
+    std::vector<std::wstring> roots;
+    for (auto& component : writer.components) {
+        std::size_t files = 0;
+        for (auto& spec : component.files) {
+            if (spec.spec.find_first_of(L"*?") == std::wstring::npos) {
+                auto file = host->map_path(spec.path + spec.spec);
+                ASSERT_TRUE(file && fs::exists(*file)) << hostsim::to_utf8(spec.path + spec.spec);
+                ++files;
+            } else {
+                files += files_found(*host, spec);
+            }
+        }
+        EXPECT_EQ(files, 6u) << hostsim::to_utf8(component.caption);
+        roots.push_back(host->locate(expanded(component.files.front().path)).root);
+    }
+    EXPECT_EQ(roots, (std::vector<std::wstring>{L"C:\\", L"C:\\", L"C:\\ClusterStorage\\Volume1\\",
+                                                L"\\\\fs01\\vms\\"}));
+    EXPECT_EQ(fs::file_size(*host->map_path(L"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\vm1.vhdx")), 3072u);
+}
+
+TEST(SampleHost, BackupSpecificationsNameTheWritersComponents) {
+    lab_dir_t lab_dir;
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string()}), 0);
+    auto host = hostsim::host_t::open(lab_dir.dir);
+    const auto& components = host->model().writers.front().components;
+
+    pugi::xml_document onhost, offhost;
+    ASSERT_TRUE(onhost.load_file((lab_dir.dir / "spec.xml").c_str()));
+    ASSERT_TRUE(offhost.load_file((lab_dir.dir / "spec-offhost.xml").c_str()));
+    std::vector<std::string> ids;
+    for (auto vm : onhost.child("HVBackupSpec").child("VMs").children("VM"))
+        ids.push_back(vm.attribute("id").value());
+    ASSERT_EQ(ids.size(), components.size());
+    for (std::size_t i = 0; i < ids.size(); ++i)
+        EXPECT_EQ(ids[i], hostsim::to_utf8(components[i].name));
+    EXPECT_EQ(std::string(onhost.child("HVBackupSpec").child("Offhost").attribute("type").value()), "0");
+
+    auto off = offhost.child("HVBackupSpec");
+    EXPECT_EQ(std::string(off.child("Offhost").attribute("type").value()), "1");
+    const auto provider =
+        hostsim::parse_guid(hostsim::from_utf8(off.child("VSSProvider").attribute("id").value()));
+    ASSERT_TRUE(provider);
+    const auto* hardware = host->find_provider(*provider);
+    ASSERT_TRUE(hardware && hardware->transportable);
+    std::size_t vms = 0;
+    for (auto vm : off.child("VMs").children("VM")) {
+        ++vms;
+        EXPECT_NE(std::string(vm.attribute("id").value()), hostsim::to_utf8(components.back().name))
+            << "the VM on the share can't go off-host";
+    }
+    EXPECT_EQ(vms, components.size() - 1);
+}
+
+TEST(SampleHost, AProxyHostOffersTheTransportableProviderOfTheSampleHost) {
+    lab_dir_t lab_dir;
+    const auto proxy = lab_dir.dir / "proxy";
+    ASSERT_EQ(run_lab({"create", proxy.string(), "--proxy"}), 0);
+    auto host = hostsim::host_t::open(proxy);
+    ASSERT_TRUE(host->usable()) << host->complaint();
+    EXPECT_EQ(host->model().name, L"PROXY01");
+    const auto* hardware = host->find_provider(*hostsim::parse_guid(lab::hardware_provider_id));
+    ASSERT_TRUE(hardware);
+    EXPECT_TRUE(hardware->transportable);
+    EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer);
+}
+
+TEST(SampleHost, CreateRefusesAnExistingHostAndBadOptions) {
+    lab_dir_t lab_dir;
+    std::string out;
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--proxy"}), 0);
+    EXPECT_EQ(run_lab({"create", lab_dir.dir.string()}, &out), 1);
+    EXPECT_NE(out.find("already"), std::string::npos);
+    EXPECT_EQ(run_lab({"create", (lab_dir.dir / "x").string(), "--file-size", "3Q"}, &out), 1);
+    EXPECT_EQ(run_lab({"create", (lab_dir.dir / "y").string(), "--colour", "red"}, &out), 1);
+    EXPECT_EQ(run_lab({"frobnicate"}, &out), 2);
+    EXPECT_NE(out.find("Usage:"), std::string::npos);
+}
+
+TEST(LabViews, ResolveMapsWindowsPathsOfTheHost) {
+    lab_dir_t lab_dir;
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--file-size", "1K"}), 0);
+    std::string out;
+    ASSERT_EQ(
+        run_lab({"resolve", lab_dir.dir.string(), "\\\\FS01\\vms\\VM-SMB\\virtual hard disks\\vm-smb.vhdx"},
+                &out),
+        0);
+    EXPECT_EQ(out, (lab_dir.dir / "shares/fs01-vms/vm-smb/Virtual Hard Disks/vm-smb.vhdx").string() + "\n");
+    EXPECT_EQ(run_lab({"resolve", lab_dir.dir.string(), "Q:\\nowhere"}, &out), 3);
+}
+
+TEST(LabViews, StateShowsShadowCopiesPreparedFilesAndComponentResults) {
+    lab_dir_t lab_dir;
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "1", "--file-size", "1K"}), 0);
+    setenv("MIRRACK_HOST", lab_dir.dir.c_str(), 1);
+    auto host = hostsim::host_t::open(lab_dir.dir);
+    const auto& vm1 = host->model().writers.front().components.front();
+
+    compat::com_ptr_t<IVssBackupComponents> backup;
+    ASSERT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
+    ASSERT_EQ(backup->InitializeForBackup(), S_OK);
+    compat::com_ptr_t<IVssAsync> async;
+    ASSERT_EQ(backup->GatherWriterMetadata(async.put()), S_OK);
+    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    VSS_ID set{}, snapshot{};
+    ASSERT_EQ(backup->StartSnapshotSet(&set), S_OK);
+    const GUID instance = host->model().writers.front().instance;
+    ASSERT_EQ(backup->AddComponent(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str()), S_OK);
+    WCHAR volume[] = L"C:\\";
+    ASSERT_EQ(backup->AddToSnapshotSet(volume, GUID_NULL, &snapshot), S_OK);
+    WCHAR mount[MAX_PATH], name[MAX_PATH];
+    DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
+    ASSERT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx", mount,
+                                                  &mount_length, name, &name_length),
+              DWORD(0));
+    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
+    ASSERT_EQ(backup->PrepareForBackup(async.put()), S_OK);
+    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(backup->DoSnapshotSet(async.put()), S_OK);
+    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(
+        backup->SetBackupSucceeded(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str(), true),
+        S_OK);
+    ASSERT_EQ(backup->BackupComplete(async.put()), S_OK);
+    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+
+    std::string report;
+    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    EXPECT_NE(report.find("Live shadow copies: 1"), std::string::npos) << report;
+    EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
+    EXPECT_NE(report.find("C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx"), std::string::npos) << report;
+    EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
+    EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
+
+    backup.reset();
+    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    EXPECT_NE(report.find("Live shadow copies: 0"), std::string::npos) << report;
+}
