@@ -125,17 +125,18 @@ std::wstring CPipeInvokeSrv::FailedResponse(const std::wstring& command, const s
 
 bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& command,
                                   std::wstring& document) {
-    if (!starts_with_ignoring_case(request, command_prefix))
+    // Positions rather than copies: the document may run to megabytes.
+    if (!starts_with_ignoring_case(request, command_prefix) || request.size() == command_prefix.size())
         return false;
-    const std::wstring rest = request.substr(command_prefix.size());
-    const std::size_t space = rest.find(L' ');
-    if (rest.empty() || space == std::wstring::npos)
+    const std::size_t space = request.find(L' ', command_prefix.size());
+    if (space == std::wstring::npos)
         return false;
-    const std::wstring tail = rest.substr(space + 1);
-    if (!starts_with_ignoring_case(tail, document_prefix))
+    const std::size_t document_start = space + 1 + document_prefix.size();
+    if (request.size() < document_start ||
+        !iequals(request.substr(space + 1, document_prefix.size()), document_prefix))
         return false;
-    command = rest.substr(0, space);
-    document = tail.substr(document_prefix.size());
+    command = request.substr(command_prefix.size(), space - command_prefix.size());
+    document = request.substr(document_start);
     return true;
 }
 

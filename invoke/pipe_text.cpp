@@ -18,21 +18,25 @@ char16_t unit_at(const byte_buffer_t& bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
 }
 
-void append_unit(byte_buffer_t& bytes, char32_t unit) {
-    bytes.push_back(static_cast<std::uint8_t>(unit & 0xFF));
-    bytes.push_back(static_cast<std::uint8_t>((unit >> 8) & 0xFF));
+std::uint8_t* put_unit(std::uint8_t* out, char32_t unit) {
+    out[0] = static_cast<std::uint8_t>(unit & 0xFF);
+    out[1] = static_cast<std::uint8_t>((unit >> 8) & 0xFF);
+    return out + 2;
 }
 
-void append_code_point(byte_buffer_t& bytes, char32_t code_point) {
-    if (code_point > 0x10FFFF)
-        code_point = replacement_character;
-    if (code_point < 0x10000) {
-        append_unit(bytes, code_point);
-        return;
-    }
+char32_t encodable(wchar_t character) {
+    const auto code_point = static_cast<char32_t>(character);
+    if (wide_is_utf16)
+        return code_point & 0xFFFF;
+    return code_point > 0x10FFFF ? replacement_character : code_point;
+}
+
+std::uint8_t* put_code_point(std::uint8_t* out, char32_t code_point) {
+    if (code_point < 0x10000)
+        return put_unit(out, code_point);
     code_point -= 0x10000;
-    append_unit(bytes, 0xD800 + (code_point >> 10));
-    append_unit(bytes, 0xDC00 + (code_point & 0x3FF));
+    out = put_unit(out, 0xD800 + (code_point >> 10));
+    return put_unit(out, 0xDC00 + (code_point & 0x3FF));
 }
 
 } // namespace
@@ -59,15 +63,15 @@ frame_text_t DecodeFrameText(const byte_buffer_t& bytes) {
 }
 
 byte_buffer_t EncodeFrameText(const std::wstring& text) {
-    byte_buffer_t bytes;
-    bytes.reserve(2 * text.size() + 2);
-    for (const wchar_t character : text) {
-        if (wide_is_utf16)
-            append_unit(bytes, static_cast<char16_t>(character));
-        else
-            append_code_point(bytes, static_cast<char32_t>(character));
-    }
-    append_unit(bytes, 0);
+    // Sized first: responses run to megabytes, and growing byte by byte shows.
+    std::size_t units = text.size() + 1;
+    for (const wchar_t character : text)
+        units += encodable(character) >= 0x10000 ? 1 : 0;
+    byte_buffer_t bytes(2 * units);
+    std::uint8_t* out = bytes.data();
+    for (const wchar_t character : text)
+        out = put_code_point(out, encodable(character));
+    put_unit(out, 0);
     return bytes;
 }
 
