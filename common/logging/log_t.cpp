@@ -5,22 +5,11 @@
 #include "common/logging/log_rotation.h"
 #include "common/win/thread_id.h"
 
-#include <atomic>
 #include <ctime>
-#include <unordered_map>
 
 namespace logging {
 
-namespace {
-
-std::uint64_t next_indent_key() {
-    static std::atomic<std::uint64_t> counter{0};
-    return ++counter;
-}
-
-} // namespace
-
-log_t::log_t() : indent_key_(next_indent_key()) {}
+log_t::log_t() = default;
 
 void log_t::write(int level, std::int32_t indent, const format::line_format_t* format,
                   const std::string& message) {
@@ -63,23 +52,22 @@ std::shared_ptr<receiver::log_file_t> log_t::receiver() const {
     return receiver_;
 }
 
-std::int32_t& log_t::thread_indent() const {
-    thread_local std::unordered_map<std::uint64_t, std::int32_t> indents;
-    return indents[indent_key_];
-}
-
 std::int32_t log_t::indent() const {
-    return thread_indent();
+    std::lock_guard<std::recursive_mutex> guard(lock_);
+    const auto found = indents_.find(win::current_thread_id());
+    return found == indents_.end() ? 0 : found->second;
 }
 
 void log_t::indent_in() {
-    ++thread_indent();
+    std::lock_guard<std::recursive_mutex> guard(lock_);
+    ++indents_[win::current_thread_id()];
 }
 
 void log_t::indent_out() {
-    std::int32_t& depth = thread_indent();
-    if (depth > 0)
-        --depth;
+    std::lock_guard<std::recursive_mutex> guard(lock_);
+    const auto found = indents_.find(win::current_thread_id());
+    if (found != indents_.end() && --found->second <= 0)
+        indents_.erase(found);
 }
 
 std::shared_ptr<log_t> main_log() {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 
 namespace logging {
 
@@ -42,12 +43,14 @@ public:
     void indent_out();
 
 private:
-    std::int32_t& thread_indent() const;
     void count_message_for_size_check();
 
     mutable std::recursive_mutex lock_;
     std::shared_ptr<receiver::log_file_t> receiver_;
-    const std::uint64_t indent_key_; // this log's entry in every thread's table of indents
+    // Only threads that stand indented have an entry: nothing is left behind by a thread that ends at
+    // the margin, and nothing depends on thread-local storage, which is gone before the last lines
+    // of process exit.
+    std::unordered_map<std::uint32_t, std::int32_t> indents_;
     std::uint8_t initialised_ = 0;
     std::uint32_t format_mode_ = 0;
     std::uint8_t disabled_ = 0;

@@ -1,0 +1,110 @@
+// Log blocks: how a step opens, ends and fails in the log, and in the thread's monitoring state.
+#include "log_test_support.h"
+
+#include "common/monitoring/thread_states.h"
+#include "common/win/thread.h"
+
+#include <stdexcept>
+
+using log_test::log_file_test;
+
+using lines_t = std::vector<std::string>;
+
+TEST_F(log_file_test, block_closed_ok_frames_its_step_lines) {
+    const auto& h = logging::tool_logger();
+    {
+        log_scope_t block(h, "Gathering %1 metadata", "writer");
+        log_info(h, "inside");
+        block.ok();
+    }
+    log_info(h, "after");
+    EXPECT_EQ(bodies(), (lines_t{"Mirrack| Gathering writer metadata", "Mirrack|   inside",
+                                 "Mirrack| Gathering writer metadata ok.", "Mirrack| after"}));
+}
+
+TEST_F(log_file_test, nested_blocks_left_by_an_exception_both_fail) {
+    const auto& h = logging::tool_logger();
+    try {
+        log_scope_t outer(h, "outer");
+        log_scope_t inner(h, "inner");
+        throw std::runtime_error("boom");
+    } catch (const std::exception&) {
+    }
+    log_info(h, "margin");
+    EXPECT_EQ(bodies(), (lines_t{"Mirrack| outer", "Mirrack|   inner", "Mirrack|   inner Failed.",
+                                 "Mirrack| outer Failed.", "Mirrack| margin"}));
+}
+
+TEST_F(log_file_test, silent_block_speaks_only_when_it_fails) {
+    const auto& h = logging::lib_logger();
+    {
+        log_scope_t quiet(log_scope_t::silent, h, "probe %1", "one");
+        log_info(h, "work");
+        quiet.ok();
+    }
+    try {
+        log_scope_t quiet(log_scope_t::silent, h, "probe %1 of %2", "two", "three");
+        throw std::runtime_error("boom");
+    } catch (const std::exception&) {
+    }
+    EXPECT_EQ(bodies(), (lines_t{"work", "probe two of three Failed."}));
+}
+
+TEST_F(log_file_test, block_ends_once_with_a_chosen_line_or_none) {
+    const auto& h = logging::tool_logger();
+    {
+        log_scope_t block(h, "Copying");
+        block.finish("Copied %1 of %2.", "3", "4");
+        block.ok();
+    }
+    {
+        log_scope_t block(h, "Waiting");
+        block.close_quietly();
+        block.finish("never");
+    }
+    {
+        log_scope_t block(h, "Renamed");
+        block.set_text("Renamed step");
+    }
+    log_info(h, "margin");
+    EXPECT_EQ(bodies(), (lines_t{"Mirrack| Copying", "Mirrack| Copied 3 of 4.", "Mirrack| Waiting",
+                                 "Mirrack| Renamed", "Mirrack| Renamed step Failed.", "Mirrack| margin"}));
+}
+
+namespace {
+
+struct observed_steps {
+    std::vector<std::string> inside;
+    std::size_t after = 99;
+};
+
+DWORD run_block_on_worker(void* argument) {
+    auto* seen = static_cast<observed_steps*>(argument);
+    auto state = monitoring::CThreadStatesCollection::get()->find(win::current_thread_id());
+    if (!state)
+        return 1;
+    const std::size_t before = state->steps().size();
+    {
+        log_scope_t block(logging::tool_logger(), "outer step");
+        log_scope_t quiet(log_scope_t::silent, logging::tool_logger(), "quiet step");
+        for (std::size_t i = before; i < state->steps().size(); ++i)
+            seen->inside.push_back(state->steps()[i]->text());
+        quiet.ok();
+        block.ok();
+    }
+    seen->after = state->steps().size() - before;
+    return 0;
+}
+
+} // namespace
+
+TEST(log_block_monitoring, blocks_push_and_pop_steps_of_a_worker_thread) {
+    observed_steps seen;
+    {
+        win::win_thread_t worker(&run_block_on_worker, &seen, "LogBlockTest");
+        worker.stop_wait();
+        EXPECT_EQ(worker.exit_code(), 0u);
+    }
+    EXPECT_EQ(seen.inside, (lines_t{"outer step", "quiet step"}));
+    EXPECT_EQ(seen.after, 0u);
+}

@@ -1,0 +1,173 @@
+// The log file: its folder, its name when locked, its size limit and the ageing of its archives.
+#include "log_test_support.h"
+
+#include "common/exc/exc.h"
+#include "common/logging/log_names.h"
+#include "common/logging/prepare_log.h"
+#include "common/logging/win_log_file.h"
+
+#include <zlib.h>
+
+namespace fs = std::filesystem;
+using log_test::log_file_test;
+using log_test::read_file;
+using logging::receiver::aged_name;
+using logging::receiver::check_log_size;
+using logging::receiver::numbered_log_name;
+
+namespace {
+
+std::string gunzip(const fs::path& archive) {
+    gzFile file = ::gzopen(archive.c_str(), "rb");
+    EXPECT_NE(file, nullptr) << archive;
+    if (file == nullptr)
+        return "";
+    std::string text;
+    char buffer[4096];
+    int got = 0;
+    while ((got = ::gzread(file, buffer, sizeof buffer)) > 0)
+        text.append(buffer, static_cast<std::size_t>(got));
+    EXPECT_EQ(got, 0) << archive;
+    ::gzclose(file);
+    return text;
+}
+
+void write_file(const fs::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+} // namespace
+
+TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
+    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 0), "Mirrack.log.gz");
+    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 2), "Mirrack.log.2.gz");
+    EXPECT_EQ(aged_name("Mirrack.log.GZ", "gz", 3), "Mirrack.log.3.gz");
+    EXPECT_EQ(aged_name("Mirrack.log", "gz", 1), "Mirrack.log.1");
+    EXPECT_EQ(aged_name("noextension", "gz", 4), "noextension.4");
+
+    EXPECT_EQ(numbered_log_name("C:\\Logs\\Mirrack.log", 1), "C:\\Logs\\Mirrack.1.log");
+    EXPECT_EQ(numbered_log_name("Mirrack.LOG", 7), "Mirrack.7.log");
+    EXPECT_EQ(numbered_log_name("trace", 1), "trace.1.log");
+    EXPECT_EQ(numbered_log_name("run.txt", 1), "run.txt.1.log");
+    EXPECT_EQ(numbered_log_name("dot.", 2), "dot.2");
+}
+
+TEST(log_file_names, folder_containment_compares_components_without_case) {
+    using logging::receiver::lies_under_folder;
+    EXPECT_TRUE(lies_under_folder("c:\\logs\\sub\\Mirrack.log", "C:\\Logs\\"));
+    EXPECT_TRUE(lies_under_folder("C:/Logs//Mirrack.log", "C:\\LOGS"));
+    EXPECT_FALSE(lies_under_folder("C:\\LogsOld\\Mirrack.log", "C:\\Logs\\"));
+    EXPECT_FALSE(lies_under_folder("C:\\Mirrack.log", "C:\\Logs\\Deep\\"));
+}
+
+TEST(log_file_ageing, names_move_one_age_up_and_the_last_age_is_dropped) {
+    const fs::path folder = log_test::fresh_folder("ageing");
+    const std::string archive = (folder / "Mirrack.log.gz").string();
+    write_file(archive, "newest");
+    write_file(aged_name(archive, "gz", 1), "one");
+    write_file(aged_name(archive, "gz", 3), "three");
+    write_file(aged_name(archive, "gz", 4), "four");
+    logging::receiver::age_file(archive, "gz", 4);
+    EXPECT_FALSE(fs::exists(archive));
+    EXPECT_EQ(read_file(aged_name(archive, "gz", 1)), "newest");
+    EXPECT_EQ(read_file(aged_name(archive, "gz", 2)), "one");
+    EXPECT_FALSE(fs::exists(aged_name(archive, "gz", 3)));
+    EXPECT_EQ(read_file(aged_name(archive, "gz", 4)), "three");
+    fs::remove_all(folder);
+}
+
+TEST_F(log_file_test, rotation_starts_at_the_real_limit) {
+    EXPECT_EQ(logging::receiver::log_size_limit, 15728640u);
+    auto receiver = logging::main_log()->receiver();
+    fs::resize_file(log_path_, logging::receiver::log_size_limit - 1);
+    check_log_size(receiver);
+    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.gz"));
+    fs::resize_file(log_path_, logging::receiver::log_size_limit);
+    check_log_size(receiver);
+    EXPECT_EQ(fs::file_size(log_path_), 0u);
+    EXPECT_EQ(gunzip(folder_ / "Mirrack.log.gz"), std::string(logging::receiver::log_size_limit, '\0'));
+}
+
+TEST_F(log_file_test, twelve_rotations_keep_ten_aged_archives_behind_the_newest) {
+    logging::receiver::set_log_size_limit_for_tests(1);
+    auto receiver = logging::main_log()->receiver();
+    for (int generation = 0; generation < 12; ++generation) {
+        log_info(logging::tool_logger(), "generation %1", std::to_string(generation));
+        check_log_size(receiver);
+        EXPECT_EQ(fs::file_size(log_path_), 0u);
+    }
+    log_info(logging::tool_logger(), "after");
+    EXPECT_EQ(bodies(), (std::vector<std::string>{"Mirrack| after"}));
+    EXPECT_NE(gunzip(folder_ / "Mirrack.log.gz").find("Mirrack| generation 11\r\n"), std::string::npos);
+    EXPECT_NE(gunzip(folder_ / "Mirrack.log.1.gz").find("Mirrack| generation 10\r\n"), std::string::npos);
+    EXPECT_NE(gunzip(folder_ / "Mirrack.log.10.gz").find("Mirrack| generation 1\r\n"), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.11.gz"));
+}
+
+TEST_F(log_file_test, size_is_looked_at_every_thousandth_message) {
+    logging::receiver::set_log_size_limit_for_tests(1);
+    for (int i = 1; i < logging::messages_between_size_checks; ++i)
+        log_info(logging::lib_logger(), "message %1", std::to_string(i));
+    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.gz"));
+    log_info(logging::lib_logger(), "the thousandth");
+    log_info(logging::lib_logger(), "the next");
+    EXPECT_EQ(bodies(), (std::vector<std::string>{"the next"}));
+    const std::string archived = gunzip(folder_ / "Mirrack.log.gz");
+    EXPECT_NE(archived.find("> message 1\r\n"), std::string::npos);
+    EXPECT_NE(archived.find("> the thousandth\r\n"), std::string::npos);
+}
+
+TEST_F(log_file_test, failed_rotation_keeps_logging_at_the_end_of_the_file) {
+    logging::receiver::set_log_size_limit_for_tests(1);
+    log_info(logging::lib_logger(), "kept");
+    // The oldest archive name holds something that cannot be removed.
+    fs::create_directories(folder_ / "Mirrack.log.10.gz" / "content");
+    EXPECT_THROW(check_log_size(logging::main_log()->receiver()), exc::exc_base_t);
+    log_info(logging::lib_logger(), "appended");
+    EXPECT_EQ(bodies(), (std::vector<std::string>{"kept", "appended"}));
+}
+
+TEST(log_file_opening, a_log_that_another_writer_holds_gives_way_to_a_numbered_name) {
+    const fs::path folder = log_test::fresh_folder("locked");
+    {
+        win::win_log_file_t holder((folder / "Mirrack.log").string());
+        win::win_log_file_t second_holder((folder / "Mirrack.1.log").string());
+        EXPECT_THROW(win::win_log_file_t((folder / "Mirrack.log").string()), exc::file_locked_exc_t);
+        auto receiver = logging::receiver::prepare_log((folder / "Mirrack.log").string());
+        EXPECT_EQ(receiver->path(), (folder / "Mirrack.2.log").string());
+        win::win_log_file_t text_holder((folder / "run.txt").string());
+        EXPECT_EQ(logging::receiver::prepare_log((folder / "run.txt").string())->path(),
+                  (folder / "run.txt.1.log").string());
+    }
+    fs::remove_all(folder);
+}
+
+TEST(log_file_opening, folders_are_made_and_an_old_log_at_its_limit_is_rotated_first) {
+    const fs::path folder = log_test::fresh_folder("opening");
+    const fs::path path = folder / "deep" / "er" / "Mirrack.log";
+    logging::receiver::prepare_log(path.string())->write("old line\r\n");
+    EXPECT_EQ(read_file(path), "old line\r\n");
+
+    logging::receiver::set_log_size_limit_for_tests(5);
+    auto reopened = logging::receiver::prepare_log(path.string());
+    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
+    reopened->write("new line\r\n");
+    EXPECT_EQ(read_file(path), "new line\r\n");
+    EXPECT_EQ(gunzip(folder / "deep" / "er" / "Mirrack.log.gz"), "old line\r\n");
+    fs::remove_all(folder);
+}
+
+TEST(log_file_opening, a_folder_outside_the_log_directory_has_no_fallback) {
+    const fs::path folder = log_test::fresh_folder("nofolder");
+    write_file(folder / "plain", "a file where a folder should be");
+    const std::string path = (folder / "plain" / "Mirrack.log").string();
+    EXPECT_THROW(logging::receiver::prepare_log(path), exc::exc_base_t);
+
+    logging::main_log()->install(nullptr, false);
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(logging::install_log(path));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "LOG: Initializing log file ...\nFailed to initialize log [" + path + "].\n");
+    EXPECT_EQ(logging::main_log()->receiver(), nullptr);
+    fs::remove_all(folder);
+}

@@ -1,0 +1,178 @@
+// The bytes that a message leaves in the log file.
+#include "log_test_support.h"
+
+#include "common/exc/exc.h"
+#include "common/logging/line_layout.h"
+
+#include <limits>
+#include <thread>
+
+using log_test::body;
+using log_test::file_lines;
+using log_test::log_file_test;
+
+namespace {
+
+struct no_text_exception : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+};
+
+// Collects what reaches it, one entry per write.
+class memory_receiver : public logging::receiver::log_file_t {
+public:
+    std::vector<std::string> writes;
+    void write(const std::string& text) override { writes.push_back(text); }
+    std::string path() const override { return ""; }
+    std::string eol() const override { return "\n"; }
+    std::uint64_t size() override { return 0; }
+    void compress(const std::shared_ptr<util::zip_writer_t>&) override {}
+};
+
+} // namespace
+
+TEST_F(log_file_test, information_line_has_time_thread_tag_and_crlf) {
+    log_info(logging::tool_logger(), "Creating VSS backup object.");
+    const std::string text = log_test::read_file(log_path_);
+    EXPECT_TRUE(std::regex_match(
+        text,
+        std::regex(
+            R"(\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <[ 0-9]{6}> Mirrack\| Creating VSS backup object\.\r\n)")))
+        << text;
+    EXPECT_EQ(body(file_lines(log_path_).at(0)), "Mirrack| Creating VSS backup object.");
+}
+
+TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines) {
+    log_error(logging::tool_logger(), "Access is denied.\nCannot create folder.");
+    log_warning(logging::lib_logger(), "one\ntwo\nthree");
+    log_info(logging::prx_logger(), "plain\nsecond");
+    EXPECT_EQ(bodies(), (std::vector<std::string>{"Mirrack| ERR |Access is denied.",
+                                                  "Mirrack| >>  |Cannot create folder.", "WARN|one",
+                                                  ">>  |two", ">>  |three", "prx| plain", "prx| second"}));
+}
+
+TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
+    const auto& h = logging::rpc_logger();
+    log_info(h, "ends in a line feed\n");
+    log_info(h, "\n");
+    log_info(h, "");
+    log_info(h, "carriage\r\nreturn");
+    log_info(h, "gap\n\nafter");
+    EXPECT_EQ(bodies(),
+              (std::vector<std::string>{"rpc| ends in a line feed", "rpc| ", "rpc| ", "rpc| carriage\r",
+                                        "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
+}
+
+TEST_F(log_file_test, system_text_of_an_error_leaves_its_carriage_return_and_an_empty_line) {
+    log_exception(logging::tool_logger(), exc::win_sys_exc_t("Cannot create folder.", 5));
+    const auto lines = bodies();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].rfind("Mirrack| ERR |", 0), 0u);
+    EXPECT_EQ(lines[0].back(), '\r');
+    EXPECT_EQ(lines[1], "Mirrack| >>  |");
+    EXPECT_EQ(lines[2], "Mirrack| >>  |Cannot create folder.");
+}
+
+TEST_F(log_file_test, exception_without_text) {
+    const auto& h = logging::lib_logger();
+    log_exception(h, no_text_exception());
+    log_exception(h, "Context %1.", "A", no_text_exception());
+    log_warning_exception(h, "Careful.", exc::runtime_exc_t("cause"));
+    EXPECT_EQ(bodies(), (std::vector<std::string>{"ERR |Exception message is not available.",
+                                                  "ERR |Context A.", "WARN|Careful.", ">>  |cause"}));
+}
+
+TEST_F(log_file_test, indent_steps_are_two_blanks_and_warnings_stand_at_the_margin) {
+    const auto& h = logging::tool_logger();
+    log_indent_out(h); // at 0 it stays at 0
+    log_indent_in(h);
+    log_indent_in(h);
+    log_info(h, "two steps\nstill two");
+    log_trace(h, "trace %1", "too");
+    log_warning(h, "warning");
+    log_error(h, "error");
+    log_info_sub(h, "sub %1 %2", "a", "b");
+    log_indent_out(h);
+    log_indent_out(h);
+    log_info(h, "back");
+    EXPECT_EQ(bodies(),
+              (std::vector<std::string>{"Mirrack|     two steps", "Mirrack|     still two",
+                                        "Mirrack|     trace too", "Mirrack| WARN|warning",
+                                        "Mirrack| ERR |error", "Mirrack|   sub a b", "Mirrack| back"}));
+}
+
+TEST_F(log_file_test, indent_belongs_to_the_thread) {
+    const auto& h = logging::tool_logger();
+    log_indent_in(h);
+    long other_id = 0;
+    std::thread other([&] {
+        other_id = ::gettid();
+        log_info(h, "other thread");
+    });
+    other.join();
+    log_info(h, "this thread");
+    log_indent_out(h);
+    const auto lines = file_lines(log_path_);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(body(lines[0], other_id), "Mirrack| other thread");
+    EXPECT_EQ(body(lines[1]), "Mirrack|   this thread");
+}
+
+TEST_F(log_file_test, lines_of_a_message_stay_together_under_concurrent_writers) {
+    constexpr int threads = 4;
+    constexpr int messages = 200;
+    std::vector<std::thread> writers;
+    for (int t = 0; t < threads; ++t)
+        writers.emplace_back([t] {
+            for (int m = 0; m < messages; ++m) {
+                const std::string id = std::to_string(t) + "/" + std::to_string(m);
+                log_error(logging::lib_logger(), id + "\n" + id + "\n" + id);
+            }
+        });
+    for (auto& w : writers)
+        w.join();
+    const auto lines = file_lines(log_path_);
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(threads * messages * 3));
+    for (std::size_t i = 0; i < lines.size(); i += 3) {
+        const std::string first = lines[i].substr(lines[i].find("ERR |") + 5);
+        EXPECT_EQ(lines[i + 1].substr(lines[i + 1].find(">>  |") + 5), first);
+        EXPECT_EQ(lines[i + 2].substr(lines[i + 2].find(">>  |") + 5), first);
+    }
+}
+
+TEST(log_receiver, nothing_is_written_or_queued_before_a_receiver_and_a_message_is_one_write) {
+    logging::log_t log;
+    const logging::format::line_format_t format("x");
+    log.write(logging::level_info, 0, &format, "lost");
+    auto receiver = std::make_shared<memory_receiver>();
+    log.install(receiver, false);
+    log.write(logging::level_info, 0, nullptr, "no format, no line");
+    log.write(logging::level_error, 0, &format, "first\nsecond");
+    ASSERT_EQ(receiver->writes.size(), 1u);
+    const std::string& text = receiver->writes[0];
+    EXPECT_NE(text.find("x| ERR |first\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("x| >>  |second\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("lost"), std::string::npos);
+}
+
+TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
+    const std::time_t moment = 1794806578;
+    std::tm parts{};
+    ASSERT_NE(::localtime_r(&moment, &parts), nullptr);
+    char expected[64];
+    std::strftime(expected, sizeof expected, "[%d.%m.%Y %H:%M:%S] ", &parts);
+    EXPECT_EQ(logging::format::timestamp_text(moment), expected);
+    EXPECT_EQ(logging::format::timestamp_text(std::numeric_limits<std::time_t>::max()), "TIME ---");
+}
+
+TEST(log_line_layout, short_layout_shows_level_words_and_two_digits_of_the_thread) {
+    logging::format::message_head_t head{"TS ", 123456, 1, "ignored| ", "\n"};
+    EXPECT_EQ(logging::format::message_text(head, logging::level_warning, 1, "a\nb"),
+              "TS <56> Warning    a\nTS <56> Warning    b\n");
+    head.thread_id = 7;
+    EXPECT_EQ(logging::format::message_text(head, logging::level_trace, 0, "t"), "TS < 7> Info     t\n");
+    EXPECT_EQ(logging::format::message_text(head, logging::level_error, 0, "e"), "TS < 7> Error    e\n");
+    head.mode = 0;
+    head.thread_id = 1234567;
+    EXPECT_EQ(logging::format::message_text(head, logging::level_info, 0, "wide"),
+              "TS <1234567> ignored| wide\n");
+}

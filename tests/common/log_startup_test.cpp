@@ -1,0 +1,124 @@
+// Start of the common library: which file becomes the log, the banner, the end of the library context.
+#include "log_test_support.h"
+
+#include "common/format/format.h"
+#include "common/logging/startup.h"
+
+#include <cstdlib>
+
+namespace fs = std::filesystem;
+using log_test::body;
+using log_test::file_lines;
+
+namespace {
+
+class scoped_env {
+public:
+    scoped_env(const char* name, const std::string& value) : name_(name) {
+        if (const char* old = std::getenv(name))
+            old_ = old;
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~scoped_env() {
+        if (old_)
+            ::setenv(name_, old_->c_str(), 1);
+        else
+            ::unsetenv(name_);
+    }
+
+private:
+    const char* name_;
+    std::optional<std::string> old_;
+};
+
+// A simulated host whose registry names the log directory.
+fs::path host_with_log_directory(const fs::path& folder, const std::string& log_directory) {
+    const fs::path host = folder / "host";
+    fs::create_directories(host);
+    std::ofstream(host / "host.xml")
+        << "<Host name=\"T\"><Registry><Key path=\"SOFTWARE\\Orlix\\Orlix Keepsafe\">"
+           "<Value name=\"LogDirectory\" type=\"REG_SZ\" data=\""
+        << log_directory << "\"/></Key></Registry></Host>";
+    return host;
+}
+
+class log_startup_test : public ::testing::Test {
+protected:
+    void TearDown() override {
+        logging::main_log()->install(nullptr, false);
+        fs::remove_all(folder_);
+    }
+    fs::path folder_ = log_test::fresh_folder("startup");
+};
+
+} // namespace
+
+TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_directory) {
+    scoped_env data("MIRRACK_DATA_DIR", "/data");
+    using logging::log_path_from_arguments;
+    EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"--pipemode", L"-LOG", L"D:\\x.log", L"-p"}),
+              L"D:\\x.log");
+    EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"-log"}),
+              L"/data\\Orlix\\Backup\\\\Mirrack.log");
+    EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"/data\\Orlix\\Backup\\\\Mirrack.log");
+
+    scoped_env host("MIRRACK_HOST", host_with_log_directory(folder_, "C:\\Logs\\").string());
+    EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"C:\\Logs\\\\Mirrack.log");
+}
+
+TEST_F(log_startup_test, verbose_token_is_noted_without_regard_to_case) {
+    const std::string path = (folder_ / "v.log").string();
+    testing::internal::CaptureStdout();
+    logging::start_common_library("Mirrack.log", {L"prog", L"-VERBOSE", L"-log", from_utf8(path)});
+    EXPECT_TRUE(logging::verbose_requested());
+    logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(path)});
+    EXPECT_FALSE(logging::verbose_requested());
+    testing::internal::GetCapturedStdout();
+}
+
+TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_fallback_folder) {
+    std::ofstream(folder_ / "plain") << "a file where a folder should be";
+    scoped_env host("MIRRACK_HOST",
+                    host_with_log_directory(folder_, (folder_ / "plain" / "logs").string()).string());
+    scoped_env data("MIRRACK_DATA_DIR", (folder_ / "data").string());
+    testing::internal::CaptureStdout();
+    const std::string path = logging::start_common_library("Mirrack.log", {L"prog"});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "LOG: Initializing log file ...\n");
+    EXPECT_EQ(path, (folder_ / "plain" / "logs").string() + "\\Mirrack.log");
+    EXPECT_EQ(logging::main_log()->receiver()->path(),
+              (folder_ / "data").string() + "\\Orlix\\Backup\\Mirrack.log");
+    EXPECT_TRUE(fs::exists(folder_ / "data" / "Orlix" / "Backup" / "Mirrack.log"));
+}
+
+TEST_F(log_startup_test, banner_tells_program_and_system) {
+    const fs::path log = folder_ / "banner.log";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())}),
+              log.string());
+    testing::internal::GetCapturedStdout();
+    const auto lines = file_lines(log);
+    ASSERT_EQ(lines.size(), 9u);
+    EXPECT_EQ(body(lines[0]), "");
+    EXPECT_EQ(body(lines[1]), std::string(77, '='));
+    EXPECT_EQ(body(lines[2]), "{");
+    EXPECT_EQ(body(lines[3]),
+              "  Path to the executable module:" + fs::read_symlink("/proc/self/exe").string());
+    EXPECT_EQ(body(lines[4]), "  Module version:1.0.0.0");
+    EXPECT_TRUE(std::regex_match(body(lines[5]), std::regex(R"(  OS version: \d+\.\d+)"))) << lines[5];
+    EXPECT_TRUE(std::regex_match(body(lines[6]), std::regex(R"(  OS build: \d+)"))) << lines[6];
+    EXPECT_EQ(body(lines[7]).rfind("  OS description: ", 0), 0u);
+    EXPECT_EQ(body(lines[8]), "}");
+}
+
+TEST_F(log_startup_test, library_context_ends_at_process_exit_with_its_last_line) {
+    const fs::path log = folder_ / "exit.log";
+    EXPECT_EXIT(
+        {
+            logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())});
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+    const auto lines = file_lines(log);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.back().substr(lines.back().find("> ") + 2), "Clearing collection of cout multiplexors.");
+}

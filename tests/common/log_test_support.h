@@ -1,0 +1,94 @@
+// A log of the process pointed at a fresh file of its own, read back line by line.
+#pragma once
+
+#include "common/logging/log.h"
+#include "common/logging/log_file_receiver.h"
+#include "common/logging/log_install.h"
+#include "common/logging/log_rotation.h"
+#include "common/logging/log_t.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace log_test {
+
+inline std::filesystem::path fresh_folder(const std::string& purpose) {
+    static std::atomic<int> counter{0};
+    auto folder = std::filesystem::temp_directory_path() /
+                  ("mirrack-" + purpose + "-" + std::to_string(::getpid()) + "-" + std::to_string(++counter));
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    return folder;
+}
+
+inline std::string read_file(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Lines of a log file without their CR LF ends; a carriage return inside a line stays.
+inline std::vector<std::string> file_lines(const std::filesystem::path& path) {
+    const std::string text = read_file(path);
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = text.find("\r\n", start);
+        EXPECT_NE(end, std::string::npos) << "line without CR LF: " << text.substr(start);
+        if (end == std::string::npos)
+            break;
+        lines.push_back(text.substr(start, end - start));
+        start = end + 2;
+    }
+    return lines;
+}
+
+// What follows the time stamp and the thread head; checks both on the way.
+inline std::string body(const std::string& line, long thread_id = ::gettid()) {
+    static const std::regex head(R"(^\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <( *)(\d+)> )");
+    std::smatch match;
+    if (!std::regex_search(line, match, head)) {
+        ADD_FAILURE() << "no line head: " << line;
+        return line;
+    }
+    EXPECT_EQ(match[1].length() + match[2].length(), 6) << line;
+    EXPECT_EQ(std::stol(match[2].str()), thread_id) << line;
+    return match.suffix().str();
+}
+
+class log_file_test : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fresh_folder("log");
+        log_path_ = folder_ / "Mirrack.log";
+        logging::install_log_file(log_path_.string());
+    }
+
+    void TearDown() override {
+        logging::main_log()->install(nullptr, false);
+        logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
+        std::filesystem::remove_all(folder_);
+    }
+
+    std::vector<std::string> bodies() const {
+        std::vector<std::string> result;
+        for (const auto& line : file_lines(log_path_))
+            result.push_back(body(line));
+        return result;
+    }
+
+    std::filesystem::path folder_;
+    std::filesystem::path log_path_;
+};
+
+} // namespace log_test
