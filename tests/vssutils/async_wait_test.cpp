@@ -54,8 +54,10 @@ TEST(AsyncWait, AnEventSetDuringTheWaitCancelsThePendingOperation) {
     CWinEventTestCancelCallback probe(event);
     auto async = start_operation(gathered_backup());
 
-    std::thread stopper([event] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    // Set only once the operation has been seen pending, so that the cancel comes between polls.
+    std::thread stopper([event, &host] {
+        while (journal_count(host, "QueryStatus", "GatherWriterStatus") == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         event->set();
     });
     bool finished = wait(async, &probe);
