@@ -7,7 +7,9 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -250,6 +252,29 @@ void state_store_t::remove_abandoned_shadows() const {
     }
     if (kept.size() != records.size())
         save_shadows(kept);
+    remove_leftovers(kept);
+}
+
+// Folders that no record owns: removals and imports that a dying process left half done.
+void state_store_t::remove_leftovers(const std::vector<shadow_record_t>& live) const {
+    std::error_code ec;
+    for (fs::directory_iterator it(state_dir_ / "shadows", ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        bool leftover = false;
+        if (name.rfind(".removing-", 0) == 0) {
+            leftover = true;
+        } else if (name.rfind(".incoming-", 0) == 0) {
+            leftover = !is_alive({std::atoi(name.c_str() + 10), 0});
+        } else if (name.find_first_not_of("0123456789") == std::string::npos) {
+            const auto number = static_cast<unsigned>(std::stoul(name));
+            leftover = std::none_of(live.begin(), live.end(),
+                                    [&](const shadow_record_t& s) { return s.number == number; });
+        }
+        if (leftover) {
+            std::error_code ignored;
+            fs::remove_all(it->path(), ignored);
+        }
+    }
 }
 
 } // namespace hostsim

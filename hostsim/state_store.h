@@ -79,6 +79,8 @@ public:
     void remove_abandoned_shadows() const;
 
 private:
+    void remove_leftovers(const std::vector<shadow_record_t>& live) const;
+
     std::filesystem::path host_dir_;
     std::filesystem::path state_dir_;
     int journal_fd_ = -1;

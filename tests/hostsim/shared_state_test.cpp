@@ -140,9 +140,14 @@ TEST(SharedState, ShadowCopiesOfAProcessThatDiedGoWhenTheHostIsOpenedNext) {
     const auto folder = host.shadow_dir(std::stoul(shadows[0]));
     ASSERT_TRUE(std::filesystem::exists(folder));
 
+    host.write("state/shadows/.removing-77/half-removed", "x");
+    host.write("state/shadows/78/never-recorded", "x");
+
     // This process opens the host for the first time.
     EXPECT_TRUE(hostsim::host_selected());
     EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_FALSE(std::filesystem::exists(host.dir() / "state/shadows/.removing-77"));
+    EXPECT_FALSE(std::filesystem::exists(host.shadow_dir(78))) << "a folder that no record owns";
     EXPECT_TRUE(host.state_lines("shadows.txt").empty());
     EXPECT_TRUE(journal_has(host, "RemoveAbandonedShadowCopy", shadows[0].substr(0, shadows[0].find('\t'))));
 }
