@@ -35,16 +35,6 @@ DWORD wait_for_release(void* argument) {
     return wait_for_object(release->handle(), wait_infinite) == wait_object_0 ? 7 : 8;
 }
 
-struct unwind_probe_t {
-    std::atomic<bool>* unwound;
-    ~unwind_probe_t() { unwound->store(true); }
-};
-
-DWORD end_as_crashed(void* argument) {
-    unwind_probe_t probe{static_cast<std::atomic<bool>*>(argument)};
-    exit_current_thread(crashed_thread_exit_code);
-}
-
 DWORD throw_from_routine(void*) {
     throw std::runtime_error("boom");
 }
@@ -109,15 +99,6 @@ TEST(WorkerThread, DestructorWaitsForTheRoutine) {
         release.set();
     }
     EXPECT_TRUE(finished.load());
-}
-
-TEST(WorkerThread, EndedThreadShowsTheCrashCodeAndUnwinds) {
-    std::atomic<bool> unwound{false};
-    win_thread_t thread(&end_as_crashed, &unwound, "Crashing");
-    thread.stop_wait();
-    EXPECT_EQ(thread.exit_code(), 0xFFFFFFFFu);
-    EXPECT_TRUE(unwound.load());
-    EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(thread.thread_id()), nullptr);
 }
 
 TEST(WorkerThread, CrashFrameTurnsAnEscapedFailureIntoTheCrashCode) {

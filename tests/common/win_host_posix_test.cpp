@@ -9,9 +9,25 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 using namespace win;
 
 namespace {
+
+// MIRRACK_HOST set to a folder with the given host.xml, unset again at the end.
+class selected_host_t {
+public:
+    explicit selected_host_t(const std::string& host_xml) {
+        std::ofstream(tree_.root() / "host.xml") << host_xml;
+        ::setenv("MIRRACK_HOST", tree_.root().c_str(), 1);
+    }
+    ~selected_host_t() { ::unsetenv("MIRRACK_HOST"); }
+    const win_test::temp_tree_t& tree() const { return tree_; }
+
+private:
+    win_test::temp_tree_t tree_;
+};
 
 const char* const host_xml = R"(<Host name="T">
   <Registry>
@@ -35,7 +51,7 @@ protected:
         host.tree().add_file("volumes/c/VMs/faulty/a.vhdx");
         host.tree().add_file("volumes/c/VMs/faulty/b.vhdx");
     }
-    win_test::selected_host_t host;
+    selected_host_t host;
 };
 
 const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";

@@ -2,7 +2,6 @@
 // host selected for the length of a test.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -44,20 +43,6 @@ public:
 
 private:
     std::filesystem::path root_;
-};
-
-// MIRRACK_HOST set to a folder with the given host.xml, unset again at the end.
-class selected_host_t {
-public:
-    explicit selected_host_t(const std::string& host_xml) {
-        std::ofstream(tree_.root() / "host.xml") << host_xml;
-        ::setenv("MIRRACK_HOST", tree_.root().c_str(), 1);
-    }
-    ~selected_host_t() { ::unsetenv("MIRRACK_HOST"); }
-    const temp_tree_t& tree() const { return tree_; }
-
-private:
-    temp_tree_t tree_;
 };
 
 } // namespace win_test
