@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 namespace logging::format {
 
 // What every line of one message shares.
 struct message_head_t {
-    std::string timestamp; // "[dd.mm.yyyy hh:mm:ss] ", or "TIME ---"
+    std::string_view timestamp; // "[dd.mm.yyyy hh:mm:ss] ", or "TIME ---"
     std::uint32_t thread_id = 0;
-    std::uint32_t mode = 0; // 0: the tool's layout; else the short layout without prefix
-    std::string prefix;     // of the handle's line format
-    std::string eol;        // of the receiver
+    std::uint32_t mode = 0;  // 0: the tool's layout; else the short layout without prefix
+    std::string_view prefix; // of the handle's line format
+    std::string_view eol;    // of the receiver
 };
 
 // "[16.11.2026 05:22:58] " in local time; "TIME ---" when the moment has no local time.

@@ -16,12 +16,18 @@ void log_t::write(int level, std::int32_t indent, const format::line_format_t* f
     std::lock_guard<std::recursive_mutex> guard(lock_);
     if (disabled_ != 0 || !receiver_ || format == nullptr)
         return;
+    const std::time_t now = std::time(nullptr);
+    if (now != stamp_moment_) {
+        stamp_text_ = format::timestamp_text(now);
+        stamp_moment_ = now;
+    }
+    const std::string eol = receiver_->eol();
     format::message_head_t head;
-    head.timestamp = format::timestamp_text(std::time(nullptr));
+    head.timestamp = stamp_text_;
     head.thread_id = win::current_thread_id();
     head.mode = format_mode_;
     head.prefix = format->prefix;
-    head.eol = receiver_->eol();
+    head.eol = eol;
     // One write per message: the lines of a message never mix with another thread's.
     receiver_->write(format::message_text(head, level, indent, message));
     if (size_check_ != 0)

@@ -4,6 +4,7 @@
 #include "common/logging/log.h"
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -56,6 +57,9 @@ private:
     std::uint8_t disabled_ = 0;
     std::uint8_t size_check_ = 0;
     std::int32_t line_counter_ = 0;
+    // The time stamp changes once a second; it is made anew only then.
+    std::time_t stamp_moment_ = -1;
+    std::string stamp_text_;
 };
 
 // The process-wide log of the tool, and the second one that serves the debug receiver.
