@@ -14,7 +14,9 @@
 #include <cstring>
 #include <thread>
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -159,6 +161,21 @@ int try_connect(int fd, const sockaddr_un& address) {
     return 0;
 }
 
+// The name's lock, held by the server that owns the name for as long as it lives. It
+// tells a live server without knocking on its socket: a knock would be taken for the
+// client that the live server is waiting for.
+int lock_name(const std::string& directory, const std::string& name) {
+    const std::string locks = directory + "/.locks";
+    if (::mkdir(locks.c_str(), 0700) != 0 && errno != EEXIST)
+        fail(errno);
+    fd_t lock(::open((locks + "/" + name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (lock.get() < 0)
+        fail(errno);
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
+        fail_with(errno == EWOULDBLOCK ? ERROR_PIPE_BUSY : win32_code_of_errno(errno));
+    return lock.release();
+}
+
 // A socket file that nobody answers on is what a server that died leaves behind.
 void remove_stale_socket(const std::string& path, const sockaddr_un& address) {
     struct stat info {};
@@ -197,6 +214,7 @@ bool any_signalled(const std::vector<std::shared_ptr<win::win_manual_reset_event
 
 struct pipe_channel_t {
     std::string socket_path;
+    fd_t name_lock;
     fd_t listener;
     fd_t connection;
     bool owns_path = false;
@@ -287,6 +305,7 @@ std::shared_ptr<pipe_channel_t> bind_server_channel(const std::wstring& full_pat
     channel->socket_path = socket_path_of(full_path);
     const sockaddr_un address = socket_address(channel->socket_path);
     ensure_private_directory(directory, configured_pipe_directory() == nullptr);
+    channel->name_lock.reset(lock_name(directory, socket_name_of(full_path)));
     remove_stale_socket(channel->socket_path, address);
 
     channel->listener.reset(new_socket());

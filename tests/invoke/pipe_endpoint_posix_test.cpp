@@ -55,10 +55,18 @@ TEST(PipeEndpointPosix, ALiveServerKeepsItsNameAStaleSocketDoesNot) {
                   "Failed to create named pipe '" + std::string(path.begin(), path.end()) + "'.");
     }
 
+    // The attempt left the live server alone: its client is still the first to come.
+    const auto client = connect_client_channel(path, 1000);
+    ASSERT_EQ(wait_for_client(*first, {}, 1000), client_wait_t::connected);
+    ASSERT_TRUE(WriteWholeMessage(*client, byte_buffer_t{7}));
+    byte_buffer_t message;
+    ASSERT_TRUE(ReadWholeMessage(*first, message));
+    EXPECT_EQ(message, byte_buffer_t{7});
+
     const std::wstring stale = pipe_test::fresh_pipe_path();
     leave_stale_socket(socket_of(stale));
     const auto server = create_server_channel(stale);
-    const auto client = connect_client_channel(stale, 1000);
+    const auto stale_client = connect_client_channel(stale, 1000);
     EXPECT_EQ(wait_for_client(*server, {}, 1000), client_wait_t::connected);
 }
 
