@@ -52,30 +52,6 @@ TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
     EXPECT_EQ(numbered_log_name("dot.", 2), "dot.2");
 }
 
-TEST(log_file_names, folder_containment_compares_components_without_case) {
-    using logging::receiver::lies_under_folder;
-    EXPECT_TRUE(lies_under_folder("c:\\logs\\sub\\Mirrack.log", "C:\\Logs\\"));
-    EXPECT_TRUE(lies_under_folder("C:/Logs//Mirrack.log", "C:\\LOGS"));
-    EXPECT_FALSE(lies_under_folder("C:\\LogsOld\\Mirrack.log", "C:\\Logs\\"));
-    EXPECT_FALSE(lies_under_folder("C:\\Mirrack.log", "C:\\Logs\\Deep\\"));
-}
-
-TEST(log_file_ageing, names_move_one_age_up_and_the_last_age_is_dropped) {
-    const fs::path folder = log_test::fresh_folder("ageing");
-    const std::string archive = (folder / "Mirrack.log.gz").string();
-    write_file(archive, "newest");
-    write_file(aged_name(archive, "gz", 1), "one");
-    write_file(aged_name(archive, "gz", 3), "three");
-    write_file(aged_name(archive, "gz", 4), "four");
-    logging::receiver::age_file(archive, "gz", 4);
-    EXPECT_FALSE(fs::exists(archive));
-    EXPECT_EQ(read_file(aged_name(archive, "gz", 1)), "newest");
-    EXPECT_EQ(read_file(aged_name(archive, "gz", 2)), "one");
-    EXPECT_FALSE(fs::exists(aged_name(archive, "gz", 3)));
-    EXPECT_EQ(read_file(aged_name(archive, "gz", 4)), "three");
-    fs::remove_all(folder);
-}
-
 TEST_F(log_file_test, rotation_starts_at_the_real_limit) {
     EXPECT_EQ(logging::receiver::log_size_limit, 15728640u);
     auto receiver = logging::main_log()->receiver();

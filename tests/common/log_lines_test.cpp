@@ -62,23 +62,18 @@ TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
                                         "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
 }
 
-TEST_F(log_file_test, system_text_of_an_error_leaves_its_carriage_return_and_an_empty_line) {
+TEST_F(log_file_test, exception_lines_keep_the_system_text_as_it_stands) {
     log_exception(logging::tool_logger(), exc::win_sys_exc_t("Cannot create folder.", 5));
+    log_exception(logging::tool_logger(), no_text_exception());
+    log_exception(logging::tool_logger(), "Context %1.", "A", no_text_exception());
     const auto lines = bodies();
-    ASSERT_EQ(lines.size(), 3u);
+    ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines[0].rfind("Mirrack| ERR |", 0), 0u);
     EXPECT_EQ(lines[0].back(), '\r');
     EXPECT_EQ(lines[1], "Mirrack| >>  |");
     EXPECT_EQ(lines[2], "Mirrack| >>  |Cannot create folder.");
-}
-
-TEST_F(log_file_test, exception_without_text) {
-    const auto& h = logging::lib_logger();
-    log_exception(h, no_text_exception());
-    log_exception(h, "Context %1.", "A", no_text_exception());
-    log_warning_exception(h, "Careful.", exc::runtime_exc_t("cause"));
-    EXPECT_EQ(bodies(), (std::vector<std::string>{"ERR |Exception message is not available.",
-                                                  "ERR |Context A.", "WARN|Careful.", ">>  |cause"}));
+    EXPECT_EQ(lines[3], "Mirrack| ERR |Exception message is not available.");
+    EXPECT_EQ(lines[4], "Mirrack| ERR |Context A.");
 }
 
 TEST_F(log_file_test, indent_steps_are_two_blanks_and_warnings_stand_at_the_margin) {

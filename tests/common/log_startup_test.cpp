@@ -66,16 +66,6 @@ TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_director
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"C:\\Logs\\\\Mirrack.log");
 }
 
-TEST_F(log_startup_test, verbose_token_is_noted_without_regard_to_case) {
-    const std::string path = (folder_ / "v.log").string();
-    testing::internal::CaptureStdout();
-    logging::start_common_library("Mirrack.log", {L"prog", L"-VERBOSE", L"-log", from_utf8(path)});
-    EXPECT_TRUE(logging::verbose_requested());
-    logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(path)});
-    EXPECT_FALSE(logging::verbose_requested());
-    testing::internal::GetCapturedStdout();
-}
-
 TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_fallback_folder) {
     std::ofstream(folder_ / "plain") << "a file where a folder should be";
     scoped_env host("MIRRACK_HOST",
@@ -93,8 +83,10 @@ TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_
 TEST_F(log_startup_test, banner_tells_program_and_system) {
     const fs::path log = folder_ / "banner.log";
     testing::internal::CaptureStdout();
-    EXPECT_EQ(logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())}),
+    EXPECT_EQ(logging::start_common_library("Mirrack.log",
+                                            {L"prog", L"-log", from_utf8(log.string()), L"-VERBOSE"}),
               log.string());
+    EXPECT_TRUE(logging::verbose_requested());
     testing::internal::GetCapturedStdout();
     const auto lines = file_lines(log);
     ASSERT_EQ(lines.size(), 9u);
