@@ -12,8 +12,10 @@ namespace logging::receiver {
 
 namespace {
 
+// A bare file name lies in the current folder, which is there already.
 void create_folder(const std::string& folder) {
-    win::create_folder(from_utf8(folder));
+    if (!folder.empty())
+        win::create_folder(from_utf8(folder));
 }
 
 // The folder of the log exists afterwards; a configured folder that cannot be made gives way to the
