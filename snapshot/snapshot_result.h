@@ -1,0 +1,26 @@
+// What a snapshot task leaves for the server once the snapshot stands: the
+// documents and each VM's files on the shadow copies. It is a copy, made once,
+// and it outlives the snapshot itself.
+#pragma once
+
+#include "invoke/files_list.h"
+#include "snapshot/snapshot_info.h"
+#include "vssutils/writer_metadata.h"
+
+#include <map>
+#include <memory>
+#include <string>
+
+class CVssSnapshotResult {
+public:
+    using VmFilesMap = std::map<GUID, ItemsList, VSSUtils::VssIdLess>;
+
+    CVssSnapshotResult(std::shared_ptr<impl::CSnapshotInfo> info, VmFilesMap vmFiles)
+        : info(std::move(info)), vmFiles(std::move(vmFiles)) {}
+
+    // The items list document of the VM; a VM outside the task fails.
+    std::wstring ListVmFiles(const GUID& vmId) const;
+
+    const std::shared_ptr<impl::CSnapshotInfo> info;
+    const VmFilesMap vmFiles;
+};
