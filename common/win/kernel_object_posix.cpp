@@ -33,21 +33,22 @@ void kernel_object_t::release() noexcept {
         delete this;
 }
 
+// Never destroyed: a detached thread may still signal while the process exits.
 std::mutex& signal_mutex() noexcept {
-    static std::mutex mutex;
-    return mutex;
+    static auto* mutex = new std::mutex;
+    return *mutex;
 }
 
 std::condition_variable& signal_condition() noexcept {
-    static std::condition_variable condition;
-    return condition;
+    static auto* condition = new std::condition_variable;
+    return *condition;
 }
 
 void waitable_object_t::set_signalled(bool signalled) {
-    {
-        std::lock_guard<std::mutex> guard(signal_mutex());
-        signalled_ = signalled;
-    }
+    std::lock_guard<std::mutex> guard(signal_mutex());
+    signalled_ = signalled;
+    // Under the lock: no waiter can see the state and move on before the
+    // notification is through.
     if (signalled)
         signal_condition().notify_all();
 }
