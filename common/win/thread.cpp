@@ -1,5 +1,6 @@
 #include "common/win/thread.h"
 
+#include "common/crash/thread_frame.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
@@ -12,7 +13,7 @@ namespace win {
 
 namespace {
 
-std::atomic<thread_frame_t> g_thread_frame{nullptr};
+std::atomic<thread_frame_t> g_thread_frame{&crash::thread_crash_frame};
 
 std::string id_text(DWORD id) {
     return num_to_string(static_cast<std::uint64_t>(id));

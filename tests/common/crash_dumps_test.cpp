@@ -1,0 +1,150 @@
+// Crash dumps: their names, the pruning of old ones, the failures that leave no
+// dump, and the crash handlers that run in any case.
+#include "common/crash/crash_filter.h"
+#include "common/crash/dump_naming.h"
+#include "common/crash/dump_type.h"
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "crash_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+namespace {
+
+using crash_test::dump_folder_test;
+
+std::string next_name(const std::filesystem::path& folder, const std::string& extension = "txt") {
+    const std::wstring path = crash::next_dump_path(folder.string(), "RZ", extension);
+    return std::filesystem::path(to_utf8(path.substr(path.find_last_of(L"\\/") + 1))).string();
+}
+
+class counting_handler_t : public crash::deinit_handler_t {
+public:
+    explicit counting_handler_t(std::atomic<int>& runs, bool fails = false) : runs_(runs), fails_(fails) {}
+    void execute() override {
+        ++runs_;
+        if (fails_)
+            throw std::runtime_error("handler broke");
+    }
+
+private:
+    std::atomic<int>& runs_;
+    bool fails_;
+};
+
+// A handler sequence of the test's own in place of the process's, restored afterwards.
+class handler_sequence_t {
+public:
+    handler_sequence_t() : saved_(crash::crash_context().deinit_seq) {
+        crash::crash_context().deinit_seq = sequence;
+    }
+    ~handler_sequence_t() { crash::crash_context().deinit_seq = saved_; }
+    std::shared_ptr<crash::deinit_seq_t> sequence = std::make_shared<crash::deinit_seq_t>();
+
+private:
+    std::shared_ptr<crash::deinit_seq_t> saved_;
+};
+
+} // namespace
+
+TEST_F(dump_folder_test, FirstDumpIsNumberZeroAndNumbersFillTheLowestGap) {
+    EXPECT_EQ(next_name(dumps_), "RZ_crash_0.txt");
+    add_old_dump("RZ_crash_0.txt", 3);
+    add_old_dump("rz_CRASH_1.TXT", 2); // names compare without regard to case
+    add_old_dump("RZ_crash_3.txt", 1);
+    add_old_dump("RZ_crash_2.mdmp", 1); // another kind of dump takes no number of this one
+    EXPECT_EQ(next_name(dumps_), "RZ_crash_2.txt");
+}
+
+TEST_F(dump_folder_test, TwentyDumpsLoseTheOldestAndItsNumberIsTakenAgain) {
+    for (int id = 0; id < 20; ++id)
+        add_old_dump("RZ_crash_" + std::to_string(id) + ".txt", id == 7 ? 100 : 50 - id);
+    EXPECT_EQ(next_name(dumps_), "RZ_crash_7.txt");
+    EXPECT_EQ(dump_names().size(), 19u);
+    EXPECT_TRUE(log_has("RZ_crash_7.txt] deleted."));
+    EXPECT_EQ(log_count("deleted."), 1u);
+}
+
+TEST_F(dump_folder_test, MoreThanTwentyDumpsArePrunedToNineteen) {
+    for (int id = 0; id < 23; ++id)
+        add_old_dump("RZ_crash_" + std::to_string(id + 1) + ".txt", 100 - id);
+    // The four oldest go: numbers 1 to 4, and 0 was never used.
+    EXPECT_EQ(next_name(dumps_), "RZ_crash_0.txt");
+    EXPECT_EQ(dump_names().size(), 19u);
+    EXPECT_FALSE(std::filesystem::exists(dumps_ / "RZ_crash_4.txt"));
+    EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_5.txt"));
+}
+
+TEST_F(dump_folder_test, FolderIsCreatedWithItsParents) {
+    const auto nested = dumps_ / "a" / "b";
+    EXPECT_EQ(next_name(nested), "RZ_crash_0.txt");
+    EXPECT_TRUE(std::filesystem::is_directory(nested));
+}
+
+TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlersInOrder) {
+    handler_sequence_t handlers;
+    std::atomic<int> runs{0};
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
+    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
+    EXPECT_EQ(runs.load(), 2);
+    ASSERT_EQ(dump_names().size(), 1u);
+    EXPECT_TRUE(log_has("Writing dump. Dump path: "));
+    EXPECT_TRUE(log_has("Executing crash handlers."));
+    EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
+}
+
+TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers) {
+    crash::crash_context().dump_folder.clear();
+    handler_sequence_t handlers;
+    std::atomic<int> runs{0};
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
+    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
+    EXPECT_EQ(runs.load(), 1);
+    EXPECT_TRUE(log_has("Invalid folder path: []."));
+    EXPECT_TRUE(log_has("Cannot create folder. Folder path: []."));
+    EXPECT_TRUE(log_has("Cannot define the name of the next crash dump. Dumps folder: []."));
+    EXPECT_TRUE(log_has("Cannot generate crash dump."));
+    EXPECT_TRUE(dump_names().empty());
+}
+
+TEST_F(dump_folder_test, FailingHandlerStopsTheRestAndStaysInsideTheFilter) {
+    handler_sequence_t handlers;
+    std::atomic<int> runs{0};
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs, true));
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
+    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
+    EXPECT_EQ(runs.load(), 1);
+    EXPECT_TRUE(log_has("Crash handlers cannot be executed."));
+    EXPECT_TRUE(log_has("handler broke"));
+    EXPECT_FALSE(log_has("Crash handlers were successfully executed."));
+}
+
+TEST_F(dump_folder_test, DisabledContextWritesNothingAndRunsNoHandler) {
+    handler_sequence_t handlers;
+    std::atomic<int> runs{0};
+    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
+    crash::crash_context().disabled = 1;
+    EXPECT_EQ(crash::crash_filter(nullptr, true), crash::execute_handler);
+    crash::crash_context().disabled = 0;
+    EXPECT_EQ(runs.load(), 0);
+    EXPECT_TRUE(dump_names().empty());
+}
+
+TEST(DumpType, KindAndSettingsChooseTheMinidumpType) {
+    crash::library_settings_t settings;
+    EXPECT_EQ(crash::dump_type(0, settings), 0u);
+    EXPECT_EQ(crash::dump_type(2, settings), 0x21907u);
+    EXPECT_EQ(crash::dump_type(1, settings), 0u);
+    settings.dump_type_text = "Full";
+    EXPECT_EQ(crash::dump_type(0, settings), 2u);
+    EXPECT_EQ(crash::dump_type(3, settings), 0u);
+    settings.dump_type_text = "full"; // the comparison is exact
+    EXPECT_EQ(crash::dump_type(0, settings), 0u);
+    settings.dump_kind_override = 6;
+    EXPECT_EQ(crash::dump_type(0, settings), 6u);
+    EXPECT_EQ(crash::dump_type(2, settings), 0x21907u);
+}

@@ -1,0 +1,97 @@
+// A worker that crashes: a text dump in the dump folder, the crash handlers,
+// the crash code for the waiter, and a process that goes on.
+#include "common/crash/crash_filter.h"
+#include "common/crash/thread_frame.h"
+#include "common/monitoring/thread_states.h"
+#include "common/win/thread.h"
+#include "crash_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+// Sanitizers take fatal signals for their own reports.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool signals_reach_the_frame = false;
+#else
+constexpr bool signals_reach_the_frame = true;
+#endif
+
+int* volatile null_pointer = nullptr;
+
+DWORD dereference_null(void*) {
+    *null_pointer = 1;
+    return 0;
+}
+
+DWORD throw_out_of_routine(void*) {
+    throw std::runtime_error("nobody caught this");
+}
+
+DWORD return_seven(void*) {
+    return 7;
+}
+
+class crashing_worker_test : public crash_test::dump_folder_test {
+protected:
+    void SetUp() override {
+        dump_folder_test::SetUp();
+        // Another test may have run its workers bare.
+        win::set_thread_frame(&crash::thread_crash_frame);
+    }
+
+    // Runs the routine on a worker to its end; the worker's exit code.
+    DWORD run_worker(win::thread_routine_t routine) {
+        win::win_thread_t worker(routine, nullptr, "Crasher");
+        worker.stop_wait();
+        worker_id_ = worker.thread_id();
+        EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(worker_id_), nullptr);
+        return worker.exit_code().value_or(0);
+    }
+
+    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
+
+    DWORD worker_id_ = 0;
+};
+
+} // namespace
+
+TEST_F(crashing_worker_test, NullDereferenceWritesADumpAndEndsOnlyThatThread) {
+    if (!signals_reach_the_frame)
+        GTEST_SKIP() << "the sanitizer runtime reports the fault itself and ends the process";
+    EXPECT_EQ(run_worker(&dereference_null), 0xFFFFFFFFu);
+    ASSERT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.txt"});
+    const std::string dump = dump_text("RZ_crash_0.txt");
+    EXPECT_NE(dump.find("Signal: 11 (SIGSEGV)"), std::string::npos) << dump;
+    EXPECT_NE(dump.find("Thread id: " + std::to_string(worker_id_) + ", role: Crasher"), std::string::npos)
+        << dump;
+    EXPECT_NE(dump.find("Backtrace:\n"), std::string::npos);
+    EXPECT_GT(std::count(dump.begin(), dump.end(), '\n'), 3) << "no frames in the backtrace";
+    EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
+
+    // The process goes on: a second crash is caught in the same way, and a sound worker runs.
+    EXPECT_EQ(run_worker(&dereference_null), 0xFFFFFFFFu);
+    EXPECT_EQ(dump_names().size(), 2u);
+    EXPECT_EQ(run_worker(&return_seven), 7u);
+}
+
+TEST_F(crashing_worker_test, EscapedExceptionIsACrashOfTheThread) {
+    EXPECT_EQ(run_worker(&throw_out_of_routine), 0xFFFFFFFFu);
+    ASSERT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.txt"});
+    EXPECT_NE(dump_text("RZ_crash_0.txt").find("Unhandled exception: nobody caught this"), std::string::npos);
+}
+
+TEST_F(crashing_worker_test, CrashWithoutDumpFolderStillEndsTheThreadWithTheCrashCode) {
+    crash::crash_context().dump_folder.clear();
+    EXPECT_EQ(run_worker(&throw_out_of_routine), 0xFFFFFFFFu);
+    EXPECT_TRUE(log_has("Cannot generate crash dump."));
+    EXPECT_TRUE(dump_names().empty());
+}
+
+TEST_F(crashing_worker_test, ThreadEndingItselfIsNoCrash) {
+    const DWORD code = run_worker([](void*) -> DWORD { win::exit_current_thread(5); });
+    EXPECT_EQ(code, 5u);
+    EXPECT_TRUE(dump_names().empty());
+}
