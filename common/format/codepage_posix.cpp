@@ -88,6 +88,13 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     out.reserve(text.size());
     std::size_t pos = 0;
     while (pos < text.size()) {
+        // Most of what crosses the pipe is ASCII: no need to run the decoder for it.
+        const auto lead = static_cast<unsigned char>(text[pos]);
+        if (lead < 0x80) {
+            out += static_cast<wchar_t>(lead);
+            ++pos;
+            continue;
+        }
         const std::optional<std::uint32_t> c = decode_at(text, pos);
         if (!c) {
             error = no_unicode_translation;

@@ -4,6 +4,8 @@
 #include "common/format/codepage.h"
 #include "common/format/format.h"
 
+#include <utility>
+
 namespace {
 
 using format_impl::code_page_t;
@@ -20,7 +22,7 @@ std::string narrow(code_page_t code_page, const std::wstring& text, const char* 
     std::optional<std::string> result = format_impl::wide_to_multibyte(code_page, input, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, error);
-    return *result;
+    return std::move(*result);
 }
 
 std::wstring widen(code_page_t code_page, const std::string& text, const char* failure) {
@@ -31,7 +33,7 @@ std::wstring widen(code_page_t code_page, const std::string& text, const char* f
     std::optional<std::wstring> result = format_impl::multibyte_to_wide(code_page, input, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, text, error);
-    return *result;
+    return std::move(*result);
 }
 
 } // namespace
