@@ -1,0 +1,174 @@
+// A simulated Hyper-V host made for one test, shared by the snapshot task's unit
+// tests and the tool's end-to-end tests: VMs on C:, on a cluster shared volume and
+// on an SMB share, and one VM nobody asks for. The host is selected through
+// MIRRACK_HOST for as long as the object lives.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace snapshot_test {
+
+inline const char local_vm[] = "A1000000-0000-4000-8000-000000000001";
+inline const char csv_vm[] = "A1000000-0000-4000-8000-000000000002";
+inline const char smb_vm[] = "A1000000-0000-4000-8000-000000000003";
+inline const char idle_vm[] = "A1000000-0000-4000-8000-000000000004";
+inline const char c_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\)";
+inline const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
+
+inline std::string hyperv_host_xml(const std::string& extra = "") {
+    return std::string(R"(<Host name="HV01">
+  <Environment><Var name="VmRoot" value="C:\VMs"/></Environment>
+  <Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\" dir="volumes/c" mount="C:\"/>
+  <Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\" dir="volumes/csv1"
+          mount="C:\ClusterStorage\Volume1\" csv="true"/>
+  <Share unc="\\fs01\vms\" root="\\fs01\vms\" dir="shares/fs01-vms"/>
+  <Provider id="{b5946137-7b9f-4925-af80-51abd60b20d5}" type="system"/>
+  <Provider id="{89300202-3cec-4981-9171-19f59559e0f2}" type="fileshare"/>
+  <Provider id="{400a2ff4-5eb1-44b0-8a05-1fcac0bcf9ff}" type="csv"/>
+  <Provider id="{7f1d0000-0000-0000-0000-00000000aaaa}" type="hardware" transportable="true"
+            volumes="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\"/>
+  <Writer id="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" instance="{0e2b0000-0000-0000-0000-000000000001}"
+          name="Microsoft Hyper-V VSS Writer">
+    <Component name="A1000000-0000-4000-8000-000000000001" type="1" logicalPath="">
+      <File path="C:\VMs\local\" spec="local.vhdx"/>
+      <File path="C:\VMs\local\" spec="gone.vhdx"/>
+      <File path="%VmRoot%\local\" spec="*.avhdx"/>
+      <File path="%VmRoot%\local\" spec="Snap*" recursive="true"/>
+      <File path="C:\VMs\nowhere\" spec="*.vhdx" recursive="true"/>
+    </Component>
+    <Component name="A1000000-0000-4000-8000-000000000002" type="1" logicalPath="Cluster">
+      <File path="C:\ClusterStorage\Volume1\csv\" spec="*" recursive="true"/>
+    </Component>
+    <Component name="A1000000-0000-4000-8000-000000000003" type="1">
+      <File path="\\fs01\vms\smb\" spec="smb.vhdx"/>
+    </Component>
+    <Component name="A1000000-0000-4000-8000-000000000004" type="1">
+      <File path="C:\VMs\idle\" spec="idle.vhdx"/>
+    </Component>
+  </Writer>
+  <Writer id="{e8132975-6f93-4464-a53e-1050253ae220}" instance="{0e2b0000-0000-0000-0000-000000000002}"
+          name="System Writer"/>
+)") + extra +
+           "</Host>\n";
+}
+
+// One VM of a backup specification.
+struct spec_vm_t {
+    spec_vm_t(std::string id, bool crashConsistent = false, std::vector<std::string> auxFiles = {})
+        : id(std::move(id)), crashConsistent(crashConsistent), auxFiles(std::move(auxFiles)) {}
+    std::string id;
+    bool crashConsistent = false;
+    std::vector<std::string> auxFiles;
+};
+
+// A specification of the VMs; tail goes inside HVBackupSpec (providers, Offhost, Settings).
+inline std::string spec_xml(const std::vector<spec_vm_t>& vms, const std::string& tail = "") {
+    std::string text = "<HVBackupSpec><VMs>";
+    for (const auto& vm : vms) {
+        text += "<VM id=\"" + vm.id + "\" crashConsistent=\"" + (vm.crashConsistent ? "1" : "0") + "\">";
+        for (const auto& aux : vm.auxFiles)
+            text += "<aux_file path=\"" + aux + "\"/>";
+        text += "</VM>";
+    }
+    return text + "</VMs>" + tail + "</HVBackupSpec>";
+}
+
+// The providers a host needs: system by default, CSV and file share by mount point.
+inline const char usual_providers[] = R"(<VSSProvider type="1" id="{00000000-0000-0000-0000-000000000000}"/>
+<volumes><volProvider type="5" id="{00000000-0000-0000-0000-000000000000}" volMountPoint="C:\ClusterStorage\Volume1"/>
+<volProvider type="4" id="{00000000-0000-0000-0000-000000000000}" volMountPoint="\\fs01\vms\"/></volumes>
+<Settings UseCsvVssWriter="true"/>)";
+
+inline std::vector<spec_vm_t> three_vms() {
+    return {{local_vm, false, {R"(C:\VMs\local\notes.txt)"}}, {csv_vm}, {smb_vm, true}};
+}
+
+class hyperv_host_t {
+public:
+    explicit hyperv_host_t(const std::string& extra = "") {
+        std::string pattern = (std::filesystem::temp_directory_path() / "mirrack-snapshot-XXXXXX").string();
+        dir_ = ::mkdtemp(pattern.data());
+        write("host.xml", hyperv_host_xml(extra));
+        write("volumes/c/VMs/local/local.vhdx", "local disk, before");
+        write("volumes/c/VMs/local/local_1.avhdx", "local checkpoint");
+        write("volumes/c/VMs/local/Disks/inner.avhdx", "not searched: Disks doesn't match the mask");
+        write("volumes/c/VMs/local/Snapfile.bin", "top");
+        write("volumes/c/VMs/local/Snapshots/Snap-a.vmrs", "a");
+        write("volumes/c/VMs/local/Snapshots/other.txt", "not matched");
+        write("volumes/c/VMs/local/Snapshots/Snapdeep/Snap-b.vmrs", "b");
+        write("volumes/c/VMs/local/Snapshots/Deep/Snap-c.vmrs", "not searched: Deep doesn't match");
+        write("volumes/c/VMs/local/notes.txt", "notes");
+        write("volumes/c/VMs/idle/idle.vhdx", "idle");
+        write("volumes/csv1/csv/csv.vhdx", "csv disk, before");
+        write("volumes/csv1/csv/Disks/data.vhdx", "csv data");
+        write("shares/fs01-vms/smb/smb.vhdx", "smb disk, before");
+        ::setenv("MIRRACK_HOST", dir_.c_str(), 1);
+    }
+    ~hyperv_host_t() {
+        ::unsetenv("MIRRACK_HOST");
+        std::error_code ignored;
+        std::filesystem::remove_all(dir_, ignored);
+    }
+    hyperv_host_t(const hyperv_host_t&) = delete;
+    hyperv_host_t& operator=(const hyperv_host_t&) = delete;
+
+    const std::filesystem::path& dir() const { return dir_; }
+
+    void write(const std::string& relative, const std::string& content) const {
+        std::filesystem::create_directories((dir_ / relative).parent_path());
+        std::ofstream(dir_ / relative, std::ios::binary | std::ios::trunc) << content;
+    }
+
+    std::vector<std::string> state_lines(const std::string& file) const {
+        std::ifstream in(dir_ / "state" / file);
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(in, line);)
+            if (!line.empty())
+                lines.push_back(line);
+        return lines;
+    }
+
+    // The op names of the journal, in order, each with its arguments joined by tabs.
+    std::vector<std::string> calls() const {
+        std::vector<std::string> ops;
+        for (const auto& line : state_lines("journal.txt"))
+            ops.push_back(line.substr(line.find('\t') + 1));
+        return ops;
+    }
+    std::size_t count(const std::string& op, const std::string& argument = "") const {
+        std::size_t found = 0;
+        for (const auto& call : calls())
+            if (call.rfind(op + "\t", 0) == 0 || call == op)
+                found += call.find(argument) != std::string::npos ? 1 : 0;
+        return found;
+    }
+    // Where op was first called in the journal, or npos.
+    std::size_t first_call(const std::string& op) const {
+        const auto all = calls();
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (all[i].substr(0, all[i].find('\t')) == op)
+                return i;
+        return std::string::npos;
+    }
+    // The op called right before the first call of op.
+    std::string call_before(const std::string& op) const {
+        const auto all = calls();
+        const std::size_t at = first_call(op);
+        return at == std::string::npos || at == 0 ? "" : all[at - 1].substr(0, all[at - 1].find('\t'));
+    }
+
+    // No shadow copy lives and no file of a cluster shared volume is prepared for backup.
+    bool is_clean() const { return state_lines("shadows.txt").empty() && state_lines("csv.txt").empty(); }
+
+private:
+    std::filesystem::path dir_;
+};
+
+} // namespace snapshot_test

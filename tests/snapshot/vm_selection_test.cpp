@@ -1,0 +1,68 @@
+// Which VMs a specification selects, and how a VM the writer doesn't know fails the task.
+#include "snapshot_test_support.h"
+
+#include "common/format/format.h"
+
+#include <gtest/gtest.h>
+
+using namespace snapshot_test;
+
+TEST(VmSelection, IdsMatchTheWritersNamesInAnyLetterCaseAndKeepTheWritersSpelling) {
+    hyperv_host_t host;
+    std::string lower = csv_vm;
+    for (auto& c : lower)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    auto snapshot = take_snapshot(spec_xml({lower}, usual_providers));
+    ASSERT_EQ(snapshot->GetVms().size(), 1u);
+    EXPECT_EQ(snapshot->GetVms().begin()->first, to_unicode(csv_vm));
+}
+
+TEST(VmSelection, CrashConsistentVmsAddNoComponentButTheirVolumes) {
+    hyperv_host_t host;
+    auto snapshot = take_snapshot(spec_xml({{local_vm, true}, {smb_vm, true}}, usual_providers));
+    EXPECT_EQ(host.count("AddComponent"), 0u);
+    EXPECT_EQ(host.count("AddToSnapshotSet"), 2u);
+    EXPECT_EQ(host.count("PrepareForBackup"), 1u);
+    EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
+}
+
+// Nothing stops the task before the snapshot: VSS itself refuses a set without volumes.
+TEST(VmSelection, AnEmptyListReadsNoComponentAndGoesOnWithAnEmptySet) {
+    hyperv_host_t host;
+    const auto lines = failure_lines([] { take_snapshot(spec_xml({}, usual_providers)); });
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.front(), "Failed to take VSS snapshot set");
+    EXPECT_EQ(host.count("GetComponent"), 0u);
+    EXPECT_EQ(host.count("AddToSnapshotSet"), 0u);
+    EXPECT_EQ(host.count("PrepareForBackup"), 1u);
+}
+
+struct missing_case_t {
+    const char* name;
+    std::vector<spec_vm_t> vms;
+    std::string listed;
+};
+
+class MissingVms : public ::testing::TestWithParam<missing_case_t> {};
+
+// The matched VMs go with the task: one missing VM fails the whole of it.
+TEST_P(MissingVms, FailTheTaskWithTheirIdsJoined) {
+    hyperv_host_t host;
+    log_capture_t log;
+    const auto lines = failure_lines([] { take_snapshot(spec_xml(GetParam().vms, usual_providers)); });
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{
+                  "There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: '" +
+                      GetParam().listed + "'.",
+                  "Failed to specify VMs that should be backed up."}));
+    EXPECT_EQ(log.count("Excluding VM from backup list"), GetParam().vms.size() - 1);
+    EXPECT_EQ(host.count("StartSnapshotSet"), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, MissingVms,
+                         ::testing::Values(missing_case_t{"Unknown", {{local_vm}, {"a"}, {"b"}}, "a;b"},
+                                           missing_case_t{"Braced",
+                                                          {{csv_vm}, {std::string("{") + local_vm + "}"}},
+                                                          std::string("{") + local_vm + "}"},
+                                           missing_case_t{"Twice", {{local_vm}, {local_vm}}, local_vm}),
+                         [](const auto& info) { return std::string(info.param.name); });

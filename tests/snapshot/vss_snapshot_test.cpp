@@ -1,0 +1,126 @@
+// A whole snapshot taken on the test's thread: what each VM's items say, where
+// they lead, and how an off-host snapshot differs.
+#include "snapshot_test_support.h"
+
+#include "common/format/format.h"
+#include "hostsim/host_access.h"
+#include "invoke/snapshot_ids.h"
+#include "spec/hv_backup_spec.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace snapshot_test;
+
+namespace {
+
+const std::wstring shadowPrefix = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
+
+// The item's fullPath below its shadow device, or the whole path if it isn't on one.
+std::wstring below_device(const std::wstring& fullPath) {
+    if (fullPath.rfind(shadowPrefix, 0) != 0)
+        return fullPath;
+    return fullPath.substr(fullPath.find(L'\\', shadowPrefix.size()) + 1);
+}
+
+std::string read_through(const std::wstring& windowsPath) {
+    auto local = hostsim::map_path(windowsPath);
+    std::ifstream in(local.value_or(""), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+struct item_t {
+    std::wstring path, mask;
+    std::uint32_t recursive;
+    std::wstring relativePath, belowDevice;
+    bool operator==(const item_t&) const = default;
+    bool operator<(const item_t& o) const { return relativePath < o.relativePath; }
+};
+
+std::vector<item_t> shown(const ItemsList& items) {
+    std::vector<item_t> seen;
+    for (const auto& item : items)
+        seen.push_back(
+            {item.path, item.mask, item.recursive, item.relativePath, below_device(item.fullPath)});
+    return seen;
+}
+
+} // namespace
+
+TEST(Snapshot, EachVmGetsItsFilesOnTheShadowCopiesInTheOrderOfFinding) {
+    hyperv_host_t host;
+    auto snapshot = take_snapshot(spec_xml(three_vms(), usual_providers));
+
+    const ItemsList local = items_of(*snapshot, local_vm);
+    ASSERT_EQ(local.size(), 7u);
+    for (const auto& item : local)
+        EXPECT_EQ(item.fullPath.rfind(shadowPrefix, 0), 0u) << to_ansi(item.fullPath);
+    // Direct files first, missing or not, as the writer words them.
+    EXPECT_EQ(shown({local[0], local[1], local[2]}),
+              (std::vector<item_t>{
+                  {L"C:\\VMs\\local\\", L"local.vhdx", 0, L"local.vhdx", L"VMs\\local\\local.vhdx"},
+                  {L"C:\\VMs\\local\\", L"gone.vhdx", 0, L"gone.vhdx", L"VMs\\local\\gone.vhdx"},
+                  {L"%VmRoot%\\local\\", L"*.avhdx", 0, L"local_1.avhdx", L"VMs\\local\\local_1.avhdx"}}));
+    // A recursive search enters only the directories that its mask matches.
+    std::vector<item_t> searched = shown({local[3], local[4], local[5]});
+    std::sort(searched.begin(), searched.end());
+    EXPECT_EQ(searched, (std::vector<item_t>{
+                            {L"%VmRoot%\\local\\", L"Snap*", 1, L"Snapfile.bin", L"VMs\\local\\Snapfile.bin"},
+                            {L"%VmRoot%\\local\\", L"Snap*", 1, L"Snapshots\\Snap-a.vmrs",
+                             L"VMs\\local\\Snapshots\\Snap-a.vmrs"},
+                            {L"%VmRoot%\\local\\", L"Snap*", 1, L"Snapshots\\Snapdeep\\Snap-b.vmrs",
+                             L"VMs\\local\\Snapshots\\Snapdeep\\Snap-b.vmrs"}}));
+    EXPECT_EQ(shown({local[6]}), (std::vector<item_t>{{L"C:\\VMs\\local", L"notes.txt", 0, L"notes.txt",
+                                                       L"VMs\\local\\notes.txt"}}));
+
+    const ItemsList csv = items_of(*snapshot, csv_vm);
+    ASSERT_EQ(csv.size(), 2u);
+    const ItemsList smb = items_of(*snapshot, smb_vm);
+    ASSERT_EQ(smb.size(), 1u);
+    EXPECT_EQ(shown(smb), (std::vector<item_t>{
+                              {L"\\\\fs01\\vms\\smb\\", L"smb.vhdx", 0, L"smb.vhdx", L"smb\\smb.vhdx"}}));
+    EXPECT_NE(below_device(csv[0].fullPath), below_device(csv[1].fullPath));
+    EXPECT_NE(local[0].fullPath.substr(0, 50), smb[0].fullPath.substr(0, 50)) << "one device per volume";
+
+    // Written after the snapshot: the shadow copies keep the old content.
+    host.write("volumes/c/VMs/local/local.vhdx", "local disk, after");
+    host.write("volumes/csv1/csv/csv.vhdx", "csv disk, after");
+    host.write("shares/fs01-vms/smb/smb.vhdx", "smb disk, after");
+    EXPECT_EQ(read_through(local[0].fullPath), "local disk, before");
+    const auto csvDisk =
+        std::find_if(csv.begin(), csv.end(), [](auto& i) { return i.relativePath == L"csv.vhdx"; });
+    ASSERT_NE(csvDisk, csv.end());
+    EXPECT_EQ(read_through(csvDisk->fullPath), "csv disk, before");
+    EXPECT_EQ(read_through(smb[0].fullPath), "smb disk, before");
+
+    EXPECT_TRUE(items_of(*snapshot, idle_vm).empty()) << "a VM nobody asked for isn't selected";
+    auto info = snapshot->BuildResult()->info;
+    EXPECT_FALSE(info->BackupDoc.empty());
+    EXPECT_FALSE(info->WriterDoc.empty());
+    EXPECT_TRUE(info->SnapshotsXML.empty());
+
+    snapshot.reset();
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "releasing the object releases the snapshot";
+}
+
+TEST(Snapshot, TransportableSnapshotKeepsVolumeNamePathsAndListsItsSnapshots) {
+    hyperv_host_t host;
+    log_capture_t log;
+    auto snapshot = take_snapshot(
+        spec_xml({{local_vm}}, R"(<VSSProvider type="3" id="7f1d0000-0000-0000-0000-00000000aaaa"/>
+                                  <Offhost type="1"/>)"));
+
+    ASSERT_NE(host.first_call("SetContext"), std::string::npos);
+    EXPECT_GT(host.first_call("SetContext"), host.first_call("GetWriterMetadata")) << "after the metadata";
+    EXPECT_EQ(host.count("SetContext"), 1u);
+    EXPECT_EQ(host.count("GetSnapshotProperties"), 0u);
+    EXPECT_FALSE(log.has("Checking whether all files exist on snapshot volumes."));
+
+    const ItemsList local = items_of(*snapshot, local_vm);
+    ASSERT_FALSE(local.empty());
+    EXPECT_EQ(local[0].fullPath, to_unicode(c_volume) + L"VMs\\local\\local.vhdx");
+    SnapshotIdList ids;
+    DeserializeSnapshotIds(snapshot->BuildResult()->info->SnapshotsXML, ids);
+    EXPECT_EQ(ids.size(), 1u);
+}
