@@ -1,0 +1,92 @@
+// A snapshot task as the dispatcher holds it: answers while it runs, verdicts
+// handed to the writer at close, and a worker that ends the holding by itself.
+#include "snapshot_test_support.h"
+
+#include "common/format/format.h"
+#include "snapshot/vss_snapshot_thread.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+using namespace snapshot_test;
+
+namespace {
+
+const GUID taskId = {0x5e1f0000, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
+
+std::unique_ptr<CVssSnapshotThread2> start_task(const std::vector<spec_vm_t>& vms,
+                                                const SSnapshotTaskLimits& limits = SSnapshotTaskLimits()) {
+    return std::make_unique<CVssSnapshotThread2>(L"Job", L"Console", taskId,
+                                                 parse_spec(spec_xml(vms, usual_providers)), limits);
+}
+
+SOperationStatus wait_for_verdict(CVssSnapshotThread2& task) {
+    for (;;) {
+        SOperationStatus status = task.GetOperationInfo()->Read();
+        if (status.isCompleted)
+            return status;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+} // namespace
+
+TEST(SnapshotTask, WhileCreatingItAnswersAtOnceAndClosingCancelsTheCreation) {
+    hyperv_host_t host(R"(<Fault op="PrepareForBackup" delayMs="600000"/>)");
+    auto task = start_task(three_vms());
+    const SOperationStatus status = task->GetOperationInfo()->Read();
+    EXPECT_FALSE(status.isCompleted);
+    EXPECT_TRUE(status.isSucceeded);
+    EXPECT_EQ(status.snapshotId, taskId);
+    EXPECT_EQ(task->GetJobInfo()->jobName, L"Job");
+    EXPECT_EQ(task->GetJobInfo()->backupConsole, L"Console");
+    EXPECT_EQ(failure_lines([&] { task->GetCreatedInfo(); }),
+              std::vector<std::string>{"Failed to create snapshot."});
+    EXPECT_EQ(failure_lines([&] { task->GetVmFiles(string_to_guid(std::string(local_vm))); }),
+              std::vector<std::string>{"Failed to create snapshot."});
+
+    task.reset();
+    EXPECT_EQ(host.count("DoSnapshotSet"), 0u);
+    EXPECT_TRUE(host.is_clean());
+}
+
+TEST(SnapshotTask, VerdictsReachTheWriterAtCloseInIdOrderTheLastReportWinning) {
+    hyperv_host_t host;
+    auto task = start_task(three_vms());
+    ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
+    task->SetVmCompletion(string_to_guid(std::string(csv_vm)), false);
+    task->SetVmCompletion(string_to_guid(std::string(local_vm)), false);
+    task->SetVmCompletion(string_to_guid(std::string(local_vm)), true);
+    task->SetVmCompletion(string_to_guid(std::string(smb_vm)), false);
+    EXPECT_EQ(host.count("SetBackupSucceeded"), 0u) << "nothing reaches the writer before the close";
+
+    task.reset();
+    const auto calls = host.calls();
+    std::vector<std::string> verdicts;
+    for (const auto& call : calls)
+        if (call.rfind("SetBackupSucceeded", 0) == 0)
+            verdicts.push_back(call);
+    EXPECT_EQ(verdicts, (std::vector<std::string>{std::string("SetBackupSucceeded\t") + local_vm + "\ttrue",
+                                                  std::string("SetBackupSucceeded\t") + csv_vm + "\tfalse"}))
+        << "the crash-consistent VM has no component to report";
+    EXPECT_EQ(host.state_lines("shadows.txt").size(), 0u);
+}
+
+TEST(SnapshotTask, ASilentServersTaskCompletesByItselfAndKeepsItsResult) {
+    hyperv_host_t host;
+    SSnapshotTaskLimits limits;
+    limits.holdMs = 0;
+    auto task = start_task({{local_vm}}, limits);
+    ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
+    while (host.state_lines("shadows.txt").size() != 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+
+    EXPECT_EQ(host.state_lines("backups.txt").back(),
+              std::string("component\t") + local_vm + "\tnot-reported");
+    EXPECT_FALSE(task->GetCreatedInfo()->BackupDoc.empty());
+    EXPECT_NE(task->GetVmFiles(string_to_guid(std::string(local_vm))).find(L"local.vhdx"),
+              std::wstring::npos);
+    EXPECT_TRUE(task->GetOperationInfo()->Read().isSucceeded);
+}

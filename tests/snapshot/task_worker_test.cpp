@@ -1,0 +1,74 @@
+// The worker of a task: what escapes its body, the hold, and a worker that outlives its join.
+#include "snapshot_test_support.h"
+
+#include "common/exc/exc.h"
+#include "common/win/event.h"
+#include "snapshot/close_wait.h"
+#include "snapshot/task_worker.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+using namespace snapshot_test;
+
+namespace {
+
+void wait_until(const std::function<bool()>& condition) {
+    while (!condition())
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
+} // namespace
+
+TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndTheWorkerEnds) {
+    log_capture_t log;
+    impl::CTaskWorker worker("TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
+                             [] { throw exc::runtime_exc_t("Body gave up."); });
+    wait_until([&] { return worker.HasEnded(); });
+    worker.Stop();
+    EXPECT_TRUE(log.has("Body gave up.")) << log.text();
+}
+
+TEST(TaskWorker, StopSetsTheCloseEventTheBodyHoldsOn) {
+    auto closeEvent = std::make_shared<win::win_manual_reset_event_t>();
+    std::atomic<bool> released{false};
+    impl::CTaskWorker worker("TestWorker", closeEvent, [closeEvent, &released] {
+        impl::WaitForClose(*closeEvent);
+        released = true;
+    });
+    EXPECT_FALSE(worker.HasEnded());
+    worker.Stop();
+    EXPECT_TRUE(worker.HasEnded());
+    EXPECT_TRUE(released);
+}
+
+TEST(TaskWorker, TheHoldEndsByItselfAfterItsLimit) {
+    win::win_manual_reset_event_t neverSet;
+    impl::WaitForClose(neverSet, 20);
+    EXPECT_FALSE(neverSet.is_set());
+}
+
+// The joiner gives up and goes on; the worker finishes later on what its body holds.
+TEST(TaskWorker, AWorkerThatOutlivesItsJoinKeepsItsDataAndTheTimeOutIsLogged) {
+    log_capture_t log;
+    auto gate = std::make_shared<win::win_manual_reset_event_t>();
+    auto data = std::make_shared<std::vector<int>>();
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    {
+        impl::CTaskWorker worker(
+            "TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
+            [gate, data, done] {
+                impl::WaitForClose(*gate);
+                data->assign(1000, 7);
+                *done = true;
+            },
+            50);
+        worker.Stop();
+    }
+    EXPECT_TRUE(log.has("Thread failed to stop during specified timeout: [50].")) << log.text();
+    gate->set();
+    wait_until([&] { return done->load(); });
+}
