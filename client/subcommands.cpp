@@ -1,3 +1,4 @@
+#include "client/backup_command.h"
 #include "client/call_command.h"
 #include "client/subcommand.h"
 
@@ -7,6 +8,8 @@ const std::vector<subcommand_t>& Subcommands() {
     static const std::vector<subcommand_t> table = {
         {"call", "call COMMAND [Name=value | Name=@file | Name=@@text ...]",
          "send one command and print its response", &RunCallCommand},
+        {"backup", "backup --spec FILE --to DIR [--fail-vm ID ...] [--job NAME] [--console NAME]",
+         "back up the specification's VMs into DIR as a backup server does", &RunBackupCommand},
     };
     return table;
 }
