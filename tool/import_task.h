@@ -3,9 +3,9 @@
 #pragma once
 
 #include "compat/win_types.h"
+#include "snapshot/locker_job_info.h"
+#include "snapshot/operation_info.h"
 #include "tool/import_snapshot_context.h"
-#include "tool/locker_job_info.h"
-#include "tool/operation_info.h"
 
 #include <memory>
 #include <string>

@@ -4,9 +4,9 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "tool/locker_job_info.h"
-#include "tool/operation_info.h"
-#include "tool/snapshot_info.h"
+#include "snapshot/locker_job_info.h"
+#include "snapshot/operation_info.h"
+#include "snapshot/snapshot_info.h"
 
 #include <memory>
 #include <string>

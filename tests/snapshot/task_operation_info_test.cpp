@@ -1,4 +1,4 @@
-#include "tool/operation_info.h"
+#include "snapshot/operation_info.h"
 
 #include <gtest/gtest.h>
 

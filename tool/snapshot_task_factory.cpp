@@ -1,0 +1,31 @@
+// The tool's snapshot task is the worker of the snapshot library, seen through
+// the holder's interface.
+#include "tool/snapshot_task.h"
+
+#include "snapshot/vss_snapshot_thread.h"
+
+namespace {
+
+class CSnapshotTask final : public ISnapshotTask {
+public:
+    CSnapshotTask(const std::wstring& jobName, const std::wstring& backupConsole, const GUID& snapshotId,
+                  const std::shared_ptr<CHvBackupSpec>& spec)
+        : task(jobName, backupConsole, snapshotId, spec) {}
+
+    std::shared_ptr<COperationInfo> GetOperationInfo() override { return task.GetOperationInfo(); }
+    std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override { return task.GetCreatedInfo(); }
+    std::wstring GetVmFiles(const GUID& vmId) override { return task.GetVmFiles(vmId); }
+    void SetVmCompletion(const GUID& vmId, bool succeeded) override { task.SetVmCompletion(vmId, succeeded); }
+    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override { return task.GetJobInfo(); }
+
+private:
+    CVssSnapshotThread2 task;
+};
+
+} // namespace
+
+std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const std::wstring& jobName,
+                                                  const std::wstring& backupConsole, const GUID& snapshotId,
+                                                  const std::shared_ptr<CHvBackupSpec>& spec) {
+    return std::make_shared<CSnapshotTask>(jobName, backupConsole, snapshotId, spec);
+}
