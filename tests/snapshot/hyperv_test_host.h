@@ -22,14 +22,16 @@ inline const char idle_vm[] = "A1000000-0000-4000-8000-000000000004";
 inline const char c_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\)";
 inline const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
 
-inline std::string hyperv_host_xml(const std::string& extra = "") {
+// systemProvider: more attributes of the system provider, such as refuse="2".
+inline std::string hyperv_host_xml(const std::string& extra = "", const std::string& systemProvider = "") {
     return std::string(R"(<Host name="HV01">
   <Environment><Var name="VmRoot" value="C:\VMs"/></Environment>
   <Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\" dir="volumes/c" mount="C:\"/>
   <Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\" dir="volumes/csv1"
           mount="C:\ClusterStorage\Volume1\" csv="true"/>
   <Share unc="\\fs01\vms\" root="\\fs01\vms\" dir="shares/fs01-vms"/>
-  <Provider id="{b5946137-7b9f-4925-af80-51abd60b20d5}" type="system"/>
+  <Provider id="{b5946137-7b9f-4925-af80-51abd60b20d5}" type="system" )") +
+           systemProvider + R"(/>
   <Provider id="{89300202-3cec-4981-9171-19f59559e0f2}" type="fileshare"/>
   <Provider id="{400a2ff4-5eb1-44b0-8a05-1fcac0bcf9ff}" type="csv"/>
   <Provider id="{7f1d0000-0000-0000-0000-00000000aaaa}" type="hardware" transportable="true"
@@ -55,7 +57,7 @@ inline std::string hyperv_host_xml(const std::string& extra = "") {
   </Writer>
   <Writer id="{e8132975-6f93-4464-a53e-1050253ae220}" instance="{0e2b0000-0000-0000-0000-000000000002}"
           name="System Writer"/>
-)") + extra +
+)" + extra +
            "</Host>\n";
 }
 
@@ -92,10 +94,10 @@ inline std::vector<spec_vm_t> three_vms() {
 
 class hyperv_host_t {
 public:
-    explicit hyperv_host_t(const std::string& extra = "") {
+    explicit hyperv_host_t(const std::string& extra = "", const std::string& systemProvider = "") {
         std::string pattern = (std::filesystem::temp_directory_path() / "mirrack-snapshot-XXXXXX").string();
         dir_ = ::mkdtemp(pattern.data());
-        write("host.xml", hyperv_host_xml(extra));
+        write("host.xml", hyperv_host_xml(extra, systemProvider));
         write("volumes/c/VMs/local/local.vhdx", "local disk, before");
         write("volumes/c/VMs/local/local_1.avhdx", "local checkpoint");
         write("volumes/c/VMs/local/Disks/inner.avhdx", "not searched: Disks doesn't match the mask");

@@ -22,9 +22,12 @@ std::filesystem::path MakeTempFolder() {
 }
 
 [[noreturn]] void ExecTool(const std::vector<std::string>& tokens, const std::filesystem::path& folder,
-                           const std::filesystem::path& pipeFolder) {
+                           const std::filesystem::path& pipeFolder, const std::filesystem::path& hostFolder) {
     ::setenv("MIRRACK_PIPE_DIR", pipeFolder.c_str(), 1);
-    ::unsetenv("MIRRACK_HOST");
+    if (hostFolder.empty())
+        ::unsetenv("MIRRACK_HOST");
+    else
+        ::setenv("MIRRACK_HOST", hostFolder.c_str(), 1);
     // The tool prints a line or two on standard output; keep the test's output clean.
     const int output = ::open((folder / "stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (output >= 0) {
@@ -41,7 +44,8 @@ std::filesystem::path MakeTempFolder() {
 
 } // namespace
 
-ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder)
+ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
+                 const std::filesystem::path& hostFolder)
     : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
     std::filesystem::create_directories(pipeFolder);
     std::filesystem::permissions(pipeFolder, std::filesystem::perms::owner_all);
@@ -53,7 +57,7 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesyste
     if (pid < 0)
         throw std::runtime_error("cannot start the tool");
     if (pid == 0)
-        ExecTool(tokens, folder, pipeFolder);
+        ExecTool(tokens, folder, pipeFolder, hostFolder);
 }
 
 ToolRun::~ToolRun() {

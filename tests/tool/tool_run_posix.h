@@ -13,9 +13,11 @@ public:
     static constexpr const char* pipeName = "tool-test";
 
     // Starts mirrack with the given tokens followed by "-log <folder>/tool.log".
-    // Pipes live in a folder of this run unless another one is given.
+    // Pipes live in a folder of this run unless another one is given. The tool
+    // sees no simulated host unless one is given.
     explicit ToolRun(const std::vector<std::string>& arguments,
-                     const std::filesystem::path& sharedPipeFolder = std::filesystem::path());
+                     const std::filesystem::path& sharedPipeFolder = std::filesystem::path(),
+                     const std::filesystem::path& hostFolder = std::filesystem::path());
     // Kills the process if it is still running, and removes the folder.
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;

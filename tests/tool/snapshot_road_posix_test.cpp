@@ -1,0 +1,257 @@
+// The road of a snapshot through the real tool on a simulated Hyper-V host: from
+// BeginSnapshotCreation to the close, as the backup server drives it, and the
+// failures on the way. Whatever happens, the tool goes on serving and the host is
+// left without shadow copies.
+#include "tool_run_posix.h"
+
+#include "client/invoke_client.h"
+#include "common/format/format.h"
+#include "hostsim/host_access.h"
+#include "invoke/files_list.h"
+#include "tests/snapshot/hyperv_test_host.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+using namespace snapshot_test;
+using client::CRequestArguments;
+using client::CResponse;
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+std::string ReadThrough(const std::wstring& windowsPath) {
+    std::ifstream in(hostsim::map_path(windowsPath).value_or(""), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+GUID VmId(const char* id) {
+    return string_to_guid(std::string(id));
+}
+
+class Road {
+public:
+    explicit Road(const std::string& hostExtra = "", const std::string& systemProvider = "")
+        : host(hostExtra, systemProvider), run(ToolRun::PipeMode(), {}, host.dir()) {
+        ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+        connection = client::CInvokeClient::Connect(ToolRun::PipeName());
+    }
+
+    CResponse Call(const std::wstring& command, const CRequestArguments& arguments = CRequestArguments()) {
+        return connection->Call(command, arguments);
+    }
+    CResponse Begin(const std::vector<spec_vm_t>& vms) {
+        return Call(L"BeginSnapshotCreation",
+                    CRequestArguments()
+                        .AddText(L"JobName", L"Nightly")
+                        .AddText(L"BackupConsole", L"Console")
+                        .AddEncoded(L"SnapshotXmlSpec", to_unicode(spec_xml(vms, usual_providers))));
+    }
+    CResponse WaitForVerdict() {
+        for (;;) {
+            CResponse status = Call(L"GetAsyncOpStatus");
+            if (!status.IsSuccess() || status.Value(L"IsCompleted") == L"true")
+                return status;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+    ItemsList FilesOf(const char* vm) {
+        ItemsList items;
+        DeserializeItemsList(
+            Call(L"GetVMFilesList", CRequestArguments().AddGuid(L"VmId", VmId(vm))).Decoded(L"FilesList"),
+            items);
+        return items;
+    }
+    void Report(const char* vm, bool succeeded) {
+        EXPECT_TRUE(Call(L"SetVmBackupStatus",
+                         CRequestArguments().AddGuid(L"VmId", VmId(vm)).AddBool(L"BackupStatus", succeeded))
+                        .IsSuccess());
+    }
+    // Closes the task and ends the session; the tool must have gone on serving. The log.
+    std::string CloseAndEnd() {
+        EXPECT_EQ(Call(L"CloseSnapshot").Frame(), L"xml:<OutputArguments/>");
+        EXPECT_EQ(Call(L"GetAsyncOpStatus").Frame(),
+                  L"err:Snapshot is not initialized.\n--tr:Failed to get operation info.");
+        connection->Disconnect();
+        EXPECT_EQ(run.WaitForExit(), 0);
+        return run.LogText();
+    }
+    void WaitForCall(const std::string& op) {
+        while (host.count(op) == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+
+    hyperv_host_t host;
+    ToolRun run;
+    std::unique_ptr<client::CInvokeClient> connection;
+};
+
+} // namespace
+
+TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVerdictsToTheWriter) {
+    Road road;
+    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}, {smb_vm}, {idle_vm, true}};
+    const CResponse begin = road.Begin(vms);
+    ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
+    const CResponse status = road.WaitForVerdict();
+    ASSERT_EQ(status.Value(L"IsSucceeded"), L"true") << to_ansi(status.Frame());
+    EXPECT_EQ(status.Value(L"ErrDescription"), L"");
+    EXPECT_EQ(status.Value(L"SnapshotId"), begin.Value(L"SnapshotId"));
+
+    const CResponse info = road.Call(L"GetSnapshotInfo");
+    EXPECT_FALSE(info.Decoded(L"BackupDoc").empty());
+    EXPECT_FALSE(info.Decoded(L"WriterDoc").empty());
+    EXPECT_EQ(info.Value(L"SnapshotsXML"), L"");
+
+    road.host.write("volumes/c/VMs/local/local.vhdx", "local disk, after");
+    road.host.write("volumes/csv1/csv/csv.vhdx", "csv disk, after");
+    road.host.write("shares/fs01-vms/smb/smb.vhdx", "smb disk, after");
+    const ItemsList local = road.FilesOf(local_vm);
+    ASSERT_EQ(local.size(), 6u);
+    EXPECT_EQ(local[0].path, L"C:\\VMs\\local\\");
+    EXPECT_EQ(local[0].mask, L"local.vhdx");
+    EXPECT_EQ(local[0].relativePath, L"local.vhdx");
+    EXPECT_EQ(ReadThrough(local[0].fullPath), "local disk, before");
+    for (const char* vm : {csv_vm, smb_vm}) {
+        const ItemsList items = road.FilesOf(vm);
+        ASSERT_FALSE(items.empty());
+        EXPECT_TRUE(items[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
+        EXPECT_TRUE(ReadThrough(items[0].fullPath).ends_with("disk, before")) << to_ansi(items[0].fullPath);
+    }
+
+    road.Report(local_vm, true);
+    road.Report(csv_vm, false);
+    road.Report(idle_vm, true);
+    const std::string log = road.CloseAndEnd();
+    EXPECT_EQ(road.host.state_lines("backups.txt"),
+              (std::vector<std::string>{road.host.state_lines("backups.txt").front(),
+                                        std::string("component\t") + local_vm + "\tsucceeded",
+                                        std::string("component\t") + csv_vm + "\tfailed",
+                                        std::string("component\t") + smb_vm + "\tnot-reported"}));
+    EXPECT_TRUE(road.host.state_lines("shadows.txt").empty());
+    EXPECT_EQ(road.host.call_before("PrepareForBackup"), "SetBackupState");
+    EXPECT_EQ(road.host.count("SetContext"), 0u);
+    EXPECT_EQ(road.host.count("AddComponent"), 3u);
+    EXPECT_EQ(road.host.count("AddComponent", idle_vm), 0u);
+    EXPECT_TRUE(Contains(log, "Leaving snapshot creation procedure.")) << log;
+}
+
+namespace {
+
+struct road_failure_t {
+    const char* name;
+    std::vector<spec_vm_t> vms;
+    std::string hostExtra;
+    std::string systemProvider;
+    // Closes the task as soon as the host sees this call, before any verdict.
+    std::string closeAt;
+    // Pieces of the error description, or of the log when the task was closed before its verdict.
+    std::vector<std::string> expected;
+    std::string neverCalled;
+};
+
+class SnapshotRoadFailure : public ::testing::TestWithParam<road_failure_t> {};
+
+const char* const createFailed =
+    "--tr:Failed to create VSS snapshot.\n--tr:Failed to perform pre-backup tasks.";
+
+const road_failure_t failures[] = {
+    {"MissingVm",
+     {{local_vm}, {csv_vm}, {"B0000000-0000-4000-8000-00000000000B"}},
+     "",
+     "",
+     "",
+     {"There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: "
+      "'B0000000-0000-4000-8000-00000000000B'.\n--tr:Failed to specify VMs that should be backed up."},
+     "StartSnapshotSet"},
+    {"ProviderRefusesTwice",
+     {{local_vm}, {csv_vm}},
+     "",
+     R"(refuse="2")",
+     "",
+     {R"(Provider [{b5946137-7b9f-4925-af80-51abd60b20d5}] does not support shadow copies of volume )"
+      R"([\\?\Volume{6a1b0c3e-0000-0000-0000-000000000001}\].)"
+      "\n--tr:Failed to add volumes to the snapshot set.\n--tr:Failed to perform pre-backup tasks."},
+     "PrepareForBackup"},
+    {"WriterFailedAfterPrepare",
+     {{local_vm}, {csv_vm}},
+     R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)",
+     "",
+     "",
+     {"Writer 'Microsoft Hyper-V VSS Writer' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'.",
+      std::string("--tr:Failed to verify writers state.\n") + createFailed},
+     "DoSnapshotSet"},
+    {"WriterFailedAfterSnapshot",
+     {{local_vm}, {csv_vm}},
+     R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="snapshot" state="9" hr="0x800423f4"/>)",
+     "",
+     "",
+     {"Writer 'Microsoft Hyper-V VSS Writer' is failed at 'VSS_WS_FAILED_AT_FREEZE'.", createFailed},
+     "GetSnapshotProperties"},
+    {"AsyncError",
+     {{local_vm}, {csv_vm}},
+     R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)",
+     "",
+     "",
+     {"Unknown status of async operation\n", createFailed},
+     "GetSnapshotProperties"},
+    {"CloseDuringPrepare",
+     {{local_vm}, {csv_vm}},
+     R"(<Fault op="PrepareForBackup" delayMs="600000"/>)",
+     "",
+     "PrepareForBackup",
+     {"Prepare VMs for snapshot task has been cancelled."},
+     "DoSnapshotSet"},
+    {"CloseDuringSnapshot",
+     {{local_vm}, {csv_vm}},
+     R"(<Fault op="DoSnapshotSet" delayMs="600000"/>)",
+     "",
+     "DoSnapshotSet",
+     {"Snapshot task has been cancelled."},
+     "GetSnapshotProperties"},
+};
+
+} // namespace
+
+TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
+    const road_failure_t& c = GetParam();
+    Road road(c.hostExtra, c.systemProvider);
+    ASSERT_TRUE(road.Begin(c.vms).IsSuccess());
+    std::string seen;
+    if (!c.closeAt.empty()) {
+        road.WaitForCall(c.closeAt);
+    } else {
+        const CResponse status = road.WaitForVerdict();
+        EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
+        seen = to_ansi(status.Value(L"ErrDescription"));
+        EXPECT_EQ(road.Call(L"GetSnapshotInfo").Frame(),
+                  L"err:Failed to create snapshot.\n--tr:Failed to get snapshot info.");
+    }
+    const std::string log = road.CloseAndEnd();
+    if (!c.closeAt.empty())
+        seen = log;
+    for (const std::string& piece : c.expected)
+        EXPECT_TRUE(Contains(seen, piece)) << piece << "\nnot in:\n" << seen;
+    EXPECT_EQ(road.host.count(c.neverCalled), 0u);
+    EXPECT_TRUE(road.host.is_clean());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, SnapshotRoadFailure, ::testing::ValuesIn(failures),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// The report is taken at its word; only the writer, at the close, can't be told about it.
+TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeTheBackupCompletes) {
+    Road road;
+    ASSERT_TRUE(road.Begin({{local_vm}}).IsSuccess());
+    ASSERT_EQ(road.WaitForVerdict().Value(L"IsSucceeded"), L"true");
+    road.Report("B0000000-0000-4000-8000-00000000000B", true);
+    const std::string log = road.CloseAndEnd();
+    EXPECT_TRUE(Contains(log, "Cannot find VM with ID: [b0000000-0000-4000-8000-00000000000b]")) << log;
+    EXPECT_EQ(road.host.count("BackupComplete"), 0u);
+    EXPECT_TRUE(road.host.is_clean());
+}
