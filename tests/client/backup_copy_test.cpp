@@ -1,0 +1,132 @@
+// Copying VM items into the backup folder: where each file lands, what is refused,
+// and the progress bar in bytes.
+#include "client/progress_bar.h"
+#include "client/vm_item_copy.h"
+#include "test_server.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path fresh_folder(const std::string& name) {
+    const fs::path folder = client_test::scratch_folder() / name;
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    return folder;
+}
+
+void write_file(const fs::path& file, const std::string& content) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+std::string read_file(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+CFilesListItem item_at(const fs::path& file, const std::wstring& relativePath) {
+    return CFilesListItem(L"C:\\VMs\\", L"*", 1, relativePath, file.wstring());
+}
+
+} // namespace
+
+TEST(BackupCopy, ItemsLandBelowTheirVmFolderInTheirRelativeLayout) {
+    const fs::path vmDir = "/backup/vm1";
+    EXPECT_EQ(client::TargetPathOfItem(vmDir, L"disk.vhdx"), vmDir / "disk.vhdx");
+    EXPECT_EQ(client::TargetPathOfItem(vmDir, L"Snapshots\\a\\b.avhdx"),
+              vmDir / "Snapshots" / "a" / "b.avhdx");
+    EXPECT_EQ(client::TargetPathOfItem(vmDir, L"x/.\\\\y.bin"), vmDir / "x" / "y.bin");
+    EXPECT_EQ(client::TargetPathOfItem(vmDir, L"caf\u00e9.vhdx"), vmDir / fs::path(u8"caf\u00e9.vhdx"));
+}
+
+TEST(BackupCopy, RelativePathsThatLeaveTheVmFolderAreRefused) {
+    for (const wchar_t* path :
+         {L"", L"\\", L"..\\x", L"a\\..\\..\\x", L"\\etc\\passwd", L"/etc/passwd", L"C:\\x", L"C:x"}) {
+        EXPECT_THROW(client::TargetPathOfItem("/backup/vm1", path), exc::runtime_exc_t)
+            << to_ansi_nothrow(path);
+    }
+}
+
+TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVm) {
+    const fs::path source = fresh_folder("copy-source");
+    const fs::path target = fresh_folder("copy-target");
+    const std::string big(3 << 20, 'b'); // more than one piece of the copy
+    write_file(source / "vm1" / "disk.vhdx", big);
+    write_file(source / "vm1" / "Snapshots" / "a.avhdx", "checkpoint");
+    write_file(source / "vm2" / "empty.xml", "");
+
+    std::vector<client::vm_copy_t> vms;
+    vms.push_back(
+        client::PlanVmCopy(L"VM1",
+                           {item_at(source / "vm1" / "disk.vhdx", L"disk.vhdx"),
+                            item_at(source / "vm1" / "Snapshots" / "a.avhdx", L"Snapshots\\a.avhdx")},
+                           target));
+    vms.push_back(client::PlanVmCopy(L"VM2",
+                                     {item_at(source / "vm2" / "missing.vhdx", L"missing.vhdx"),
+                                      item_at(source / "vm2" / "empty.xml", L"empty.xml"),
+                                      CFilesListItem(L"Q:\\", L"x", 0, L"x", L"Q:\\x")},
+                                     target));
+    ASSERT_TRUE(vms[0].Complete());
+    ASSERT_EQ(vms[1].failures.size(), 2u);
+    EXPECT_NE(vms[1].failures[0].find("missing.vhdx"), std::string::npos);
+    EXPECT_NE(vms[1].failures[1].find("Q:\\x"), std::string::npos);
+
+    std::ostringstream out;
+    client::CopyVmItems(vms, out);
+    EXPECT_EQ(read_file(target / "VM1" / "disk.vhdx"), big);
+    EXPECT_EQ(read_file(target / "VM1" / "Snapshots" / "a.avhdx"), "checkpoint");
+    EXPECT_TRUE(fs::is_regular_file(target / "VM2" / "empty.xml"));
+    EXPECT_EQ(vms[0].filesCopied, 2u);
+    EXPECT_EQ(vms[0].bytesCopied, big.size() + 10);
+    EXPECT_EQ(vms[1].filesCopied, 1u);
+    EXPECT_EQ(vms[1].bytesCopied, 0u);
+    EXPECT_NE(out.str().find("100%  3.0 MiB / 3.0 MiB\n"), std::string::npos) << out.str();
+}
+
+TEST(BackupCopy, AFileThatVanishesBeforeItsCopyFailsOnlyThatItem) {
+    const fs::path source = fresh_folder("vanish-source");
+    const fs::path target = fresh_folder("vanish-target");
+    write_file(source / "a", "aaaa");
+    write_file(source / "b", "bb");
+    std::vector<client::vm_copy_t> vms{
+        client::PlanVmCopy(L"VM", {item_at(source / "a", L"a"), item_at(source / "b", L"b")}, target)};
+    fs::remove(source / "a");
+
+    std::ostringstream out;
+    client::CopyVmItems(vms, out);
+    EXPECT_EQ(vms[0].failures.size(), 1u);
+    EXPECT_EQ(vms[0].filesCopied, 1u);
+    EXPECT_FALSE(fs::exists(target / "VM" / "a"));
+    EXPECT_EQ(read_file(target / "VM" / "b"), "bb");
+}
+
+TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotal) {
+    EXPECT_EQ(client::ByteProgressText(0, 2048, 10), "[----------]   0%  0 B / 2.0 KiB");
+    EXPECT_EQ(client::ByteProgressText(1024, 2048, 10), "[#####-----]  50%  1.0 KiB / 2.0 KiB");
+    EXPECT_EQ(client::ByteProgressText(2047, 2048, 10), "[#########-]  99%  2.0 KiB / 2.0 KiB");
+    EXPECT_EQ(client::ByteProgressText(0, 0, 4), "[####] 100%  0 B / 0 B");
+    EXPECT_EQ(client::FormatByteCount(1023), "1023 B");
+    EXPECT_EQ(client::FormatByteCount(5ull << 30), "5.0 GiB");
+}
+
+TEST(BackupProgress, TheBarIsRedrawnOnlyWhenItsShareChanges) {
+    std::ostringstream out;
+    client::CByteProgressBar bar(out, 1000);
+    for (int i = 0; i < 1000; ++i)
+        bar.Advance(1);
+    bar.Finish();
+    bar.Finish();
+    const std::string text = out.str();
+    // The first drawing, one for each of 1..100 percent, and the last one.
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 102);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
+    EXPECT_EQ(bar.Done(), 1000u);
+}
