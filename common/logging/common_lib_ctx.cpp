@@ -1,6 +1,8 @@
 #include "common/logging/common_lib_ctx.h"
 
 #include "common/logging/log.h"
+#include "common/win/file.h"
+#include "common/win/impersonation.h"
 
 std::shared_ptr<CCommonLibCtx> CCommonLibCtx::get() {
     // The log handle is made first, so that it is still there when the context ends.
@@ -11,9 +13,15 @@ std::shared_ptr<CCommonLibCtx> CCommonLibCtx::get() {
     return instance;
 }
 
-CCommonLibCtx::CCommonLibCtx() = default;
+CCommonLibCtx::CCommonLibCtx()
+    : tokens_(std::make_shared<win::WinImpersonationTokensMap>()),
+      counters_(std::make_shared<win::impersonation_counters_t>()) {
+    // From now on files are opened under the impersonation scope of their path.
+    win::set_impersonation_provider(static_cast<win::impersonation_provider_t>(&win::impersonate_for));
+}
 
 CCommonLibCtx::~CCommonLibCtx() {
+    win::set_impersonation_provider(nullptr);
     try {
         log_info(logging::lib_logger(), "Clearing collection of cout multiplexors.");
         cout_multiplexors_.clear();

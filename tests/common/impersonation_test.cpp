@@ -1,0 +1,173 @@
+// Impersonation scopes over a fake token source: which paths get one, nesting
+// per thread, and the failures that leave the thread under its own identity.
+#include "common/logging/common_lib_ctx.h"
+#include "common/win/impersonation.h"
+#include "common/win/last_error.h"
+#include "common/win/sync_os.h"
+#include "common/win/thread.h"
+#include "log_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+using namespace win;
+
+namespace {
+
+// Counts the calls; tokens it hands out are real handles, so that closing them is checked too.
+class fake_token_calls_t : public token_calls_t {
+public:
+    HANDLE duplicate_token(HANDLE) override {
+        ++duplicates;
+        if (fail_duplicate)
+            return nullptr;
+        return detail::os_create_manual_reset_event();
+    }
+    bool impersonate_logged_on_user(HANDLE) override {
+        ++impersonations;
+        if (fail_impersonation)
+            set_last_error(ERROR_ACCESS_DENIED);
+        return !fail_impersonation;
+    }
+    bool revert_to_self() override {
+        ++reverts;
+        return true;
+    }
+
+    std::atomic<int> duplicates{0};
+    std::atomic<int> impersonations{0};
+    std::atomic<int> reverts{0};
+    bool fail_duplicate = false;
+    bool fail_impersonation = false;
+};
+
+const std::wstring share = L"\\\\fs01\\vms";
+
+class impersonation_test : public log_test::log_file_test {
+protected:
+    void SetUp() override {
+        log_file_test::SetUp();
+        previous_ = set_token_calls(calls_);
+        tokens()->add(share, std::make_shared<win_handle_t>(detail::os_create_manual_reset_event()));
+    }
+    void TearDown() override {
+        tokens()->remove(share);
+        set_token_calls(previous_);
+        log_file_test::TearDown();
+    }
+
+    static const std::shared_ptr<WinImpersonationTokensMap>& tokens() {
+        return CCommonLibCtx::get()->impersonation_tokens();
+    }
+    bool log_has(const std::string& text) const {
+        return log_test::read_file(log_path_).find(text) != std::string::npos;
+    }
+
+    std::shared_ptr<fake_token_calls_t> calls_ = std::make_shared<fake_token_calls_t>();
+    std::shared_ptr<token_calls_t> previous_;
+};
+
+} // namespace
+
+TEST(ImpersonationShareKey, ServerAndShareOfUncPathsOnly) {
+    EXPECT_EQ(impersonation_share_key(L"\\\\fs01\\vms\\vm1\\disk.vhdx"), L"\\\\fs01\\vms");
+    EXPECT_EQ(impersonation_share_key(L"\\\\fs01\\vms"), L"\\\\fs01\\vms");
+    EXPECT_EQ(impersonation_share_key(L"\\\\fs01"), L"");
+    EXPECT_EQ(impersonation_share_key(L"C:\\VMs\\vm1"), L"");
+    EXPECT_EQ(impersonation_share_key(L"\\VMs\\vm1"), L"");
+}
+
+TEST_F(impersonation_test, LocalPathsAndSharesWithoutTokenGetNoScope) {
+    EXPECT_EQ(impersonate_for(L"C:\\VMs\\vm1\\disk.vhdx"), nullptr);
+    EXPECT_EQ(impersonate_for(L"\\\\fs02\\vms\\disk.vhdx"), nullptr);
+    EXPECT_EQ(impersonate_for(std::string("/var/lib/vm1")), nullptr);
+    EXPECT_EQ(calls_->duplicates.load(), 0);
+    EXPECT_FALSE(log_has("impersonation"));
+}
+
+TEST_F(impersonation_test, ShareWithTokenIsImpersonatedUntilTheScopeEnds) {
+    {
+        // The share key compares without regard to case; narrow paths come the same way.
+        auto scope = impersonate_for(std::string("\\\\FS01\\Vms\\vm1\\disk.vhdx"));
+        ASSERT_NE(scope, nullptr);
+        EXPECT_TRUE(scope->impersonated());
+        EXPECT_EQ(calls_->reverts.load(), 0);
+    }
+    EXPECT_EQ(calls_->impersonations.load(), 1);
+    EXPECT_EQ(calls_->reverts.load(), 1);
+    EXPECT_TRUE(log_has("Found impersonation token for share [\\\\FS01\\Vms]."));
+    EXPECT_TRUE(log_has("File operations for path '\\\\FS01\\Vms\\vm1\\disk.vhdx' will be performed under "
+                        "impersonation context."));
+}
+
+TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuter) {
+    auto outer = impersonate_for(share + L"\\a");
+    {
+        auto inner = impersonate_for(share + L"\\b");
+        auto innermost = impersonate_for(share + L"\\c");
+        EXPECT_TRUE(inner->impersonated());
+    }
+    EXPECT_EQ(calls_->reverts.load(), 0);
+    outer.reset();
+    EXPECT_EQ(calls_->reverts.load(), 1);
+    // A new scope afterwards starts a new count.
+    impersonate_for(share + L"\\d").reset();
+    EXPECT_EQ(calls_->reverts.load(), 2);
+}
+
+TEST_F(impersonation_test, ThreadsCountTheirScopesApart) {
+    auto main_scope = impersonate_for(share + L"\\main");
+    win_thread_t worker(
+        [](void*) -> DWORD {
+            impersonate_for(share + L"\\worker").reset();
+            return 0;
+        },
+        nullptr, "Impersonating");
+    worker.stop_wait();
+    // The worker's own scope ended its own impersonation, while the main thread's stays.
+    EXPECT_EQ(calls_->reverts.load(), 1);
+    main_scope.reset();
+    EXPECT_EQ(calls_->reverts.load(), 2);
+}
+
+TEST_F(impersonation_test, TokenThatCannotBeDuplicatedGivesAQuietScopeWithoutEffect) {
+    calls_->fail_duplicate = true;
+    auto scope = impersonate_for(share + L"\\a");
+    ASSERT_NE(scope, nullptr);
+    EXPECT_FALSE(scope->impersonated());
+    scope.reset();
+    EXPECT_EQ(calls_->impersonations.load(), 0);
+    EXPECT_EQ(calls_->reverts.load(), 0);
+    EXPECT_FALSE(log_has("Failed to impersonate"));
+}
+
+TEST_F(impersonation_test, FailedImpersonationIsLoggedAndNeverReverted) {
+    calls_->fail_impersonation = true;
+    auto scope = impersonate_for(share + L"\\a");
+    EXPECT_FALSE(scope->impersonated());
+    scope.reset();
+    EXPECT_EQ(calls_->reverts.load(), 0);
+    EXPECT_TRUE(log_has("Failed to impersonate thread."));
+    EXPECT_TRUE(log_has("Access is denied."));
+}
+
+TEST_F(impersonation_test, InvalidTokenInTheMapGivesAScopeWithoutEffect) {
+    tokens()->add(share, std::make_shared<win_handle_t>(invalid_handle()));
+    auto scope = impersonate_for(share + L"\\a");
+    ASSERT_NE(scope, nullptr);
+    EXPECT_FALSE(scope->impersonated());
+    EXPECT_EQ(calls_->duplicates.load(), 0);
+}
+
+TEST(ImpersonationCounter, CountsPerThreadAndNeverBelowZero) {
+    win_impersonation_counter_t counter;
+    counter.add(1);
+    counter.add(1);
+    counter.add(2);
+    EXPECT_EQ(counter.take(1), 1u);
+    EXPECT_EQ(counter.count(2), 1u);
+    EXPECT_EQ(counter.take(1), 0u);
+    EXPECT_EQ(counter.take(1), 0u);
+    EXPECT_EQ(counter.count(1), 0u);
+}
