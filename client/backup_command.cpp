@@ -36,8 +36,8 @@ status_observer_t wait_line_on(std::ostream& out) {
         if (!status.isCompleted)
             std::snprintf(line, sizeof line, "\rCreating the snapshot: poll %u, %.1f s", polls, seconds);
         else
-            std::snprintf(line, sizeof line, "\rSnapshot task %s after %u polls (%.1f s).\n",
-                          status.isSucceeded ? "completed" : "failed", polls, seconds);
+            std::snprintf(line, sizeof line, "\rSnapshot task %s after %u poll%s (%.1f s).\n",
+                          status.isSucceeded ? "completed" : "failed", polls, polls == 1 ? "" : "s", seconds);
         out << line << std::flush;
     };
 }
