@@ -4,6 +4,7 @@
 #include "common/format/format.h"
 #include "common/logging/command_line.h"
 #include "common/logging/common_lib_ctx.h"
+#include "common/logging/debug_receiver_setup.h"
 #include "common/logging/log.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_install.h"
@@ -94,6 +95,7 @@ std::string start_common_library(const std::string& default_log_name,
     // The context is made after the handles and so ends before them, with its last line in the log.
     CCommonLibCtx::get();
     install_log(narrow_path);
+    install_debug_log();
     write_banner();
     return narrow_path;
 }

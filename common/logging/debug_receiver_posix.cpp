@@ -1,0 +1,34 @@
+#include "common/logging/debug_receiver_os.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace logging::receiver::detail {
+
+socket_handle_t invalid_socket_handle() noexcept {
+    return -1;
+}
+
+void os_debug_output(const std::string&) noexcept {
+    // No debugger channel here; the datagrams are the way to watch this log.
+}
+
+socket_handle_t os_udp_socket() noexcept {
+    return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
+}
+
+void os_send_datagram(socket_handle_t socket, const std::string& text, const sockaddr_in& target) noexcept {
+    [[maybe_unused]] const ssize_t sent = ::sendto(socket, text.data(), text.size(), 0,
+                                                   reinterpret_cast<const sockaddr*>(&target), sizeof target);
+}
+
+std::uint32_t os_inet_addr(const std::string& dotted) noexcept {
+    return ::inet_addr(dotted.c_str());
+}
+
+std::uint16_t os_htons(std::uint16_t port) noexcept {
+    return htons(port);
+}
+
+} // namespace logging::receiver::detail

@@ -1,0 +1,171 @@
+// The debug receiver against a simulated host's registry and a UDP listener on
+// the loopback: whole messages as datagrams when switched on, nothing when off,
+// and the registry read once in either case.
+#include "common/logging/debug_receiver.h"
+#include "common/logging/debug_receiver_setup.h"
+#include "common/logging/log_t.h"
+#include "log_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using logging::receiver::COutputDebugStringLog;
+
+namespace {
+
+// A UDP socket on 127.0.0.1 with a port of the system's choice.
+class udp_listener_t {
+public:
+    udp_listener_t() : fd_(::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP)) {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        EXPECT_EQ(::bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length), 0);
+        port_ = ntohs(address.sin_port);
+    }
+    ~udp_listener_t() { ::close(fd_); }
+
+    std::uint16_t port() const { return port_; }
+    // Datagrams on the loopback are queued before sendto returns: what has not come is not coming.
+    std::vector<std::string> received() const {
+        std::vector<std::string> datagrams;
+        char buffer[65536];
+        for (;;) {
+            const ssize_t length = ::recv(fd_, buffer, sizeof buffer, MSG_DONTWAIT);
+            if (length < 0)
+                return datagrams;
+            datagrams.emplace_back(buffer, static_cast<std::size_t>(length));
+        }
+    }
+
+private:
+    int fd_;
+    std::uint16_t port_ = 0;
+};
+
+class external_log_test : public ::testing::Test {
+protected:
+    void SetUp() override {
+        host_ = log_test::fresh_folder("host");
+        ::setenv("MIRRACK_HOST", host_.c_str(), 1);
+        log_.install(receiver_, false);
+    }
+    void TearDown() override {
+        ::unsetenv("MIRRACK_HOST");
+        std::filesystem::remove_all(host_);
+    }
+
+    void set_registry(const std::string& values) const {
+        std::ofstream(host_ / "host.xml")
+            << R"(<Host name="T"><Registry><Key path="SOFTWARE\OrliX\Orlix NFS">)" << values
+            << "</Key></Registry></Host>";
+    }
+    std::string values(int enabled, const std::string& host, std::uint16_t port) const {
+        return R"(<Value name="ExtLogEnabled" type="REG_DWORD" data=")" + std::to_string(enabled) +
+               R"("/><Value name="ExtLogHost" type="REG_SZ" data=")" + host +
+               R"("/><Value name="ExtLogPort" type="REG_DWORD" data=")" + std::to_string(port) + R"("/>)";
+    }
+    void write(const std::string& message) { log_.write(logging::level_info, 0, &format_, message); }
+
+    std::size_t journal_count(const std::string& op) const {
+        std::ifstream journal(host_ / "state" / "journal.txt");
+        std::size_t count = 0;
+        for (std::string line; std::getline(journal, line);)
+            if (line.find("\t" + op + "\t") != std::string::npos)
+                ++count;
+        return count;
+    }
+
+    std::filesystem::path host_;
+    std::shared_ptr<COutputDebugStringLog> receiver_ = std::make_shared<COutputDebugStringLog>();
+    logging::log_t log_;
+    logging::format::line_format_t format_{"dbg"};
+    udp_listener_t listener_;
+};
+
+} // namespace
+
+TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagram) {
+    set_registry(values(1, "127.0.0.1", listener_.port()));
+    write("first");
+    write("two\nlines");
+    const auto datagrams = listener_.received();
+    ASSERT_EQ(datagrams.size(), 2u);
+    EXPECT_EQ(log_test::body(datagrams[0].substr(0, datagrams[0].size() - 1)), "dbg| first");
+    EXPECT_EQ(datagrams[0].back(), '\n');
+    const std::size_t break_at = datagrams[1].find('\n');
+    ASSERT_NE(break_at, std::string::npos);
+    EXPECT_EQ(log_test::body(datagrams[1].substr(0, break_at)), "dbg| two");
+    EXPECT_EQ(log_test::body(datagrams[1].substr(break_at + 1, datagrams[1].size() - break_at - 2)),
+              "dbg| lines");
+    EXPECT_EQ(datagrams[1].back(), '\n');
+}
+
+TEST_F(external_log_test, SettingsAreReadOnceAndLaterChangesHaveNoEffect) {
+    set_registry(values(1, "127.0.0.1", listener_.port()));
+    write("before");
+    set_registry(values(0, "127.0.0.1", listener_.port()));
+    write("after");
+    EXPECT_EQ(listener_.received().size(), 2u);
+    EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
+}
+
+TEST_F(external_log_test, SwitchedOffSendsNothingAndReadsNoFurther) {
+    set_registry(values(0, "127.0.0.1", listener_.port()));
+    write("one");
+    write("two");
+    write("three");
+    EXPECT_TRUE(listener_.received().empty());
+    EXPECT_FALSE(receiver_->external_log_enabled());
+    EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
+    // Host and port are not even looked at.
+    EXPECT_EQ(journal_count("RegQueryValueExW"), 1u);
+}
+
+TEST_F(external_log_test, MissingKeyLeavesTheLogOffWithItsDefaults) {
+    std::ofstream(host_ / "host.xml") << R"(<Host name="T"/>)";
+    write("one");
+    write("two");
+    EXPECT_FALSE(receiver_->external_log_enabled());
+    EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
+    EXPECT_EQ(ntohs(receiver_->target().sin_port), 37183);
+    EXPECT_EQ(receiver_->target().sin_addr.s_addr, htonl(INADDR_LOOPBACK));
+}
+
+TEST_F(external_log_test, HostNameIsNotLookedUp) {
+    set_registry(values(1, "localhost", listener_.port()));
+    write("one");
+    EXPECT_TRUE(receiver_->external_log_enabled());
+    EXPECT_EQ(receiver_->target().sin_addr.s_addr, INADDR_NONE);
+    EXPECT_EQ(ntohs(receiver_->target().sin_port), listener_.port());
+    EXPECT_TRUE(listener_.received().empty());
+}
+
+TEST_F(external_log_test, EnabledWithoutHostKeepsTheDefaultTarget) {
+    set_registry(R"(<Value name="ExtLogEnabled" type="REG_DWORD" data="1"/>)");
+    write("one");
+    EXPECT_TRUE(receiver_->external_log_enabled());
+    EXPECT_EQ(ntohs(receiver_->target().sin_port), 37183);
+}
+
+TEST(DebugReceiver, IsAFileWithoutPathOrSize) {
+    COutputDebugStringLog receiver;
+    EXPECT_EQ(receiver.path(), "");
+    EXPECT_EQ(receiver.eol(), "\n");
+    EXPECT_EQ(receiver.size(), 0u);
+    EXPECT_FALSE(receiver.external_log_enabled());
+}
+
+TEST(DebugReceiver, ServesTheDbgHandle) {
+    logging::install_debug_log();
+    EXPECT_EQ(logging::dbg_logger().log, logging::debug_log());
+    EXPECT_NE(dynamic_cast<COutputDebugStringLog*>(logging::debug_log()->receiver().get()), nullptr);
+    EXPECT_EQ(logging::dbg_logger().format->prefix, "dbg| ");
+}
