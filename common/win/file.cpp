@@ -2,6 +2,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/logging/perf_logger.h"
 #include "common/win/file_os.h"
 
 #include <atomic>
@@ -53,6 +54,7 @@ shared_file_t file_open(const std::wstring& path) {
 }
 
 DWORD file_write(win_file_t& file, const void* buffer, DWORD length) {
+    logging::perf::note_file_operation(logging::perf::file_write);
     DWORD written = 0;
     const DWORD error = detail::os_write_file(file.handle->handle(), buffer, length, written);
     if (error != ERROR_SUCCESS)
@@ -61,6 +63,7 @@ DWORD file_write(win_file_t& file, const void* buffer, DWORD length) {
 }
 
 DWORD file_read(win_file_t& file, void* buffer, DWORD length) {
+    logging::perf::note_file_operation(logging::perf::file_read);
     DWORD read = 0;
     const DWORD error = detail::os_read_file(file.handle->handle(), buffer, length, read);
     if (error != ERROR_SUCCESS)
@@ -77,6 +80,7 @@ std::uint64_t file_size(win_file_t& file) {
 }
 
 std::uint64_t file_seek(win_file_t& file, std::int64_t offset, seek_method_t method) {
+    logging::perf::note_file_operation(logging::perf::file_seek);
     std::uint64_t position = 0;
     const DWORD error =
         detail::os_set_file_pointer(file.handle->handle(), offset, static_cast<DWORD>(method), position);
@@ -90,6 +94,7 @@ std::uint64_t file_seek(win_file_t& file, std::int64_t offset, seek_method_t met
 }
 
 void file_set_size(win_file_t& file, std::uint64_t size) {
+    logging::perf::note_file_operation(logging::perf::file_set_size);
     std::uint64_t position = 0;
     DWORD error = detail::os_set_file_pointer(file.handle->handle(), static_cast<std::int64_t>(size),
                                               static_cast<DWORD>(seek_method_t::begin), position);
@@ -104,6 +109,7 @@ void file_set_size(win_file_t& file, std::uint64_t size) {
 }
 
 void file_flush(win_file_t& file) {
+    logging::perf::note_file_operation(logging::perf::file_flush);
     const DWORD error = detail::os_flush_file(file.handle->handle());
     if (error != ERROR_SUCCESS)
         throw exc::win_sys_exc_t("Failed to flush file buffers. File: [%1].", name_of(file), error);

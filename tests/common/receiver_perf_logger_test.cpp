@@ -1,0 +1,82 @@
+// The performance logger: which codes are enabled, records that reach the file
+// when the buffer is full, and failures that empty the buffer.
+#include "common/logging/perf_logger.h"
+#include "log_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using logging::perf::perf_logger_t;
+using logging::perf::perf_record_t;
+
+namespace {
+
+class perf_logger_test : public log_test::log_file_test {
+protected:
+    bool log_has(const std::string& text) const {
+        return log_test::read_file(log_path_).find(text) != std::string::npos;
+    }
+};
+
+// Word 1 enables bit 3: code 0x103 (set size) and every code whose low five bits are 3 in 0x100-0x1FF.
+std::vector<std::uint32_t> set_size_only() {
+    return {0, 1u << 3};
+}
+
+} // namespace
+
+TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimed) {
+    for (std::uint32_t code : {logging::perf::file_write, logging::perf::file_read, logging::perf::file_seek,
+                               logging::perf::file_set_size, logging::perf::file_flush, 0u, 0xFFFFFFFFu})
+        EXPECT_FALSE(logging::perf::perf_logger().enabled(code)) << code;
+    logging::perf::note_file_operation(logging::perf::file_write);
+    EXPECT_EQ(logging::perf::perf_logger().buffered(), 0u);
+}
+
+TEST(PerfLogger, CodeSelectsItsWordAndBit) {
+    perf_logger_t logger(set_size_only(), L"");
+    EXPECT_TRUE(logger.enabled(logging::perf::file_set_size));
+    EXPECT_TRUE(logger.enabled(0x123)); // bit 3 of word 1 again
+    EXPECT_FALSE(logger.enabled(logging::perf::file_flush));
+    EXPECT_FALSE(logger.enabled(0x003)); // word 0
+    EXPECT_FALSE(logger.enabled(0x203)); // beyond the table
+    logger.note(logging::perf::file_flush);
+    EXPECT_EQ(logger.buffered(), 0u);
+}
+
+TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwn) {
+    const auto folder = folder_ / "perf" / "logs";
+    {
+        perf_logger_t logger(set_size_only(), folder.wstring(), 3);
+        for (int i = 0; i < 4; ++i)
+            logger.note(logging::perf::file_set_size);
+        EXPECT_EQ(logger.buffered(), 1u);
+        EXPECT_EQ(std::filesystem::file_size(folder / "perflog.bin"), 3 * sizeof(perf_record_t));
+    }
+    // The last record follows when the logger ends.
+    const std::string data = log_test::read_file(folder / "perflog.bin");
+    ASSERT_EQ(data.size(), 4 * sizeof(perf_record_t));
+    perf_record_t record;
+    std::memcpy(&record, data.data(), sizeof record);
+    EXPECT_EQ(record.code, logging::perf::file_set_size);
+    EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(::gettid()));
+}
+
+TEST_F(perf_logger_test, FolderThatCannotBeMadeEmptiesTheBuffer) {
+    perf_logger_t logger(set_size_only(), L"", 2);
+    logger.note(logging::perf::file_set_size);
+    logger.note(logging::perf::file_set_size);
+    EXPECT_EQ(logger.buffered(), 0u);
+    EXPECT_TRUE(log_has("Performance logger failed to create directory."));
+}
+
+TEST_F(perf_logger_test, FileThatCannotBeWrittenEmptiesTheBuffer) {
+    // A folder where the file should be.
+    std::filesystem::create_directories(folder_ / "perf" / "perflog.bin");
+    perf_logger_t logger(set_size_only(), (folder_ / "perf").wstring(), 1);
+    logger.note(logging::perf::file_set_size);
+    EXPECT_EQ(logger.buffered(), 0u);
+    EXPECT_TRUE(
+        log_has("Unable to flush performance log data. Perflog buffer will be erased, data will be lost."));
+}
