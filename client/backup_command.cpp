@@ -4,6 +4,7 @@
 #include "client/backup_summary.h"
 #include "client/snapshot_road.h"
 #include "client/spec_file_vms.h"
+#include "client/terminal.h"
 #include "client/vm_item_copy.h"
 #include "common/format/format.h"
 
@@ -26,18 +27,22 @@ void check_failed_vms_are_in_spec(const backup_arguments_t& arguments, const std
     }
 }
 
-// One line, redrawn at each poll, that ends when the task has completed.
+// On a terminal one line, redrawn at each poll; elsewhere only the outcome.
 status_observer_t wait_line_on(std::ostream& out) {
     const auto start = std::chrono::steady_clock::now();
-    return [&out, start](const operation_status_t& status, unsigned polls) {
+    const bool inPlace = IsTerminal(out);
+    return [&out, start, inPlace](const operation_status_t& status, unsigned polls) {
         const double seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         char line[128];
+        if (!status.isCompleted && !inPlace)
+            return;
         if (!status.isCompleted)
             std::snprintf(line, sizeof line, "\rCreating the snapshot: poll %u, %.1f s", polls, seconds);
         else
-            std::snprintf(line, sizeof line, "\rSnapshot task %s after %u poll%s (%.1f s).\n",
-                          status.isSucceeded ? "completed" : "failed", polls, polls == 1 ? "" : "s", seconds);
+            std::snprintf(line, sizeof line, "%sSnapshot task %s after %u poll%s (%.1f s).\n",
+                          inPlace ? "\r" : "", status.isSucceeded ? "completed" : "failed", polls,
+                          polls == 1 ? "" : "s", seconds);
         out << line << std::flush;
     };
 }

@@ -39,7 +39,8 @@ std::string ByteProgressText(std::uint64_t done, std::uint64_t total, unsigned w
            FormatByteCount(done) + " / " + FormatByteCount(total);
 }
 
-CByteProgressBar::CByteProgressBar(std::ostream& out, std::uint64_t total) : out(out), total(total) {
+CByteProgressBar::CByteProgressBar(std::ostream& out, std::uint64_t total, bool inPlace)
+    : out(out), total(total), inPlace(inPlace) {
     Draw(true);
 }
 
@@ -51,17 +52,24 @@ void CByteProgressBar::Advance(std::uint64_t bytes) {
 void CByteProgressBar::Finish() {
     if (finished)
         return;
-    Draw(true);
-    out << '\n' << std::flush;
     finished = true;
+    if (ByteProgressText(done, total) != shownText)
+        Draw(true);
+    if (inPlace)
+        out << '\n';
+    out << std::flush;
 }
 
 void CByteProgressBar::Draw(bool force) {
-    const int percent = percent_of(done, total);
-    if (!force && percent == shownPercent)
+    const int step = percent_of(done, total) / (inPlace ? 1 : 10);
+    if (!force && step == shownStep)
         return;
-    shownPercent = percent;
-    out << '\r' << ByteProgressText(done, total) << std::flush;
+    shownStep = step;
+    shownText = ByteProgressText(done, total);
+    if (inPlace)
+        out << '\r' << shownText << std::flush;
+    else
+        out << shownText << '\n';
 }
 
 } // namespace client

@@ -13,14 +13,15 @@ std::string FormatByteCount(std::uint64_t bytes);
 // "[##########----------]  50%  1.0 MiB / 2.0 MiB". Nothing to do counts as done.
 std::string ByteProgressText(std::uint64_t done, std::uint64_t total, unsigned width = 30);
 
-// A bar over a known number of bytes. It redraws only when its text changes, so a
-// copy in small pieces doesn't flood the terminal.
+// A bar over a known number of bytes. In place, it is redrawn with a carriage return
+// at each percent; otherwise it is a new line at each tenth. Either way a copy in small
+// pieces doesn't flood the output.
 class CByteProgressBar {
 public:
-    CByteProgressBar(std::ostream& out, std::uint64_t total);
+    CByteProgressBar(std::ostream& out, std::uint64_t total, bool inPlace);
 
     void Advance(std::uint64_t bytes);
-    // The last state, and the end of the line.
+    // The last state, unless it shows already, and the end of the line.
     void Finish();
 
     std::uint64_t Done() const noexcept { return done; }
@@ -30,8 +31,10 @@ private:
 
     std::ostream& out;
     std::uint64_t total;
+    bool inPlace;
     std::uint64_t done = 0;
-    int shownPercent = -1;
+    int shownStep = -1;
+    std::string shownText;
     bool finished = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "client/progress_bar.h"
 #include "client/shadow_item_path.h"
+#include "client/terminal.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 
@@ -44,6 +45,16 @@ bool is_safe_part(const std::wstring& part) {
 std::string narrow(const std::filesystem::path& path) {
     const std::u8string utf8 = path.u8string();
     return std::string(utf8.begin(), utf8.end());
+}
+
+// Two files of a VM with the same relative path would leave only one in the backup.
+void check_target_is_free(const std::vector<item_copy_t>& planned, const item_copy_t& copy) {
+    for (const item_copy_t& other : planned) {
+        if (other.target == copy.target)
+            throw exc::runtime_exc_t(
+                "The files [%1] and [%2] have the same relative path in the VM's folder.",
+                to_ansi_nothrow(other.fullPath), to_ansi_nothrow(copy.fullPath));
+    }
 }
 
 } // namespace
@@ -120,7 +131,9 @@ vm_copy_t PlanVmCopy(const std::wstring& vmFolder, const ItemsList& items, const
         const std::filesystem::path vmDir = TargetPathOfItem(dir, vmFolder);
         for (const CFilesListItem& item : items) {
             try {
-                vm.items.push_back(PlanItemCopy(item, vmDir));
+                item_copy_t copy = PlanItemCopy(item, vmDir);
+                check_target_is_free(vm.items, copy);
+                vm.items.push_back(std::move(copy));
             } catch (const std::exception& e) {
                 vm.failures.push_back(exc::exception_text(e));
             }
@@ -137,7 +150,7 @@ void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out) {
         for (const item_copy_t& item : vm.items)
             total += item.size;
     }
-    CByteProgressBar bar(out, total);
+    CByteProgressBar bar(out, total, IsTerminal(out));
     for (vm_copy_t& vm : vms) {
         for (const item_copy_t& item : vm.items) {
             try {

@@ -52,7 +52,8 @@ struct vm_copy_t {
 // Plans every item; an item that can't be planned becomes a failure line of the VM.
 vm_copy_t PlanVmCopy(const std::wstring& vmFolder, const ItemsList& items, const std::filesystem::path& dir);
 
-// Copies every planned item of every VM under one progress bar in bytes on out.
+// Copies every planned item of every VM under one progress bar in bytes on out
+// (redrawn in place on a terminal).
 // A failed item is noted on its VM and the copy goes on with the next one.
 void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out);
 

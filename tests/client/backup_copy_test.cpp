@@ -72,12 +72,14 @@ TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVm) {
     vms.push_back(client::PlanVmCopy(L"VM2",
                                      {item_at(source / "vm2" / "missing.vhdx", L"missing.vhdx"),
                                       item_at(source / "vm2" / "empty.xml", L"empty.xml"),
-                                      CFilesListItem(L"Q:\\", L"x", 0, L"x", L"Q:\\x")},
+                                      CFilesListItem(L"Q:\\", L"x", 0, L"x", L"Q:\\x"),
+                                      item_at(source / "vm1" / "disk.vhdx", L"empty.xml")},
                                      target));
     ASSERT_TRUE(vms[0].Complete());
-    ASSERT_EQ(vms[1].failures.size(), 2u);
+    ASSERT_EQ(vms[1].failures.size(), 3u);
     EXPECT_NE(vms[1].failures[0].find("missing.vhdx"), std::string::npos);
     EXPECT_NE(vms[1].failures[1].find("Q:\\x"), std::string::npos);
+    EXPECT_NE(vms[1].failures[2].find("same relative path"), std::string::npos);
 
     std::ostringstream out;
     client::CopyVmItems(vms, out);
@@ -117,16 +119,22 @@ TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotal) {
     EXPECT_EQ(client::FormatByteCount(5ull << 30), "5.0 GiB");
 }
 
-TEST(BackupProgress, TheBarIsRedrawnOnlyWhenItsShareChanges) {
-    std::ostringstream out;
-    client::CByteProgressBar bar(out, 1000);
-    for (int i = 0; i < 1000; ++i)
-        bar.Advance(1);
-    bar.Finish();
-    bar.Finish();
-    const std::string text = out.str();
-    // The first drawing, one for each of 1..100 percent, and the last one.
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 102);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
-    EXPECT_EQ(bar.Done(), 1000u);
+TEST(BackupProgress, TheBarIsRedrawnInPlaceAtEachPercentOrWrittenAtEachTenth) {
+    for (const bool inPlace : {true, false}) {
+        std::ostringstream out;
+        client::CByteProgressBar bar(out, 1000, inPlace);
+        for (int i = 0; i < 1000; ++i)
+            bar.Advance(1);
+        bar.Finish();
+        bar.Finish();
+        const std::string text = out.str();
+        EXPECT_EQ(bar.Done(), 1000u);
+        if (inPlace) {
+            EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 101); // 0% to 100%
+            EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
+        } else {
+            EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 0);
+            EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 11); // 0%, 10% ... 100%
+        }
+    }
 }
