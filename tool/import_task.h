@@ -5,7 +5,7 @@
 #include "compat/win_types.h"
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
-#include "tool/import_snapshot_context.h"
+#include "import/import_snapshot_context.h"
 
 #include <memory>
 #include <string>
