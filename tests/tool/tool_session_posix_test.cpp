@@ -177,18 +177,6 @@ TEST_F(ToolSession, SpecsThatArentFailWithTheParserThenTheCommandLine) {
         << log;
 }
 
-TEST_F(ToolSession, ImportReportsTheMissingTaskWithItsOwnLine) {
-    const std::wstring frame = Call(
-        L"BeginSnapshotImport",
-        JobArguments().AddEncoded(L"BackupDoc", L"<doc/>").AddEncoded(L"SnapshotIDsList", L"<SnapshotIDs/>"));
-    EXPECT_EQ(frame, L"err:Snapshot import task is not available in this build.\n"
-                     L"--tr:Failed to import off-host snapshot. Job: 'J'. Backup console: 'C'.");
-    const std::string log = EndSession();
-    EXPECT_TRUE(
-        Contains(log, "Starting import of the off-host snapshot. Job: 'J'. Backup server: 'C'. Failed."))
-        << log;
-}
-
 namespace {
 
 // A client that asks and then stops listening before the answer: the raw
