@@ -1,0 +1,117 @@
+// Converting the host's volume-name paths to the imported shadow copies: which items
+// move, how the rest of a path is joined to the device, and what stays as it came.
+#include "import/import_snapshot_result.h"
+#include "import_test_support.h"
+
+#include "common/format/format.h"
+
+#include <gtest/gtest.h>
+
+using namespace import_test;
+
+namespace {
+
+const std::wstring volumeC = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
+const std::wstring volumeD = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\";
+const std::wstring shadow7 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7";
+const std::wstring shadow8 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy8";
+
+hv::CVssImportSnapshotResult ResultOf(std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots) {
+    return hv::CVssImportSnapshotResult(
+        std::make_shared<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>>(std::move(snapshots)));
+}
+
+CFilesListItem Item(const std::wstring& fullPath, const std::wstring& relativePath = L"disk.vhdx") {
+    return CFilesListItem(L"C:\\VMs\\vm1\\", L"*.vhdx", 1, relativePath, fullPath);
+}
+
+ItemsList Convert(const hv::CVssImportSnapshotResult& result, const ItemsList& items) {
+    ItemsList converted;
+    DeserializeItemsList(result.ConvertOffhostPaths(SerializeItemsList(items)), converted);
+    return converted;
+}
+
+std::vector<std::wstring> FullPaths(const ItemsList& items) {
+    std::vector<std::wstring> paths;
+    for (const CFilesListItem& item : items)
+        paths.push_back(item.fullPath);
+    return paths;
+}
+
+} // namespace
+
+TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
+    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}, {GUID_NULL, volumeD, shadow8}});
+    const ItemsList items{Item(volumeC + L"VMs\\vm1\\disk.vhdx"), Item(volumeD + L"data\\d.vhdx", L"d.vhdx"),
+                          Item(L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx"),
+                          Item(L"C:\\VMs\\vm1\\disk.vhdx"), Item(L"\\\\?\\Vol")};
+
+    const ItemsList converted = Convert(result, items);
+    EXPECT_EQ(FullPaths(converted),
+              (std::vector<std::wstring>{shadow7 + L"\\VMs\\vm1\\disk.vhdx", shadow8 + L"\\data\\d.vhdx",
+                                         items[2].fullPath, items[3].fullPath, items[4].fullPath}));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        EXPECT_EQ(converted[i].path, items[i].path) << "only FullPath changes";
+        EXPECT_EQ(converted[i].mask, items[i].mask);
+        EXPECT_EQ(converted[i].recursive, items[i].recursive);
+        EXPECT_EQ(converted[i].relativePath, items[i].relativePath);
+    }
+}
+
+TEST(PathConversion, VolumeMatchesInAnyCaseAndTheRestKeepsItsOwn) {
+    std::wstring upper = volumeC;
+    for (wchar_t& c : upper)
+        c = static_cast<wchar_t>(std::towupper(c));
+    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}});
+    EXPECT_EQ(FullPaths(Convert(result, {Item(upper + L"VMs\\Vm1\\Disk.VHDX")})),
+              (std::vector<std::wstring>{shadow7 + L"\\VMs\\Vm1\\Disk.VHDX"}));
+}
+
+TEST(PathConversion, JoiningTakesOneClosingSeparatorOffEachPartAndPutsOneBetween) {
+    // The volume itself: the device without a closing separator.
+    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7}}), {Item(volumeC)})),
+              (std::vector<std::wstring>{shadow7}));
+    // A device given with its closing backslash joins the same way.
+    EXPECT_EQ(
+        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7 + L"\\"}}), {Item(volumeC + L"a.vhd")})),
+        (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
+    // An old volume without its closing backslash leaves the rest's leading one in place.
+    const std::wstring bare = volumeC.substr(0, volumeC.size() - 1);
+    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, bare, shadow7}}), {Item(volumeC + L"a.vhd")})),
+              (std::vector<std::wstring>{shadow7 + L"\\\\a.vhd"}));
+}
+
+TEST(PathConversion, EachSnapshotWalksTheListOnceInTheResultsOrder) {
+    // A device that begins with another snapshot's volume is rewritten again by it.
+    const std::wstring nested = volumeD + L"inner";
+    const ItemsList items{Item(volumeC + L"a.vhd")};
+    EXPECT_EQ(
+        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, nested}, {GUID_NULL, volumeD, shadow8}}), items)),
+        (std::vector<std::wstring>{shadow8 + L"\\inner\\a.vhd"}));
+    EXPECT_EQ(
+        FullPaths(Convert(ResultOf({{GUID_NULL, volumeD, shadow8}, {GUID_NULL, volumeC, nested}}), items)),
+        (std::vector<std::wstring>{nested + L"\\a.vhd"}));
+}
+
+TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
+    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}, {GUID_NULL, volumeD, shadow8}});
+    log_capture_t log;
+    ItemsList none;
+    DeserializeItemsList(result.ConvertOffhostPaths(L"<FilesList/>"), none);
+    EXPECT_TRUE(none.empty());
+    EXPECT_TRUE(log.has("Obtaining paths to shadow copies of the specified files.")) << log.text();
+    EXPECT_TRUE(log.has("XML specification: [<FilesList/>].")) << log.text();
+    EXPECT_TRUE(log.has("Old volume: [" + to_ansi(volumeD) + "], new volume: [" + to_ansi(shadow8) + "]"))
+        << log.text();
+    EXPECT_EQ(log.count("Updating paths for files on volume ["), 2u) << log.text();
+    EXPECT_EQ(log.count(" ok."), 0u) << "the blocks close without a closing line\n" << log.text();
+}
+
+TEST(PathConversion, UnreadableItemsFailThisCallOnly) {
+    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}});
+    const auto lines = failure_lines([&] { result.ConvertOffhostPaths(L"<FilesList><File"); });
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");
+    EXPECT_EQ(FullPaths(Convert(result, {Item(volumeC + L"a.vhd")})),
+              (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
+}
