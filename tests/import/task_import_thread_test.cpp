@@ -1,0 +1,162 @@
+// The import task as the dispatcher holds it: the worker imports, publishes its
+// verdict, holds the imported snapshot until the task is closed (or for its hold
+// limit), and a close during the import cancels it.
+#include "import/vss_import_snapshot_thread.h"
+#include "import_test_support.h"
+
+#include "common/exc/exc.h"
+#include "common/format/format.h"
+#include "invoke/snapshot_ids.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+using namespace import_test;
+
+namespace {
+
+const GUID taskId = {0x1d000000, 0x0000, 0x4000, {0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x01}};
+
+std::unique_ptr<hv::CVssImportSnapshotThread> StartTask(const host_snapshot_t& taken,
+                                                        const SSnapshotTaskLimits& limits = {}) {
+    return std::make_unique<hv::CVssImportSnapshotThread>(
+        L"Nightly", L"Console", taskId,
+        std::make_shared<hv::CImportSnapshotContext>(taken.backupDoc, taken.snapshotsXml), limits);
+}
+
+SOperationStatus WaitForVerdict(const hv::CVssImportSnapshotThread& task) {
+    for (int polls = 0; polls < 6000 && !task.GetOperationInfo()->IsCompleted(); ++polls)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return task.GetOperationInfo()->Read();
+}
+
+template <typename Condition> bool Eventually(Condition condition) {
+    for (int polls = 0; polls < 6000; ++polls) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+std::string NoImportLine(const hv::CVssImportSnapshotThread& task) {
+    try {
+        task.ConvertOffhostPaths(L"<FilesList/>");
+    } catch (const std::exception& e) {
+        return exc::exception_text(e);
+    }
+    return "converted";
+}
+
+ItemsList Converted(const hv::CVssImportSnapshotThread& task, const ItemsList& items) {
+    ItemsList converted;
+    DeserializeItemsList(task.ConvertOffhostPaths(SerializeItemsList(items)), converted);
+    return converted;
+}
+
+} // namespace
+
+TEST(ImportTask, AnswersAtOnceWhileImportingThenHoldsTheSnapshotUntilClosed) {
+    host_and_proxy_t hosts(R"(<Fault op="ImportSnapshots" delayMs="300"/>)");
+    const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    const ItemsList hostItems = AllItems(taken);
+    // Read before the worker starts: it finds its host through the environment.
+    hosts.SelectHost();
+    std::vector<std::string> onHost;
+    for (const CFilesListItem& item : hostItems)
+        onHost.push_back(ReadThrough(item.fullPath));
+    hosts.SelectProxy();
+    log_capture_t log;
+    auto task = StartTask(taken);
+
+    const SOperationStatus running = task->GetOperationInfo()->Read();
+    EXPECT_FALSE(running.isCompleted);
+    EXPECT_TRUE(running.isSucceeded);
+    EXPECT_EQ(running.completedTime, 0);
+    EXPECT_EQ(running.snapshotId, taskId);
+    EXPECT_EQ(NoImportLine(*task), "There is no successfully imported snapshot.");
+    EXPECT_EQ(task->GetJobInfo()->jobName, L"Nightly");
+    EXPECT_EQ(task->GetJobInfo()->backupConsole, L"Console");
+
+    const SOperationStatus done = WaitForVerdict(*task);
+    ASSERT_TRUE(done.isCompleted);
+    EXPECT_TRUE(done.isSucceeded) << to_ansi_nothrow(done.errDescription);
+    EXPECT_EQ(done.errDescription, L"");
+    EXPECT_NE(done.completedTime, 0);
+    const ItemsList converted = Converted(*task, hostItems);
+    for (std::size_t i = 0; i < converted.size(); ++i)
+        EXPECT_EQ(ReadThrough(converted[i].fullPath), onHost[i]) << to_ansi(converted[i].fullPath);
+    EXPECT_FALSE(hosts.Shadows(hosts.ProxyDir()).empty()) << "held while the task stands";
+
+    task.reset();
+    EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty());
+    EXPECT_TRUE(hosts.Shadows(hosts.HostDir()).empty());
+    EXPECT_TRUE(
+        log.has("Starting snapshot import ( task '{1d000000-0000-4000-8000-000000000001}', job 'Nightly')."))
+        << log.text();
+    EXPECT_TRUE(log.has("Entering in snapshot import procedure.")) << log.text();
+    EXPECT_TRUE(log.has("Waiting for backup completion")) << log.text();
+    EXPECT_TRUE(log.has("Leaving snapshot import procedure.")) << log.text();
+}
+
+TEST(ImportTask, ClosingDuringTheImportCancelsIt) {
+    host_and_proxy_t hosts(R"(<Fault op="ImportSnapshots" delayMs="600000"/>)");
+    const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    auto task = StartTask(taken);
+    const auto info = task->GetOperationInfo();
+    ASSERT_TRUE(Eventually([&] {
+        for (const std::string& call : hosts.Calls(hosts.ProxyDir()))
+            if (call.rfind("QueryStatus\tImportSnapshots", 0) == 0)
+                return true;
+        return false;
+    }));
+
+    task.reset();
+    const SOperationStatus closed = info->Read();
+    EXPECT_TRUE(closed.isCompleted);
+    EXPECT_FALSE(closed.isSucceeded);
+    EXPECT_TRUE(Contains(to_ansi(closed.errDescription), "Import snapshot task has been cancelled."))
+        << to_ansi(closed.errDescription);
+    bool cancelled = false;
+    for (const std::string& call : hosts.Calls(hosts.ProxyDir()))
+        cancelled = cancelled || call.rfind("Cancel\tImportSnapshots", 0) == 0;
+    EXPECT_TRUE(cancelled);
+    EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty());
+}
+
+TEST(ImportTask, FailedImportIsAVerdictAndLeavesNothingToConvert) {
+    host_and_proxy_t hosts;
+    host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    SnapshotIdList ids;
+    DeserializeSnapshotIds(taken.snapshotsXml, ids);
+    ids.push_back(string_to_guid(std::string("{0badbad0-0000-4000-8000-000000000001}")));
+    taken.snapshotsXml = SerializeSnapshotIds(ids);
+    auto task = StartTask(taken);
+
+    const SOperationStatus failed = WaitForVerdict(*task);
+    ASSERT_TRUE(failed.isCompleted);
+    EXPECT_FALSE(failed.isSucceeded);
+    EXPECT_TRUE(
+        Contains(to_ansi(failed.errDescription), "Failed to enumerate mount points for imported snapshots."))
+        << to_ansi(failed.errDescription);
+    EXPECT_EQ(NoImportLine(*task), "There is no successfully imported snapshot.");
+    EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty()) << "released as the worker unwound";
+}
+
+TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
+    host_and_proxy_t hosts;
+    const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    SSnapshotTaskLimits limits;
+    limits.holdMs = 0;
+    auto task = StartTask(taken, limits);
+
+    ASSERT_TRUE(WaitForVerdict(*task).isSucceeded);
+    EXPECT_TRUE(Eventually([&] { return hosts.Shadows(hosts.ProxyDir()).empty(); }))
+        << "the worker releases the snapshot by itself";
+    const ItemsList converted = Converted(*task, AllItems(taken));
+    ASSERT_FALSE(converted.empty());
+    EXPECT_TRUE(converted[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
+    EXPECT_EQ(ReadThrough(converted[0].fullPath), "") << "a path that leads nowhere any more";
+}
