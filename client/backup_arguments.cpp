@@ -9,9 +9,18 @@ namespace client {
 
 namespace {
 
-// The value of "--name value" or "--name=value" at position i, or nothing when the word is another option.
-bool take_value(const std::vector<std::string>& words, std::size_t& i, const std::string& name,
-                std::string& value) {
+GUID vm_id_of(const std::string& text) {
+    try {
+        return string_to_guid(text);
+    } catch (const std::exception&) {
+        throw usage_error_t{"--fail-vm takes a VM id (a GUID): '" + text + "'."};
+    }
+}
+
+} // namespace
+
+bool TakeOptionValue(const std::vector<std::string>& words, std::size_t& i, const std::string& name,
+                     std::string& value) {
     const std::string& word = words[i];
     if (word.rfind(name + "=", 0) == 0) {
         value = word.substr(name.size() + 1);
@@ -27,29 +36,19 @@ bool take_value(const std::vector<std::string>& words, std::size_t& i, const std
     return true;
 }
 
-GUID vm_id_of(const std::string& text) {
-    try {
-        return string_to_guid(text);
-    } catch (const std::exception&) {
-        throw usage_error_t{"--fail-vm takes a VM id (a GUID): '" + text + "'."};
-    }
-}
-
-} // namespace
-
 backup_arguments_t ParseBackupArguments(const std::vector<std::string>& arguments) {
     backup_arguments_t parsed;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         std::string value;
-        if (take_value(arguments, i, "--spec", value))
+        if (TakeOptionValue(arguments, i, "--spec", value))
             parsed.specFile = value;
-        else if (take_value(arguments, i, "--to", value))
+        else if (TakeOptionValue(arguments, i, "--to", value))
             parsed.targetDir = value;
-        else if (take_value(arguments, i, "--fail-vm", value))
+        else if (TakeOptionValue(arguments, i, "--fail-vm", value))
             parsed.failVms.push_back(vm_id_of(value));
-        else if (take_value(arguments, i, "--job", value))
+        else if (TakeOptionValue(arguments, i, "--job", value))
             parsed.jobName = to_unicode(value);
-        else if (take_value(arguments, i, "--console", value))
+        else if (TakeOptionValue(arguments, i, "--console", value))
             parsed.backupConsole = to_unicode(value);
         else
             throw usage_error_t{"backup doesn't take '" + arguments[i] + "'."};

@@ -21,6 +21,11 @@ struct backup_arguments_t {
 // Options as "--name value" or "--name=value". Throws usage_error_t.
 backup_arguments_t ParseBackupArguments(const std::vector<std::string>& arguments);
 
+// The value of "--name value" or "--name=value" at position i (i moves past it), or
+// false when the word is another option. Throws usage_error_t for a missing value.
+bool TakeOptionValue(const std::vector<std::string>& words, std::size_t& i, const std::string& name,
+                     std::string& value);
+
 bool IsListed(const std::vector<GUID>& ids, const GUID& id);
 
 } // namespace client

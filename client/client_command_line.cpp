@@ -90,7 +90,7 @@ int RunClient(const std::vector<std::string>& arguments, std::ostream& out, std:
         if (line.rest.empty())
             throw usage_error_t{"A subcommand is needed."};
         const subcommand_t& subcommand = find_subcommand(line.rest.front());
-        if (line.options.pipeName.empty())
+        if (line.options.pipeName.empty() && !subcommand.namesItsPipes)
             throw usage_error_t{"--pipe NAME is needed."};
         return subcommand.run(line.options, {line.rest.begin() + 1, line.rest.end()}, out);
     } catch (const usage_error_t& error) {
