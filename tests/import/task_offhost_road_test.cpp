@@ -1,8 +1,7 @@
 // The off-host road through two real tools: mirrack on the Hyper-V host makes a
 // transportable snapshot, mirrack on the proxy imports it from the host's documents
 // and converts the host's paths, as a backup server drives them.
-#include "import_test_support.h"
-#include "tool_run_posix.h"
+#include "offhost_tools.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
@@ -11,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 using namespace import_test;
@@ -20,20 +18,12 @@ using client::CResponse;
 
 namespace {
 
-std::vector<std::string> PipeModeOn(const std::string& pipeName) {
-    return {"-p", "-n", pipeName, "-o", "LOG"};
-}
-
 class OffhostRoad {
 public:
     explicit OffhostRoad(const std::string& proxyExtra = "")
-        : hosts(proxyExtra), pipes(hosts.HostDir().parent_path() / "pipes"),
-          hostRun(PipeModeOn("host"), pipes, hosts.HostDir()),
-          proxyRun(PipeModeOn("proxy"), pipes, hosts.ProxyDir()) {
-        ::setenv("MIRRACK_PIPE_DIR", pipes.c_str(), 1);
+        : tools(proxyExtra), hosts(tools.hosts), hostRun(tools.hostRun), proxyRun(tools.proxyRun) {
         host = client::CInvokeClient::Connect(L"host");
         proxy = client::CInvokeClient::Connect(L"proxy");
-        hosts.SelectProxy();
     }
 
     static CResponse WaitForVerdict(client::CInvokeClient& tool) {
@@ -93,9 +83,10 @@ public:
         return {hostRun.LogText(), proxyRun.LogText()};
     }
 
-    host_and_proxy_t hosts;
-    std::filesystem::path pipes;
-    ToolRun hostRun, proxyRun;
+    offhost_tools_t tools;
+    host_and_proxy_t& hosts;
+    ToolRun& hostRun;
+    ToolRun& proxyRun;
     std::unique_ptr<client::CInvokeClient> host, proxy;
     std::wstring backupDoc, snapshotsXml;
 };
