@@ -11,7 +11,7 @@ ROOT=$(cd "$(dirname "$0")/.." && pwd)
 BIN=$(cd "${1:-$ROOT/build/bin}" && pwd)
 WORK=$(mktemp -d "${TMPDIR:-/tmp}/mirrack-demo.XXXXXX")
 export MIRRACK_PIPE_DIR="$WORK/pipes"
-SECTIONS=(onhost_backup)
+SECTIONS=(onhost_backup offhost_backup)
 TOOL_PIDS=()
 STATUS=0
 
@@ -108,6 +108,39 @@ onhost_backup() {
     heading "The tool's log, in short"
     grep -E "Starting VSS backup|VSS backup is started|Creating snapshot set|VSI: Set VM backup status: .* ok\.|Releasing snapshot|Process will be finished" \
         "$dir/Mirrack.log" | cut -c1-160 || true
+}
+
+offhost_backup() {
+    # Each tool keeps its log beside its host's folder, so each host has a folder of its own.
+    local dir="$WORK/offhost" host="$WORK/offhost/host-tool/host" proxy="$WORK/offhost/proxy-tool/proxy"
+    mkdir -p "$dir"
+    heading "Off-host backup: a Hyper-V host and its backup proxy"
+    "$BIN/mirrack-lab" create "$host"
+    "$BIN/mirrack-lab" create "$proxy" --proxy
+    echo "The host makes a transportable snapshot (spec-offhost.xml); the proxy imports it and the files are read there."
+    start_tool "$host" demo-offhost-host
+    local host_pid=$TOOL_PID
+    start_tool "$proxy" demo-offhost-proxy
+    local proxy_pid=$TOOL_PID
+    local rc=0
+    # The backup server reads the files on the proxy: the client sees the proxy's host.
+    MIRRACK_HOST="$proxy" "$BIN/mirrack-client" offhost --host-pipe demo-offhost-host \
+        --proxy-pipe demo-offhost-proxy --spec "$host/spec-offhost.xml" --to "$dir/backup" \
+        --job "Demo off-host job" --console "demo-server" || rc=$?
+    wait_tool "$proxy_pid"
+    wait_tool "$host_pid"
+    [ "$rc" = 0 ] || { echo "The off-host backup ended with exit code $rc."; STATUS=1; }
+
+    heading "What the backup server received from the proxy"
+    echo "  $(find "$dir/backup" -type f | wc -l) files under $(find "$dir/backup" -mindepth 1 -maxdepth 1 -type d | wc -l) VM folders."
+
+    heading "Both hosts afterwards"
+    "$BIN/mirrack-lab" state "$host" | grep -v "^  C:" || true
+    "$BIN/mirrack-lab" state "$proxy"
+
+    heading "The proxy tool's log, in short"
+    grep -E "Starting import of the off-host snapshot|Starting snapshot import|Mount point for volume|Snapshot import task was successfully created|Paths were successfully converted|Leaving snapshot import procedure" \
+        "$dir/proxy-tool/Mirrack.log" | awk '!seen[substr($0, index($0, "|"))]++' | cut -c1-200 || true
 }
 
 for section in "${SECTIONS[@]}"; do
