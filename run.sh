@@ -42,7 +42,7 @@ cmd_test() {
 cmd_tsan() {
     need_packages "${PACKAGES[@]}"
     configure_and_build build-tsan -DMIRRACK_SANITIZE=thread -DMIRRACK_BENCH=OFF
-    (cd build-tsan && TSAN_OPTIONS="halt_on_error=1" ctest --output-on-failure -j "$JOBS" -L threaded --timeout 900)
+    (cd build-tsan && TSAN_OPTIONS="halt_on_error=1" ctest --output-on-failure -j "$JOBS" --timeout 900)
 }
 
 cmd_asan() {
