@@ -29,7 +29,8 @@ public:
         std::lock_guard<std::mutex> lock(mutex_);
         runs_.push_back(std::shared_ptr<Run>(std::move(run)));
     }
-    template <typename Run> void ReapEnded() {
+    // The ended runs are freed outside the lock: freeing joins their threads.
+    template <typename Run> std::size_t ReapEnded() {
         std::list<std::shared_ptr<void>> ended;
         std::lock_guard<std::mutex> lock(mutex_);
         for (auto it = runs_.begin(); it != runs_.end();) {
@@ -38,6 +39,7 @@ public:
             else
                 ++it;
         }
+        return runs_.size();
     }
 
 private:
@@ -76,6 +78,10 @@ DWORD CTaskWorker::Run(void* run) {
     } catch (...) {
     }
     return 0;
+}
+
+std::size_t CTaskWorker::ReapAbandoned() {
+    return abandoned_runs().ReapEnded<SRun>();
 }
 
 void CTaskWorker::Stop() noexcept {

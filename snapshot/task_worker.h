@@ -34,6 +34,10 @@ public:
     // logged, never thrown.
     void Stop() noexcept;
 
+    // Frees the workers left running by Stop that have ended since; the number
+    // of those still running.
+    static std::size_t ReapAbandoned();
+
 private:
     struct SRun;
     static DWORD Run(void* run);

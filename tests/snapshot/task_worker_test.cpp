@@ -69,6 +69,8 @@ TEST(TaskWorker, AWorkerThatOutlivesItsJoinKeepsItsDataAndTheTimeOutIsLogged) {
         worker.Stop();
     }
     EXPECT_TRUE(log.has("Thread failed to stop during specified timeout: [50].")) << log.text();
+    EXPECT_EQ(impl::CTaskWorker::ReapAbandoned(), 1u);
     gate->set();
     wait_until([&] { return done->load(); });
+    wait_until([] { return impl::CTaskWorker::ReapAbandoned() == 0; });
 }
