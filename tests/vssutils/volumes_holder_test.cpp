@@ -86,6 +86,17 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
 }
 
+// A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
+TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTest) {
+    hostsim_test::scratch_host_t host;
+    const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
+    CVolumesHolder holder;
+    holder.AddBackupItem(item, gathered_backup());
+    EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
+    EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
+    EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
+}
+
 TEST(VolumesHolder, AMadeSnapshotKeepsTheCsvState) {
     hostsim_test::scratch_host_t host;
     {

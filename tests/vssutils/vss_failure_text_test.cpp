@@ -184,3 +184,29 @@ TEST(VssFailureText, AnOperationThatEndsWithAFailureIsReportedWithTheUnknownStat
               (std::vector<std::string>{"Unknown status of async operation",
                                         VssErrorText(VSS_E_PROVIDER_VETO), verify_line}));
 }
+
+// A call that answers with a warning has done its work as far as this layer can tell.
+TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
+    const std::vector<std::pair<std::string, std::function<void(BackupComponentsPtr)>>> calls = {
+        {"SetContext", [](BackupComponentsPtr b) { SetVssContext(b, TransportableContext); }},
+        {"StartSnapshotSet", [](BackupComponentsPtr b) { StartSnapshotSet(b); }},
+        {"SetBackupState", [](BackupComponentsPtr b) { SetBackupState(b); }},
+        {"EnableWriterClasses",
+         [](BackupComponentsPtr b) { EnableWriterClass(b, HyperVWriterClassId, HyperVWriterLabel); }},
+        {"AddComponent",
+         [](BackupComponentsPtr b) {
+             AddComponent(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId, VSS_CT_FILEGROUP, L"",
+                          hostsim_test::vm1_component);
+         }},
+        {"IsVolumeSupported",
+         [](BackupComponentsPtr b) { IsVolumeSupported(b, L"C:\\", hostsim_test::system_provider_id); }},
+    };
+    for (const auto& [op, act] : calls) {
+        SCOPED_TRACE(op);
+        hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
+            "<Fault op=\"" + op + "\" hr=\"" + hex_to_string(VSS_S_SOME_SNAPSHOTS_NOT_IMPORTED) + "\"/>"));
+        auto backup = gathered_backup();
+        EXPECT_NO_THROW(act(backup));
+        EXPECT_EQ(journal_count(host, op), 1u);
+    }
+}
