@@ -64,9 +64,23 @@ TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
 TEST(WriterStatus, AFailedStateWithoutAFailureCodeIsReportedWithTheGenericFailure) {
     hostsim_test::scratch_host_t host(writer_fault("7", "0x0"));
     auto backup = hostsim_test::prepared_backup();
+    log_capture_t log;
     auto lines = failure_lines([&] { VerifyWriters(backup, nullptr, false); });
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[1], VssErrorText(E_FAIL));
+    // Quiet about healthy writers, never about a failed one.
+    EXPECT_TRUE(log.has("ERR |Writer '" + hyperv_name +
+                        "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [0x00000000]. "));
+}
+
+TEST(WriterStatus, AHostWithoutWritersPassesTheCheckWithoutAWriterLine) {
+    hostsim_test::scratch_host_t host(
+        R"(<Host name="HV02"><Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000009}\" dir="v" mount="C:\"/></Host>)");
+    auto backup = gathered_backup();
+    log_capture_t log;
+    EXPECT_TRUE(VerifyWriters(backup, nullptr, true));
+    EXPECT_FALSE(log.has("Writer '"));
+    EXPECT_EQ(journal_count(host, "GetWriterStatusCount"), 1u);
 }
 
 TEST(WriterStatus, ACancelledCheckIsNoFailureAndStillClosesItsBlock) {
