@@ -22,6 +22,8 @@ TEST(ItemsListDocument, ItemsKeepOrderAndFieldsThroughTheRoundTrip) {
               L"<FilesList><File Recursive=\"true\" Path=\"p\" Mask=\"m\" FullPath=\"f\" RelativePath=\"r\"/>"
               L"</FilesList>");
     EXPECT_EQ(SerializeItemsList({}), L"<FilesList/>");
+    DeserializeItemsList(L"<FilesList/>", read);
+    EXPECT_EQ(read.size(), sample_items().size() + 1);
 }
 
 TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrue) {

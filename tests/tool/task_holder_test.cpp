@@ -133,6 +133,16 @@ TEST_F(TaskHolderTest, SnapshotSlotWinsStatusAndJobInfoAndIsReleasedFirst) {
     EXPECT_FALSE(imports.front().alive);
 }
 
+TEST_F(TaskHolderTest, ClosingTwiceEmptiesTheSlotThenAnswersLikeASuccess) {
+    BeginSnapshot();
+    holder.CloseSnapshot();
+    EXPECT_FALSE(snapshots.front().alive);
+    EXPECT_NO_THROW(holder.CloseSnapshot());
+    EXPECT_EQ(FailureOf([&] { holder.GetAsyncOpStatus(); }),
+              "Snapshot is not initialized.\n--tr:Failed to get operation info.");
+    EXPECT_TRUE(holder.ClearResources());
+}
+
 TEST_F(TaskHolderTest, EachSlotAnswersOnlyItsOwnCommands) {
     BeginImport();
     EXPECT_EQ(holder.ConvertOffhostPaths(L"<FilesList/>"), L"converted:<FilesList/>");
