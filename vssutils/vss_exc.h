@@ -21,7 +21,7 @@ public:
 
 private:
     // Travels with every copy; nothing sets or reads it.
-    std::uint32_t reserved_ = 0;
+    [[maybe_unused]] std::uint32_t reserved_ = 0;
 };
 
 } // namespace impl::vss
