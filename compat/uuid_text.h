@@ -1,0 +1,74 @@
+// The 8-4-4-4-12 text form of a GUID, read as strictly as the system's RPC runtime reads it.
+// Shared by the common library's POSIX side and the simulated host, which stands below it.
+#pragma once
+
+#include "compat/win_types.h"
+
+#include <cstdint>
+#include <cwchar>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace compat {
+
+namespace uuid_text_impl {
+
+inline int hex_value(wchar_t c) {
+    if (c >= L'0' && c <= L'9')
+        return c - L'0';
+    if (c >= L'a' && c <= L'f')
+        return c - L'a' + 10;
+    if (c >= L'A' && c <= L'F')
+        return c - L'A' + 10;
+    return -1;
+}
+
+inline bool read_hex(std::wstring_view text, std::size_t pos, std::size_t digits, std::uint64_t& value) {
+    value = 0;
+    for (std::size_t i = 0; i < digits; ++i) {
+        const int v = hex_value(text[pos + i]);
+        if (v < 0)
+            return false;
+        value = (value << 4) | static_cast<unsigned>(v);
+    }
+    return true;
+}
+
+} // namespace uuid_text_impl
+
+// Exactly 36 characters, hex digits of any case, no braces; nullopt for anything else.
+inline std::optional<GUID> parse_uuid_text(std::wstring_view text) {
+    using uuid_text_impl::read_hex;
+    if (text.size() != 36 || text[8] != L'-' || text[13] != L'-' || text[18] != L'-' || text[23] != L'-')
+        return std::nullopt;
+    GUID id{};
+    std::uint64_t v = 0;
+    if (!read_hex(text, 0, 8, v))
+        return std::nullopt;
+    id.Data1 = static_cast<std::uint32_t>(v);
+    if (!read_hex(text, 9, 4, v))
+        return std::nullopt;
+    id.Data2 = static_cast<std::uint16_t>(v);
+    if (!read_hex(text, 14, 4, v))
+        return std::nullopt;
+    id.Data3 = static_cast<std::uint16_t>(v);
+    static const std::size_t byte_pos[8] = {19, 21, 24, 26, 28, 30, 32, 34};
+    for (std::size_t i = 0; i < 8; ++i) {
+        if (!read_hex(text, byte_pos[i], 2, v))
+            return std::nullopt;
+        id.Data4[i] = static_cast<std::uint8_t>(v);
+    }
+    return id;
+}
+
+// Lower case, without braces.
+inline std::wstring uuid_text(const GUID& id) {
+    wchar_t buf[40];
+    std::swprintf(buf, 40, L"%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x",
+                  static_cast<unsigned>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1], id.Data4[2],
+                  id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
+    return buf;
+}
+
+} // namespace compat
