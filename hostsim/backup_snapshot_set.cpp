@@ -63,6 +63,18 @@ void erase_record(std::vector<shadow_record_t>& records, unsigned number) {
                   records.end());
 }
 
+// The record of a shadow copy of the set, owned by this process.
+shadow_record_t owned_record(const set_snapshot_t& info, const VSS_ID& set_id) {
+    return {info.number,    info.snapshot_id, set_id,       info.provider_id, info.volume_name,
+            this_process(), info.attributes,  info.created, info.machine};
+}
+
+// Removes a shadow copy's data and its record; the caller holds the state's lock and saves the records.
+void remove_shadow(const state_store_t& state, std::vector<shadow_record_t>& records, unsigned number) {
+    state.remove_shadow_data(number);
+    erase_record(records, number);
+}
+
 } // namespace
 
 HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
@@ -159,9 +171,7 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
         auto lock = state->lock();
         s.info.number = state->allocate_shadow_number();
         auto records = state->shadows();
-        records.push_back({s.info.number, s.info.snapshot_id, *set_id_, s.info.provider_id,
-                           s.info.volume_name, this_process(), s.info.attributes, s.info.created,
-                           s.info.machine});
+        records.push_back(owned_record(s.info, *set_id_));
         state->save_shadows(records);
     }
     s.owned = true;
@@ -215,8 +225,7 @@ void backup_components_t::discard_owned_snapshots() {
     for (auto& s : snapshots_) {
         if (!s.owned)
             continue;
-        state->remove_shadow_data(s.info.number);
-        erase_record(records, s.info.number);
+        remove_shadow(*state, records, s.info.number);
         s.owned = false;
         s.info.number = 0;
     }
@@ -242,8 +251,7 @@ void backup_components_t::release_snapshots() {
                     r.owner = {};
             continue;
         }
-        state->remove_shadow_data(s.info.number);
-        erase_record(records, s.info.number);
+        remove_shadow(*state, records, s.info.number);
     }
     state->save_shadows(records);
 }
@@ -352,9 +360,7 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
         s.info.attributes |= VSS_VOLSNAP_ATTR_IMPORTED;
         fs::rename(staging, here.shadow_dir(s.info.number), ec);
         auto records = here.shadows();
-        records.push_back({s.info.number, s.info.snapshot_id, *set_id_, s.info.provider_id,
-                           s.info.volume_name, this_process(), s.info.attributes, s.info.created,
-                           s.info.machine});
+        records.push_back(owned_record(s.info, *set_id_));
         here.save_shadows(records);
         s.owned = true;
         ++imported;
