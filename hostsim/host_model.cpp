@@ -98,17 +98,24 @@ share_t read_share(const pugi::xml_node& node, const std::filesystem::path& host
     return s;
 }
 
+// The entry of choices the attribute names; a complaint naming what for any other text.
+template <typename T, std::size_t N>
+T required_choice(const pugi::xml_node& node, const char* attribute,
+                  const std::pair<const wchar_t*, T> (&choices)[N], bool any_case, const char* what) {
+    const std::wstring text = required_text(node, attribute);
+    for (auto& [name, value] : choices)
+        if (any_case ? iequals(text, name) : text == name)
+            return value;
+    complain(node, std::string("unknown ") + what + " '" + to_utf8(text) + "'");
+}
+
 provider_kind read_provider_kind(const pugi::xml_node& node) {
-    std::wstring type = required_text(node, "type");
     static const std::pair<const wchar_t*, provider_kind> kinds[] = {
         {L"system", provider_kind::system},     {L"software", provider_kind::software},
         {L"hardware", provider_kind::hardware}, {L"fileshare", provider_kind::fileshare},
         {L"csv", provider_kind::csv},
     };
-    for (auto& [name, kind] : kinds)
-        if (iequals(type, name))
-            return kind;
-    complain(node, "unknown provider type '" + to_utf8(type) + "'");
+    return required_choice(node, "type", kinds, true, "provider type");
 }
 
 provider_t read_provider(const pugi::xml_node& node) {
@@ -165,17 +172,13 @@ fault_t read_fault(const pugi::xml_node& node) {
 }
 
 writer_phase read_phase(const pugi::xml_node& node) {
-    std::wstring at = required_text(node, "at");
     static const std::pair<const wchar_t*, writer_phase> phases[] = {
         {L"identify", writer_phase::identify},
         {L"prepare", writer_phase::prepare},
         {L"snapshot", writer_phase::snapshot},
         {L"complete", writer_phase::complete},
     };
-    for (auto& [name, phase] : phases)
-        if (at == name)
-            return phase;
-    complain(node, "unknown phase '" + to_utf8(at) + "'");
+    return required_choice(node, "at", phases, false, "phase");
 }
 
 writer_fault_t read_writer_fault(const pugi::xml_node& node) {
