@@ -1,5 +1,7 @@
 // Wide text is UTF-32 here and the ANSI code page is UTF-8, so both code pages share one strict
 // codec: what does not encode a Unicode scalar value fails as the system's conversions do.
+// Whole documents of several megabytes pass through here, nearly all of it ASCII: both directions
+// size their result up front, write through a pointer, and take runs of ASCII a block at a time.
 #include "common/format/codepage.h"
 
 namespace format_impl {
@@ -7,27 +9,47 @@ namespace format_impl {
 namespace {
 
 const std::uint32_t no_unicode_translation = 1113;
+// Characters looked at together on the ASCII road; a block that holds anything else goes
+// character by character.
+constexpr std::size_t ascii_block = 16;
 
 bool is_scalar_value(std::uint32_t c) {
     return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
 }
 
-void append_utf8(std::string& out, std::uint32_t c) {
+std::size_t utf8_length(std::uint32_t c) {
+    return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
+}
+
+char* put_utf8(char* out, std::uint32_t c) {
     if (c < 0x80) {
-        out += static_cast<char>(c);
+        *out++ = static_cast<char>(c);
     } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        *out++ = static_cast<char>(0xC0 | (c >> 6));
+        *out++ = static_cast<char>(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        *out++ = static_cast<char>(0xE0 | (c >> 12));
+        *out++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        *out++ = static_cast<char>(0x80 | (c & 0x3F));
     } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        *out++ = static_cast<char>(0xF0 | (c >> 18));
+        *out++ = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        *out++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        *out++ = static_cast<char>(0x80 | (c & 0x3F));
     }
+    return out;
+}
+
+// The UTF-8 size of the text; nullopt when a character is no scalar value.
+std::optional<std::size_t> utf8_size_of(std::wstring_view text) {
+    std::size_t size = 0;
+    bool valid = true;
+    for (const wchar_t wc : text) {
+        const auto c = static_cast<std::uint32_t>(wc);
+        valid &= is_scalar_value(c);
+        size += utf8_length(c);
+    }
+    return valid ? std::optional<std::size_t>(size) : std::nullopt;
 }
 
 struct sequence_t {
@@ -67,31 +89,49 @@ std::optional<std::uint32_t> decode_at(std::string_view text, std::size_t& pos) 
     return c;
 }
 
+bool is_ascii_block(const char* bytes) {
+    unsigned char any = 0;
+    for (std::size_t i = 0; i < ascii_block; ++i)
+        any |= static_cast<unsigned char>(bytes[i]);
+    return any < 0x80;
+}
+
 } // namespace
 
 std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text, std::uint32_t& error) {
-    std::string out;
-    out.reserve(text.size());
-    for (const wchar_t wc : text) {
-        const auto c = static_cast<std::uint32_t>(wc);
-        if (!is_scalar_value(c)) {
-            error = no_unicode_translation;
-            return std::nullopt;
-        }
-        append_utf8(out, c);
+    const std::optional<std::size_t> size = utf8_size_of(text);
+    if (!size) {
+        error = no_unicode_translation;
+        return std::nullopt;
     }
+    std::string out(*size, '\0');
+    char* cursor = out.data();
+    if (*size == text.size()) {
+        for (const wchar_t wc : text)
+            *cursor++ = static_cast<char>(wc);
+        return out;
+    }
+    for (const wchar_t wc : text)
+        cursor = put_utf8(cursor, static_cast<std::uint32_t>(wc));
     return out;
 }
 
 std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text, std::uint32_t& error) {
-    std::wstring out;
-    out.reserve(text.size());
+    // No sequence yields more characters than it has bytes.
+    std::wstring out(text.size(), L'\0');
+    wchar_t* cursor = out.data();
     std::size_t pos = 0;
     while (pos < text.size()) {
-        // Most of what crosses the pipe is ASCII: no need to run the decoder for it.
+        if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
+            for (std::size_t i = 0; i < ascii_block; ++i)
+                cursor[i] = static_cast<wchar_t>(text[pos + i]);
+            cursor += ascii_block;
+            pos += ascii_block;
+            continue;
+        }
         const auto lead = static_cast<unsigned char>(text[pos]);
         if (lead < 0x80) {
-            out += static_cast<wchar_t>(lead);
+            *cursor++ = static_cast<wchar_t>(lead);
             ++pos;
             continue;
         }
@@ -100,8 +140,9 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
             error = no_unicode_translation;
             return std::nullopt;
         }
-        out += static_cast<wchar_t>(*c);
+        *cursor++ = static_cast<wchar_t>(*c);
     }
+    out.resize(static_cast<std::size_t>(cursor - out.data()));
     return out;
 }
 

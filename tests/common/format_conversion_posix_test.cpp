@@ -36,6 +36,33 @@ TEST(StrictConversion, MalformedUtf8FailsWithTheSourceText) {
     EXPECT_EQ(to_unicode_nothrow("\xff"), L"ANSI -> UNICODE failed.");
 }
 
+// Long runs of ASCII take a faster road: what stands inside or right behind such a run must be
+// judged as strictly as a short text.
+TEST(StrictConversion, MalformedSequenceInsideLongAsciiTextFailsAtAnyPosition) {
+    const std::string ascii(40, 'a');
+    for (std::size_t at = 0; at <= ascii.size(); ++at) {
+        for (const std::string bad : {"\xff", "\xc3", "\xed\xa0\x80"}) {
+            const std::string text = ascii.substr(0, at) + bad + ascii.substr(at);
+            EXPECT_EQ(conversion_failure([&] { from_utf8(text); }).code(), no_unicode_translation) << at;
+        }
+        std::wstring wide(ascii.begin(), ascii.end());
+        wide.insert(at, 1, wchar_t(0xDC00));
+        EXPECT_EQ(conversion_failure([&] { to_utf8(wide); }).code(), no_unicode_translation) << at;
+    }
+}
+
+TEST(StrictConversion, NonAsciiAnywhereInLongTextRoundTrips) {
+    const std::wstring ascii(40, L'a');
+    for (std::size_t at = 0; at <= ascii.size(); ++at) {
+        for (const wchar_t c : {wchar_t(0xE9), wchar_t(0x20AC), wchar_t(0x1F600)}) {
+            std::wstring wide = ascii;
+            wide.insert(at, 1, c);
+            EXPECT_EQ(from_utf8(to_utf8(wide)), wide) << at;
+            EXPECT_EQ(to_utf8(wide).size(), ascii.size() + (c < 0x800 ? 2 : c < 0x10000 ? 3 : 4));
+        }
+    }
+}
+
 TEST(StrictConversion, WideTextWithoutScalarValuesFails) {
     for (const std::wstring& bad : {std::wstring(1, wchar_t(0xD800)), std::wstring(L"a") + wchar_t(0xDFFF),
                                     std::wstring(1, wchar_t(0x110000))}) {
