@@ -4,6 +4,8 @@
 // size their result up front, write through a pointer, and take runs of ASCII a block at a time.
 #include "common/format/codepage.h"
 
+#include <algorithm>
+
 namespace format_impl {
 
 namespace {
@@ -40,16 +42,48 @@ char* put_utf8(char* out, std::uint32_t c) {
     return out;
 }
 
+// Fixed-size loops, so that the compiler can take a block in a few vector steps.
+bool is_ascii_block(const wchar_t* text) {
+    std::uint32_t any = 0;
+    for (std::size_t i = 0; i < ascii_block; ++i)
+        any |= static_cast<std::uint32_t>(text[i]);
+    return any < 0x80;
+}
+
+bool is_ascii_block(const char* bytes) {
+    unsigned char any = 0;
+    for (std::size_t i = 0; i < ascii_block; ++i)
+        any |= static_cast<unsigned char>(bytes[i]);
+    return any < 0x80;
+}
+
+// The block goes through a local copy: the output could alias the input as far as the compiler
+// knows, and that would keep it from copying in vector steps.
+template <typename To, typename From> To* put_ascii_block(To* out, const From* in) {
+    From block[ascii_block];
+    std::copy_n(in, ascii_block, block);
+    To converted[ascii_block];
+    for (std::size_t i = 0; i < ascii_block; ++i)
+        converted[i] = static_cast<To>(block[i]);
+    return std::copy_n(converted, ascii_block, out);
+}
+
 // The UTF-8 size of the text; nullopt when a character is no scalar value.
 std::optional<std::size_t> utf8_size_of(std::wstring_view text) {
     std::size_t size = 0;
-    bool valid = true;
-    for (const wchar_t wc : text) {
-        const auto c = static_cast<std::uint32_t>(wc);
-        valid &= is_scalar_value(c);
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
+            size += ascii_block;
+            pos += ascii_block;
+            continue;
+        }
+        const auto c = static_cast<std::uint32_t>(text[pos++]);
+        if (!is_scalar_value(c))
+            return std::nullopt;
         size += utf8_length(c);
     }
-    return valid ? std::optional<std::size_t>(size) : std::nullopt;
+    return size;
 }
 
 struct sequence_t {
@@ -89,13 +123,6 @@ std::optional<std::uint32_t> decode_at(std::string_view text, std::size_t& pos) 
     return c;
 }
 
-bool is_ascii_block(const char* bytes) {
-    unsigned char any = 0;
-    for (std::size_t i = 0; i < ascii_block; ++i)
-        any |= static_cast<unsigned char>(bytes[i]);
-    return any < 0x80;
-}
-
 } // namespace
 
 std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text, std::uint32_t& error) {
@@ -106,13 +133,15 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
     }
     std::string out(*size, '\0');
     char* cursor = out.data();
-    if (*size == text.size()) {
-        for (const wchar_t wc : text)
-            *cursor++ = static_cast<char>(wc);
-        return out;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
+            cursor = put_ascii_block(cursor, text.data() + pos);
+            pos += ascii_block;
+            continue;
+        }
+        cursor = put_utf8(cursor, static_cast<std::uint32_t>(text[pos++]));
     }
-    for (const wchar_t wc : text)
-        cursor = put_utf8(cursor, static_cast<std::uint32_t>(wc));
     return out;
 }
 
@@ -123,9 +152,7 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     std::size_t pos = 0;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            for (std::size_t i = 0; i < ascii_block; ++i)
-                cursor[i] = static_cast<wchar_t>(text[pos + i]);
-            cursor += ascii_block;
+            cursor = put_ascii_block(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
