@@ -1,11 +1,16 @@
 #include "invoke/pipe_text.h"
 
+#include <algorithm>
+
 namespace win::pipes {
 
 namespace {
 
 constexpr char32_t replacement_character = 0xFFFD;
 constexpr bool wide_is_utf16 = sizeof(wchar_t) == 2;
+// Frames run to megabytes of plain text: blocks of this many units that need no care (no zero,
+// no surrogate, nothing beyond one unit) are copied in a few vector steps.
+constexpr std::size_t plain_block = 16;
 
 bool is_high_surrogate(char32_t unit) {
     return unit >= 0xD800 && unit <= 0xDBFF;
@@ -39,38 +44,96 @@ std::uint8_t* put_code_point(std::uint8_t* out, char32_t code_point) {
     return put_unit(out, 0xDC00 + (code_point & 0x3FF));
 }
 
+// The blocks go through local arrays: as far as the compiler knows, bytes could alias the text.
+
+// Units of the block at unit index `first`, or false when one of them is a zero or, where wide
+// text is UTF-32, a surrogate that may need pairing.
+bool plain_units_at(const byte_buffer_t& bytes, std::size_t first, char16_t (&units)[plain_block]) {
+    std::uint8_t block[2 * plain_block];
+    std::copy_n(bytes.data() + 2 * first, 2 * plain_block, block);
+    for (std::size_t i = 0; i < plain_block; ++i)
+        units[i] = static_cast<char16_t>(block[2 * i] | block[2 * i + 1] << 8);
+    unsigned needs_care = 0;
+    for (const char16_t unit : units)
+        needs_care |= (unit == 0 ? 1u : 0u) | (!wide_is_utf16 && (unit & 0xF800) == 0xD800 ? 1u : 0u);
+    return needs_care == 0;
+}
+
+bool is_single_unit_block(const wchar_t* text) {
+    std::uint32_t any = 0;
+    for (std::size_t i = 0; i < plain_block; ++i)
+        any |= static_cast<std::uint32_t>(text[i]);
+    return wide_is_utf16 || any < 0x10000;
+}
+
+std::uint8_t* put_single_unit_block(std::uint8_t* out, const wchar_t* text) {
+    wchar_t block[plain_block];
+    std::copy_n(text, plain_block, block);
+    std::uint8_t bytes[2 * plain_block];
+    for (std::size_t i = 0; i < plain_block; ++i) {
+        bytes[2 * i] = static_cast<std::uint8_t>(block[i] & 0xFF);
+        bytes[2 * i + 1] = static_cast<std::uint8_t>((block[i] >> 8) & 0xFF);
+    }
+    return std::copy_n(bytes, 2 * plain_block, out);
+}
+
+std::size_t frame_units_of(const std::wstring& text) {
+    std::size_t units = text.size() + 1;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        if (text.size() - pos >= plain_block && is_single_unit_block(text.data() + pos)) {
+            pos += plain_block;
+            continue;
+        }
+        units += encodable(text[pos++]) >= 0x10000 ? 1 : 0;
+    }
+    return units;
+}
+
 } // namespace
 
 frame_text_t DecodeFrameText(const byte_buffer_t& bytes) {
     frame_text_t frame;
     const std::size_t units = bytes.size() / 2;
-    frame.text.reserve(units);
-    for (std::size_t i = 0; i < units; ++i) {
-        const char32_t unit = unit_at(bytes, i);
+    frame.text.resize(units);
+    wchar_t* out = frame.text.data();
+    std::size_t i = 0;
+    while (i < units) {
+        char16_t block[plain_block];
+        if (units - i >= plain_block && plain_units_at(bytes, i, block)) {
+            out = std::copy_n(block, plain_block, out);
+            i += plain_block;
+            continue;
+        }
+        const char32_t unit = unit_at(bytes, i++);
         if (unit == 0) {
             frame.terminated = true;
             break;
         }
-        if (!wide_is_utf16 && is_high_surrogate(unit) && i + 1 < units &&
-            is_low_surrogate(unit_at(bytes, i + 1))) {
-            const char32_t low = unit_at(bytes, ++i);
-            frame.text.push_back(static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00)));
+        if (!wide_is_utf16 && is_high_surrogate(unit) && i < units && is_low_surrogate(unit_at(bytes, i))) {
+            const char32_t low = unit_at(bytes, i++);
+            *out++ = static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
             continue;
         }
-        frame.text.push_back(static_cast<wchar_t>(unit));
+        *out++ = static_cast<wchar_t>(unit);
     }
+    frame.text.resize(static_cast<std::size_t>(out - frame.text.data()));
     return frame;
 }
 
 byte_buffer_t EncodeFrameText(const std::wstring& text) {
     // Sized first: responses run to megabytes, and growing byte by byte shows.
-    std::size_t units = text.size() + 1;
-    for (const wchar_t character : text)
-        units += encodable(character) >= 0x10000 ? 1 : 0;
-    byte_buffer_t bytes(2 * units);
+    byte_buffer_t bytes(2 * frame_units_of(text));
     std::uint8_t* out = bytes.data();
-    for (const wchar_t character : text)
-        out = put_code_point(out, encodable(character));
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        if (text.size() - pos >= plain_block && is_single_unit_block(text.data() + pos)) {
+            out = put_single_unit_block(out, text.data() + pos);
+            pos += plain_block;
+            continue;
+        }
+        out = put_code_point(out, encodable(text[pos++]));
+    }
     put_unit(out, 0);
     return bytes;
 }
