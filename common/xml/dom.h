@@ -62,6 +62,10 @@ dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name);
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name);
+// The same for values that are UTF-8 text already, such as whole documents carried in an
+// attribute: no round trip through wide text. Text that is no UTF-8 fails as its conversion would.
+void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name, const std::string& value);
+std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name);
 GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& name);
 
 // Every child as an element: a comment or text child is a failure, not a skip.

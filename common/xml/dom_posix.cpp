@@ -6,7 +6,11 @@
 
 #include <pugixml.hpp>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -44,7 +48,7 @@ template <class Native> const posix_dom_ref_t& ref_of(const dom_ref_t<Native>& h
 }
 
 // The names the platform gives to nodes that are no elements.
-std::string node_name_of(const pugi::xml_node& node) {
+const char* node_name_of(const pugi::xml_node& node) {
     switch (node.type()) {
     case pugi::node_pcdata:
         return "#text";
@@ -59,14 +63,75 @@ std::string node_name_of(const pugi::xml_node& node) {
     }
 }
 
-bool ascii_iequals(const char* a, const std::string& b) {
+bool ascii_iequals(const char* a, const char* b) {
+    auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    for (; *a != '\0' && *b != '\0'; ++a, ++b)
+        if (fold(*a) != fold(*b))
+            return false;
+    return *a == *b;
+}
+
+// Names and values cross as UTF-8 for one pugixml call each. Nearly all of them are short
+// ASCII text, which is narrowed on the stack; the rest goes through the strict conversion.
+class utf8_arg_t {
+public:
+    explicit utf8_arg_t(const std::wstring& text) {
+        if (text.size() < sizeof(short_) && narrow_ascii(text)) {
+            text_ = short_;
+        } else {
+            long_ = to_utf8(text);
+            text_ = long_.c_str();
+        }
+    }
+    utf8_arg_t(const utf8_arg_t&) = delete;
+    utf8_arg_t& operator=(const utf8_arg_t&) = delete;
+
+    const char* c_str() const noexcept { return text_; }
+
+private:
+    // A zero character ends the text here as it ends the converted one.
+    bool narrow_ascii(const std::wstring& text) {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (static_cast<std::uint32_t>(text[i]) >= 0x80)
+                return false;
+            short_[i] = static_cast<char>(text[i]);
+        }
+        short_[text.size()] = '\0';
+        return true;
+    }
+
+    char short_[256];
+    std::string long_;
+    const char* text_ = nullptr;
+};
+
+// Eight bytes at a time: attribute values carry whole documents.
+bool is_ascii(std::string_view text) {
     std::size_t i = 0;
-    for (; a[i] != '\0' && i < b.size(); ++i) {
-        auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-        if (fold(a[i]) != fold(b[i]))
+    for (; i + 8 <= text.size(); i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, text.data() + i, sizeof word);
+        if ((word & 0x8080808080808080ull) != 0)
             return false;
     }
-    return a[i] == '\0' && i == b.size();
+    for (; i < text.size(); ++i)
+        if (static_cast<unsigned char>(text[i]) >= 0x80)
+            return false;
+    return true;
+}
+
+// ASCII widens as it stands; anything else goes through the strict conversion.
+std::wstring widen_value(const char* value) {
+    const std::string_view text(value);
+    if (!is_ascii(text))
+        return from_utf8(std::string(text));
+    return std::wstring(text.begin(), text.end());
+}
+
+// Text taken as UTF-8 must pass where its conversion to wide text would: up to its first zero.
+void check_utf8(const std::string& text) {
+    if (!is_ascii(text))
+        from_utf8(text);
 }
 
 // The platform refuses what pugixml lets through: no root, several roots, text beside the root.
@@ -81,12 +146,26 @@ bool has_single_root(const pugi::xml_document& document) {
     return roots == 1;
 }
 
+// A few attributes are compared pair by pair; many are sorted first, so that no element costs
+// the square of its attribute count.
 bool has_duplicate_attribute(const pugi::xml_node& element) {
+    constexpr std::size_t pairwise_limit = 8;
+    std::size_t count = 0;
     for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
-        for (pugi::xml_attribute b = a.next_attribute(); b; b = b.next_attribute())
-            if (std::strcmp(a.name(), b.name()) == 0)
-                return true;
-    return false;
+        ++count;
+    if (count <= pairwise_limit) {
+        for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
+            for (pugi::xml_attribute b = a.next_attribute(); b; b = b.next_attribute())
+                if (std::strcmp(a.name(), b.name()) == 0)
+                    return true;
+        return false;
+    }
+    std::vector<std::string_view> names;
+    names.reserve(count);
+    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
+        names.emplace_back(a.name());
+    std::sort(names.begin(), names.end());
+    return std::adjacent_find(names.begin(), names.end()) != names.end();
 }
 
 // The checks of well-formedness that pugixml leaves out.
@@ -162,25 +241,56 @@ dom_node_t dom_as_node(const dom_element_t& element) {
     return make_holder<dom_node_t>(ref.document, ref.node);
 }
 
+namespace {
+
+// The attribute goes in before its value is converted: a value that cannot be converted
+// leaves it there, empty.
+pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::wstring& name) {
+    pugi::xml_node node = ref_of(element).node;
+    const utf8_arg_t name_utf8(name);
+    pugi::xml_attribute attribute = node.attribute(name_utf8.c_str());
+    if (!attribute)
+        attribute = node.append_attribute(name_utf8.c_str());
+    return attribute;
+}
+
+const char* attribute_value(const dom_element_t& element, const std::wstring& name) {
+    const pugi::xml_attribute attribute = ref_of(element).node.attribute(utf8_arg_t(name).c_str());
+    if (!attribute)
+        dom_platform::throw_unexpected_attribute_type(1, name);
+    return attribute.value();
+}
+
+} // namespace
+
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
     try {
-        const posix_dom_ref_t& ref = ref_of(element);
-        const std::string name_utf8 = to_utf8(name);
-        pugi::xml_node node = ref.node;
-        pugi::xml_attribute attribute = node.attribute(name_utf8.c_str());
-        if (!attribute)
-            attribute = node.append_attribute(name_utf8.c_str());
-        attribute.set_value(to_utf8(value).c_str());
+        pugi::xml_attribute attribute = attribute_to_set(element, name);
+        attribute.set_value(utf8_arg_t(value).c_str());
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
+    }
+}
+
+void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+                            const std::string& value) {
+    try {
+        pugi::xml_attribute attribute = attribute_to_set(element, name);
+        check_utf8(value);
+        attribute.set_value(value.c_str());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
     }
 }
 
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name) {
-    const pugi::xml_attribute attribute = ref_of(element).node.attribute(to_utf8(name).c_str());
-    if (!attribute)
-        dom_platform::throw_unexpected_attribute_type(1, name);
-    return from_utf8(attribute.value());
+    return widen_value(attribute_value(element, name));
+}
+
+std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name) {
+    std::string value(attribute_value(element, name));
+    check_utf8(value);
+    return value;
 }
 
 namespace dom_platform {
@@ -189,7 +299,7 @@ dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& 
                                  const std::wstring& name) {
     const posix_dom_ref_t& document = ref_of(owner);
     pugi::xml_node parent_node = ref_of(parent).node;
-    pugi::xml_node element = parent_node.append_child(to_utf8(name).c_str());
+    pugi::xml_node element = parent_node.append_child(utf8_arg_t(name).c_str());
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
     return make_holder<dom_element_t>(document.document, element);
@@ -209,11 +319,11 @@ std::vector<dom_element_t> child_elements(const dom_node_t& node) {
 std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
                                                  std::size_t limit) {
     const posix_dom_ref_t& ref = ref_of(node);
-    const std::string tag_utf8 = to_utf8(tag);
+    const utf8_arg_t tag_utf8(tag);
     std::vector<dom_element_t> elements;
     for (pugi::xml_node child = ref.node.first_child(); child && elements.size() < limit;
          child = child.next_sibling()) {
-        if (!ascii_iequals(node_name_of(child).c_str(), tag_utf8))
+        if (!ascii_iequals(node_name_of(child), tag_utf8.c_str()))
             continue;
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");

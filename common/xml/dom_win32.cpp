@@ -190,6 +190,15 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
     return text != nullptr ? std::wstring(text, SysStringLen(text)) : L"";
 }
 
+void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+                            const std::string& value) {
+    dom_set_attribute(element, name, from_utf8(value));
+}
+
+std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name) {
+    return to_utf8(dom_get_attribute(element, name));
+}
+
 namespace dom_platform {
 
 dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,

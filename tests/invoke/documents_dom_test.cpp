@@ -50,6 +50,28 @@ TEST(DomAttributes, ValuesSurviveAnyText) {
     EXPECT_EQ(dom_get_attribute(root_of(dom_serialize(document)), L"value"), value);
 }
 
+// Short ASCII text takes a faster road than long or other text; all of them must come back whole.
+TEST(DomAttributes, LongAndNonAsciiValuesSurviveAsWellAsShortOnes) {
+    const std::wstring long_ascii(5000, L'x');
+    const std::wstring long_mixed = std::wstring(300, L'y') + L"\u00e9" + std::wstring(300, L'z');
+    const dom_document_t document = dom_create_document();
+    const dom_element_t root = dom_add_child(document, L"Root");
+    dom_set_attribute(root, L"a", long_ascii);
+    dom_set_attribute(root, L"b", long_mixed);
+    dom_set_attribute(root, L"c", std::wstring(L"cut") + L'\0' + L"away");
+    const dom_element_t loaded = root_of(dom_serialize(document));
+    EXPECT_EQ(dom_get_attribute(loaded, L"a"), long_ascii);
+    EXPECT_EQ(dom_get_attribute(loaded, L"b"), long_mixed);
+    EXPECT_EQ(dom_get_attribute(loaded, L"c"), L"cut");
+}
+
+TEST(DomAttributes, ValueThatIsNoUnicodeTextFailsToBeRead) {
+    const dom_element_t root = root_of(L"<Root value='a&#xD800;b'/>");
+    EXPECT_EQ(failure_lines([&] { dom_get_attribute(root, L"value"); }).back(),
+              "Multibyte UTF8 string cannot be converted to unicode string. Source string: [a\xed\xa0\x80"
+              "b].");
+}
+
 TEST(DomAttributes, MissingAttributeReportsTheNullVariantType) {
     const dom_element_t root = root_of(L"<Root Value='x'/>");
     EXPECT_EQ(
@@ -68,6 +90,15 @@ TEST(DomLoading, TextThatIsNotOneWellFormedDocumentFailsWithCodeOne) {
                       "Failed to load XML document '" + std::string(xml.begin(), xml.end()) + "'.");
         }
     }
+}
+
+TEST(DomLoading, RepeatedAttributeIsRefusedHoweverManyTheElementHas) {
+    std::wstring attributes;
+    for (int i = 0; i < 40; ++i)
+        attributes += L" a" + std::to_wstring(i) + L"='x'";
+    EXPECT_NO_THROW(dom_load(L"<Root" + attributes + L"/>"));
+    EXPECT_THROW(dom_load(L"<Root" + attributes + L" a0='y'/>"), exc::com_exc_t);
+    EXPECT_THROW(dom_load(L"<Root><Child" + attributes + L" a39='y'/></Root>"), exc::com_exc_t);
 }
 
 } // namespace
