@@ -6,9 +6,17 @@
 
 namespace {
 
-const wchar_t input_root_name[] = L"InputArguments";
-const wchar_t output_root_name[] = L"OutputArguments";
-const wchar_t value_attribute[] = L"value";
+// Made once: each call would otherwise build them anew.
+struct document_names_t {
+    std::wstring input_root = L"InputArguments";
+    std::wstring output_root = L"OutputArguments";
+    std::wstring value = L"value";
+};
+
+const document_names_t& names() {
+    static const document_names_t instance;
+    return instance;
+}
 
 // Argument names are ASCII constants of the code.
 std::wstring widen_name(const std::string& name) {
@@ -17,18 +25,22 @@ std::wstring widen_name(const std::string& name) {
 
 dom_element_t find_argument(const dom_document_t& document, const std::string& name) {
     try {
-        const dom_element_t root = dom_required_child(document, input_root_name);
+        const dom_element_t root = dom_required_child(document, names().input_root);
         return dom_optional_child(root, widen_name(name));
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to find argument node '%1'.", name, e);
     }
 }
 
-std::wstring read_argument_value(const dom_document_t& document, const std::string& name) {
-    const dom_element_t argument = find_argument(document, name);
+dom_element_t defined_argument(const dom_document_t& document, const std::string& name) {
+    dom_element_t argument = find_argument(document, name);
     if (argument.empty())
         throw exc::runtime_exc_t("Value of the argument '%1' is not defined.", name);
-    return dom_get_attribute(argument, value_attribute);
+    return argument;
+}
+
+std::wstring read_argument_value(const dom_document_t& document, const std::string& name) {
+    return dom_get_attribute(defined_argument(document, name), names().value);
 }
 
 } // namespace
@@ -47,7 +59,7 @@ std::wstring InputArguments_t::ReadText(const std::string& name) const {
 
 std::string InputArguments_t::ReadMultibyte(const std::string& name) const {
     try {
-        return to_utf8(read_argument_value(document_, name));
+        return dom_get_attribute_utf8(defined_argument(document_, name), names().value);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to retrieve value of the multibyte attribute '%1'.", name, e);
     }
@@ -79,14 +91,14 @@ std::wstring InputArguments_t::ReadEncoded(const std::string& name) const {
 }
 
 OutputArguments_t::OutputArguments_t()
-    : document_(dom_create_document()), root_(dom_add_child(document_, output_root_name)) {}
+    : document_(dom_create_document()), root_(dom_add_child(document_, names().output_root)) {}
 
 dom_element_t OutputArguments_t::CreateElement(const std::string& name) {
     return dom_add_child(root_, widen_name(name));
 }
 
 void OutputArguments_t::WriteText(const std::string& name, const std::wstring& value) {
-    dom_set_attribute(CreateElement(name), value_attribute, value);
+    dom_set_attribute(CreateElement(name), names().value, value);
 }
 
 void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
@@ -103,7 +115,7 @@ void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value)
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
     const std::string encoded = base64_encode(to_utf8(value));
-    WriteText(name, std::wstring(encoded.begin(), encoded.end()));
+    dom_set_attribute_utf8(CreateElement(name), names().value, encoded);
 }
 
 std::wstring OutputArguments_t::Serialize() const {

@@ -8,29 +8,41 @@
 
 namespace {
 
-const wchar_t root_name[] = L"FilesList";
-const wchar_t item_name[] = L"File";
-const wchar_t recursive_attribute[] = L"Recursive";
-const wchar_t path_attribute[] = L"Path";
-const wchar_t mask_attribute[] = L"Mask";
-const wchar_t full_path_attribute[] = L"FullPath";
-const wchar_t relative_path_attribute[] = L"RelativePath";
+// Made once: each item would otherwise build them anew.
+struct list_names_t {
+    std::wstring root = L"FilesList";
+    std::wstring item = L"File";
+    std::wstring recursive = L"Recursive";
+    std::wstring path = L"Path";
+    std::wstring mask = L"Mask";
+    std::wstring full_path = L"FullPath";
+    std::wstring relative_path = L"RelativePath";
+    std::wstring true_text = L"true";
+    std::wstring false_text = L"false";
+};
+
+const list_names_t& names() {
+    static const list_names_t instance;
+    return instance;
+}
 
 void write_item(const dom_element_t& root, const CFilesListItem& item) {
-    const dom_element_t element = dom_add_child(root, item_name);
-    dom_set_attribute(element, recursive_attribute, item.recursive != 0 ? L"true" : L"false");
-    dom_set_attribute(element, path_attribute, item.path);
-    dom_set_attribute(element, mask_attribute, item.mask);
-    dom_set_attribute(element, full_path_attribute, item.fullPath);
-    dom_set_attribute(element, relative_path_attribute, item.relativePath);
+    const list_names_t& n = names();
+    const dom_element_t element = dom_add_child(root, n.item);
+    dom_set_attribute(element, n.recursive, item.recursive != 0 ? n.true_text : n.false_text);
+    dom_set_attribute(element, n.path, item.path);
+    dom_set_attribute(element, n.mask, item.mask);
+    dom_set_attribute(element, n.full_path, item.fullPath);
+    dom_set_attribute(element, n.relative_path, item.relativePath);
 }
 
 CFilesListItem read_item(const dom_element_t& element) {
-    const std::uint32_t recursive = iequals(dom_get_attribute(element, recursive_attribute), L"true") ? 1 : 0;
-    std::wstring path = dom_get_attribute(element, path_attribute);
-    std::wstring mask = dom_get_attribute(element, mask_attribute);
-    std::wstring fullPath = dom_get_attribute(element, full_path_attribute);
-    std::wstring relativePath = dom_get_attribute(element, relative_path_attribute);
+    const list_names_t& n = names();
+    const std::uint32_t recursive = iequals(dom_get_attribute(element, n.recursive), n.true_text) ? 1 : 0;
+    std::wstring path = dom_get_attribute(element, n.path);
+    std::wstring mask = dom_get_attribute(element, n.mask);
+    std::wstring fullPath = dom_get_attribute(element, n.full_path);
+    std::wstring relativePath = dom_get_attribute(element, n.relative_path);
     return CFilesListItem(std::move(path), std::move(mask), recursive, std::move(relativePath),
                           std::move(fullPath));
 }
@@ -45,7 +57,7 @@ CFilesListItem::CFilesListItem(std::wstring path, std::wstring mask, std::uint32
 std::wstring SerializeItemsList(const ItemsList& items) {
     try {
         const dom_document_t document = dom_create_document();
-        const dom_element_t root = dom_add_child(document, root_name);
+        const dom_element_t root = dom_add_child(document, names().root);
         for (const CFilesListItem& item : items)
             write_item(root, item);
         return dom_serialize(document);
@@ -57,7 +69,7 @@ std::wstring SerializeItemsList(const ItemsList& items) {
 // Every child counts as an item, whatever its name.
 void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {
     try {
-        const dom_element_t root = dom_required_child(dom_load(xml), root_name);
+        const dom_element_t root = dom_required_child(dom_load(xml), names().root);
         const std::vector<dom_element_t> children = dom_child_elements(root);
         ItemsList read;
         read.reserve(children.size());
