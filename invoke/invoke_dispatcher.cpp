@@ -9,10 +9,8 @@ namespace {
 
 const std::wstring crlf = L"\r\n";
 
-std::wstring without_trailing_crlf(const std::wstring& text) {
-    if (text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0)
-        return text.substr(0, text.size() - crlf.size());
-    return text;
+bool ends_with_crlf(const std::wstring& text) {
+    return text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0;
 }
 
 void trace_call(const std::string& tag, const std::wstring& command, const std::wstring& document) {
@@ -29,7 +27,11 @@ void IInvokeDispatcher::OnSoapEnter(const std::wstring& command, const std::wstr
 }
 
 void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstring& response) {
-    trace_call("[SoapExit] ", command, without_trailing_crlf(response));
+    // The response runs to megabytes: it is copied only when there is a line end to drop.
+    if (ends_with_crlf(response))
+        trace_call("[SoapExit] ", command, response.substr(0, response.size() - crlf.size()));
+    else
+        trace_call("[SoapExit] ", command, response);
 }
 
 void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring&,

@@ -9,6 +9,7 @@
 #include "invoke/pipe_text.h"
 
 #include <chrono>
+#include <string_view>
 #include <thread>
 
 namespace wrap {
@@ -18,6 +19,7 @@ namespace {
 const std::wstring command_prefix = L"cmd:";
 const std::wstring document_prefix = L"xml:";
 const std::wstring crlf = L"\r\n";
+const std::wstring xml_response_prefix = L"xml:";
 
 const logger_t& server_logger() {
     return logging::prx_logger();
@@ -27,9 +29,9 @@ bool starts_with_ignoring_case(const std::wstring& text, const std::wstring& pre
     return text.size() >= prefix.size() && iequals(text.substr(0, prefix.size()), prefix);
 }
 
-std::wstring without_trailing_crlf(const std::wstring& text) {
-    if (text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0)
-        return text.substr(0, text.size() - crlf.size());
+std::wstring_view without_trailing_crlf(std::wstring_view text) {
+    if (text.size() >= crlf.size() && text.substr(text.size() - crlf.size()) == crlf)
+        text.remove_suffix(crlf.size());
     return text;
 }
 
@@ -140,8 +142,14 @@ bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& com
     return true;
 }
 
+// Built in place: the document runs to megabytes.
 std::wstring CPipeInvokeSrv::MakeXmlResponse(const std::wstring& document) {
-    return format_message_w(L"xml:%1", without_trailing_crlf(document));
+    const std::wstring_view body = without_trailing_crlf(document);
+    std::wstring response;
+    response.reserve(xml_response_prefix.size() + body.size());
+    response += xml_response_prefix;
+    response += body;
+    return response;
 }
 
 std::wstring CPipeInvokeSrv::MakeErrorResponse(const std::exception& error) {
