@@ -19,6 +19,24 @@ constexpr std::array<std::int8_t, 256> make_decoding_table() {
 
 constexpr std::array<std::int8_t, 256> decoding_table = make_decoding_table();
 
+// The two characters of every 12 bits: a group of three bytes takes two look-ups.
+constexpr std::array<char, 2 * 4096> make_pair_table() {
+    std::array<char, 2 * 4096> table{};
+    for (int i = 0; i < 4096; ++i) {
+        table[2 * i] = alphabet[i >> 6];
+        table[2 * i + 1] = alphabet[i & 63];
+    }
+    return table;
+}
+
+constexpr std::array<char, 2 * 4096> pair_table = make_pair_table();
+
+char* put_pair(char* out, std::uint32_t twelve_bits) {
+    out[0] = pair_table[2 * twelve_bits];
+    out[1] = pair_table[2 * twelve_bits + 1];
+    return out + 2;
+}
+
 } // namespace
 
 // Both directions write into storage sized up front: documents of several
@@ -28,12 +46,9 @@ std::string base64_encode(const std::string& bytes) {
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
     char* out = text.data();
     std::size_t i = 0;
-    for (; i + 3 <= bytes.size(); i += 3, out += 4) {
+    for (; i + 3 <= bytes.size(); i += 3) {
         const std::uint32_t group = (in[i] << 16) | (in[i + 1] << 8) | in[i + 2];
-        out[0] = alphabet[(group >> 18) & 63];
-        out[1] = alphabet[(group >> 12) & 63];
-        out[2] = alphabet[(group >> 6) & 63];
-        out[3] = alphabet[group & 63];
+        out = put_pair(put_pair(out, group >> 12), group & 4095);
     }
     const std::size_t rest = bytes.size() - i;
     if (rest > 0) {
@@ -48,11 +63,28 @@ std::string base64_encode(const std::string& bytes) {
 
 std::string base64_decode(const std::string& text) {
     std::string bytes(text.size() / 4 * 3 + 2, '\0');
+    const auto* in = reinterpret_cast<const unsigned char*>(text.data());
     char* out = bytes.data();
+    // Whole groups of four while all of them are in the alphabet; the careful loop below
+    // takes over at the first group that is not.
+    std::size_t i = 0;
+    for (; i + 4 <= text.size(); i += 4) {
+        const int a = decoding_table[in[i]];
+        const int b = decoding_table[in[i + 1]];
+        const int c = decoding_table[in[i + 2]];
+        const int d = decoding_table[in[i + 3]];
+        if ((a | b | c | d) < 0)
+            break;
+        const auto group = static_cast<std::uint32_t>(a << 18 | b << 12 | c << 6 | d);
+        out[0] = static_cast<char>(group >> 16);
+        out[1] = static_cast<char>(group >> 8);
+        out[2] = static_cast<char>(group);
+        out += 3;
+    }
     std::uint32_t group = 0;
     int count = 0;
-    for (const char c : text) {
-        const std::int8_t value = decoding_table[static_cast<unsigned char>(c)];
+    for (; i < text.size(); ++i) {
+        const std::int8_t value = decoding_table[in[i]];
         if (value == not_in_alphabet)
             break; // '=' included: whatever came before is the result
         group = (group << 6) | static_cast<std::uint32_t>(value);

@@ -36,4 +36,17 @@ TEST(Base64, DecoderStopsQuietlyAndKeepsWhatItHas) {
     EXPECT_EQ(base64_decode("Zm9vY"), "foo");
 }
 
+// Whole groups take a faster road than the last ones: a break must count wherever it falls.
+TEST(Base64, ABreakAnywhereInALongTextKeepsExactlyWhatCameBefore) {
+    std::string bytes;
+    for (int i = 0; i < 60; ++i)
+        bytes += static_cast<char>(i * 37);
+    const std::string text = base64_encode(bytes);
+    for (std::size_t at = 0; at <= text.size(); ++at) {
+        const std::string decoded = base64_decode(text.substr(0, at) + "!" + text.substr(at));
+        EXPECT_EQ(decoded, base64_decode(text.substr(0, at))) << at;
+        EXPECT_EQ(decoded, bytes.substr(0, at * 3 / 4)) << at;
+    }
+}
+
 } // namespace
