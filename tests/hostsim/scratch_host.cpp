@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -55,38 +54,12 @@ std::string sample_host_xml(const std::string& extra) {
            "</Host>\n";
 }
 
-scratch_host_t::scratch_host_t(const std::string& host_xml) {
-    std::string pattern = (fs::temp_directory_path() / "mirrack-hostsim-XXXXXX").string();
-    dir_ = mkdtemp(pattern.data());
+scratch_host_t::scratch_host_t(const std::string& host_xml) : host_folder_t("mirrack-hostsim") {
     write("host.xml", host_xml);
     write("volumes/c/VMs/vm1/vm1.vhdx", "disk of vm1, before");
     write("volumes/c/VMs/vm1/vm1_A1.avhdx", "checkpoint of vm1");
     write("volumes/csv1/vm2/Disks/vm2.vhdx", "disk of vm2");
     write("shares/fs01-vms/vm3/vm3.vhdx", "disk of vm3");
-    select();
-}
-
-scratch_host_t::~scratch_host_t() {
-    unsetenv("MIRRACK_HOST");
-    std::error_code ignored;
-    fs::remove_all(dir_, ignored);
-}
-
-void scratch_host_t::select() const {
-    setenv("MIRRACK_HOST", dir_.c_str(), 1);
-}
-
-void scratch_host_t::write(const std::string& relative, const std::string& content) const {
-    fs::create_directories((dir_ / relative).parent_path());
-    std::ofstream(dir_ / relative, std::ios::binary | std::ios::trunc) << content;
-}
-
-std::vector<std::string> scratch_host_t::state_lines(const std::string& file) const {
-    std::ifstream in(dir_ / "state" / file);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
 }
 
 std::vector<std::vector<std::string>> scratch_host_t::journal() const {
@@ -102,7 +75,7 @@ std::vector<std::vector<std::string>> scratch_host_t::journal() const {
 }
 
 fs::path scratch_host_t::shadow_dir(unsigned number) const {
-    return dir_ / "state" / "shadows" / std::to_string(number);
+    return dir() / "state" / "shadows" / std::to_string(number);
 }
 
 std::string read_file(const fs::path& file) {

@@ -4,6 +4,7 @@
 
 #include "compat/com_ptr.h"
 #include "compat/vss_api.h"
+#include "tests/support/host_folder.h"
 
 #include <filesystem>
 #include <string>
@@ -23,22 +24,12 @@ extern const GUID hardware_provider_id;
 extern const wchar_t c_volume_name[];
 extern const wchar_t vm1_component[];
 
-class scratch_host_t {
+class scratch_host_t : public test_support::host_folder_t {
 public:
     explicit scratch_host_t(const std::string& host_xml = sample_host_xml());
-    ~scratch_host_t();
-    scratch_host_t(const scratch_host_t&) = delete;
-    scratch_host_t& operator=(const scratch_host_t&) = delete;
 
-    const std::filesystem::path& dir() const { return dir_; }
-    void select() const;
-    void write(const std::string& relative, const std::string& content) const;
     std::vector<std::vector<std::string>> journal() const; // fields of each line
-    std::vector<std::string> state_lines(const std::string& file) const;
     std::filesystem::path shadow_dir(unsigned number) const;
-
-private:
-    std::filesystem::path dir_;
 };
 
 std::string read_file(const std::filesystem::path& file);

@@ -4,14 +4,10 @@
 // MIRRACK_HOST for as long as the object lives.
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include "tests/support/host_folder.h"
+
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 namespace snapshot_test {
 
@@ -92,11 +88,10 @@ inline std::vector<spec_vm_t> three_vms() {
     return {{local_vm, false, {R"(C:\VMs\local\notes.txt)"}}, {csv_vm}, {smb_vm, true}};
 }
 
-class hyperv_host_t {
+class hyperv_host_t : public test_support::host_folder_t {
 public:
-    explicit hyperv_host_t(const std::string& extra = "", const std::string& systemProvider = "") {
-        std::string pattern = (std::filesystem::temp_directory_path() / "mirrack-snapshot-XXXXXX").string();
-        dir_ = ::mkdtemp(pattern.data());
+    explicit hyperv_host_t(const std::string& extra = "", const std::string& systemProvider = "")
+        : host_folder_t("mirrack-snapshot") {
         write("host.xml", hyperv_host_xml(extra, systemProvider));
         write("volumes/c/VMs/local/local.vhdx", "local disk, before");
         write("volumes/c/VMs/local/local_1.avhdx", "local checkpoint");
@@ -111,30 +106,6 @@ public:
         write("volumes/csv1/csv/csv.vhdx", "csv disk, before");
         write("volumes/csv1/csv/Disks/data.vhdx", "csv data");
         write("shares/fs01-vms/smb/smb.vhdx", "smb disk, before");
-        ::setenv("MIRRACK_HOST", dir_.c_str(), 1);
-    }
-    ~hyperv_host_t() {
-        ::unsetenv("MIRRACK_HOST");
-        std::error_code ignored;
-        std::filesystem::remove_all(dir_, ignored);
-    }
-    hyperv_host_t(const hyperv_host_t&) = delete;
-    hyperv_host_t& operator=(const hyperv_host_t&) = delete;
-
-    const std::filesystem::path& dir() const { return dir_; }
-
-    void write(const std::string& relative, const std::string& content) const {
-        std::filesystem::create_directories((dir_ / relative).parent_path());
-        std::ofstream(dir_ / relative, std::ios::binary | std::ios::trunc) << content;
-    }
-
-    std::vector<std::string> state_lines(const std::string& file) const {
-        std::ifstream in(dir_ / "state" / file);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(in, line);)
-            if (!line.empty())
-                lines.push_back(line);
-        return lines;
     }
 
     // The op names of the journal, in order, each with its arguments joined by tabs.
@@ -168,9 +139,6 @@ public:
 
     // No shadow copy lives and no file of a cluster shared volume is prepared for backup.
     bool is_clean() const { return state_lines("shadows.txt").empty() && state_lines("csv.txt").empty(); }
-
-private:
-    std::filesystem::path dir_;
 };
 
 } // namespace snapshot_test
