@@ -38,35 +38,37 @@ std::wstring CRequestArguments::Document() const {
     return document + L"</InputArguments>";
 }
 
+namespace {
+
+struct entity_t {
+    wchar_t character;
+    const wchar_t* text;
+};
+
+// Line breaks and tabs are written as references too: a parser normalises them to spaces
+// inside an attribute value otherwise.
+constexpr entity_t attribute_entities[] = {
+    {L'&', L"&amp;"},  {L'<', L"&lt;"},   {L'>', L"&gt;"},  {L'"', L"&quot;"},
+    {L'\n', L"&#10;"}, {L'\r', L"&#13;"}, {L'\t', L"&#9;"},
+};
+
+const wchar_t* entity_of(wchar_t character) {
+    for (const entity_t& entity : attribute_entities)
+        if (entity.character == character)
+            return entity.text;
+    return nullptr;
+}
+
+} // namespace
+
 std::wstring EscapeXmlAttribute(const std::wstring& text) {
     std::wstring escaped;
     escaped.reserve(text.size());
     for (const wchar_t character : text) {
-        switch (character) {
-        case L'&':
-            escaped += L"&amp;";
-            break;
-        case L'<':
-            escaped += L"&lt;";
-            break;
-        case L'>':
-            escaped += L"&gt;";
-            break;
-        case L'"':
-            escaped += L"&quot;";
-            break;
-        case L'\n':
-            escaped += L"&#10;";
-            break;
-        case L'\r':
-            escaped += L"&#13;";
-            break;
-        case L'\t':
-            escaped += L"&#9;";
-            break;
-        default:
+        if (const wchar_t* entity = entity_of(character))
+            escaped += entity;
+        else
             escaped += character;
-        }
     }
     return escaped;
 }
