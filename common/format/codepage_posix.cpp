@@ -68,6 +68,33 @@ template <typename To, typename From> To* put_ascii_block(To* out, const From* i
     return std::copy_n(converted, ascii_block, out);
 }
 
+// Narrows the block into out when it is all ASCII; false, with out written but not to be
+// used, when it is not.
+bool narrow_ascii_block(const wchar_t* in, char* out) {
+    wchar_t block[ascii_block];
+    std::copy_n(in, ascii_block, block);
+    std::uint32_t any = 0;
+    char narrowed[ascii_block];
+    for (std::size_t i = 0; i < ascii_block; ++i) {
+        any |= static_cast<std::uint32_t>(block[i]);
+        narrowed[i] = static_cast<char>(block[i]);
+    }
+    std::copy_n(narrowed, ascii_block, out);
+    return any < 0x80;
+}
+
+// The length of the text's leading ASCII, narrowed into out (room for the whole text).
+std::size_t narrow_ascii_prefix(std::wstring_view text, char* out) {
+    std::size_t pos = 0;
+    while (text.size() - pos >= ascii_block && narrow_ascii_block(text.data() + pos, out + pos))
+        pos += ascii_block;
+    while (pos < text.size() && static_cast<std::uint32_t>(text[pos]) < 0x80) {
+        out[pos] = static_cast<char>(text[pos]);
+        ++pos;
+    }
+    return pos;
+}
+
 // The UTF-8 size of the text; nullopt when a character is no scalar value.
 std::optional<std::size_t> utf8_size_of(std::wstring_view text) {
     std::size_t size = 0;
@@ -126,14 +153,19 @@ std::optional<std::uint32_t> decode_at(std::string_view text, std::size_t& pos) 
 } // namespace
 
 std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text, std::uint32_t& error) {
-    const std::optional<std::size_t> size = utf8_size_of(text);
-    if (!size) {
+    // Sized for ASCII first, which is narrowed as it is judged; only text that turns out to hold
+    // more is counted and sized again from there.
+    std::string out(text.size(), '\0');
+    std::size_t pos = narrow_ascii_prefix(text, out.data());
+    if (pos == text.size())
+        return out;
+    const std::optional<std::size_t> rest_size = utf8_size_of(text.substr(pos));
+    if (!rest_size) {
         error = no_unicode_translation;
         return std::nullopt;
     }
-    std::string out(*size, '\0');
-    char* cursor = out.data();
-    std::size_t pos = 0;
+    out.resize(pos + *rest_size);
+    char* cursor = out.data() + pos;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
             cursor = put_ascii_block(cursor, text.data() + pos);
