@@ -4,43 +4,21 @@
 // size their result up front, write through a pointer, and take runs of ASCII a block at a time.
 #include "common/format/codepage.h"
 
+#include "compat/utf8_codec.h"
+
 #include <algorithm>
 
 namespace format_impl {
 
 namespace {
 
+using compat::utf8::decode_at;
+using compat::utf8::is_scalar_value;
+
 const std::uint32_t no_unicode_translation = 1113;
 // Characters looked at together on the ASCII road; a block that holds anything else goes
 // character by character.
 constexpr std::size_t ascii_block = 16;
-
-bool is_scalar_value(std::uint32_t c) {
-    return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
-}
-
-std::size_t utf8_length(std::uint32_t c) {
-    return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-}
-
-char* put_utf8(char* out, std::uint32_t c) {
-    if (c < 0x80) {
-        *out++ = static_cast<char>(c);
-    } else if (c < 0x800) {
-        *out++ = static_cast<char>(0xC0 | (c >> 6));
-        *out++ = static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        *out++ = static_cast<char>(0xE0 | (c >> 12));
-        *out++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        *out++ = static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        *out++ = static_cast<char>(0xF0 | (c >> 18));
-        *out++ = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        *out++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        *out++ = static_cast<char>(0x80 | (c & 0x3F));
-    }
-    return out;
-}
 
 // Fixed-size loops, so that the compiler can take a block in a few vector steps.
 bool is_ascii_block(const wchar_t* text) {
@@ -108,46 +86,9 @@ std::optional<std::size_t> utf8_size_of(std::wstring_view text) {
         const auto c = static_cast<std::uint32_t>(text[pos++]);
         if (!is_scalar_value(c))
             return std::nullopt;
-        size += utf8_length(c);
+        size += compat::utf8::encoded_length(c);
     }
     return size;
-}
-
-struct sequence_t {
-    std::size_t length;
-    std::uint32_t lead_bits;
-    std::uint32_t minimum; // smaller values are overlong forms
-};
-
-std::optional<sequence_t> sequence_of(unsigned char lead) {
-    if (lead < 0x80)
-        return sequence_t{1, lead, 0};
-    if ((lead & 0xE0) == 0xC0)
-        return sequence_t{2, lead & 0x1Fu, 0x80};
-    if ((lead & 0xF0) == 0xE0)
-        return sequence_t{3, lead & 0x0Fu, 0x800};
-    if ((lead & 0xF8) == 0xF0)
-        return sequence_t{4, lead & 0x07u, 0x10000};
-    return std::nullopt;
-}
-
-// Decodes the sequence at text[pos]; nullopt when it is malformed, truncated, overlong or no
-// scalar value.
-std::optional<std::uint32_t> decode_at(std::string_view text, std::size_t& pos) {
-    const std::optional<sequence_t> seq = sequence_of(static_cast<unsigned char>(text[pos]));
-    if (!seq || text.size() - pos < seq->length)
-        return std::nullopt;
-    std::uint32_t c = seq->lead_bits;
-    for (std::size_t i = 1; i < seq->length; ++i) {
-        const auto next = static_cast<unsigned char>(text[pos + i]);
-        if ((next & 0xC0) != 0x80)
-            return std::nullopt;
-        c = (c << 6) | (next & 0x3Fu);
-    }
-    if (c < seq->minimum || !is_scalar_value(c))
-        return std::nullopt;
-    pos += seq->length;
-    return c;
 }
 
 } // namespace
@@ -172,7 +113,7 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
             pos += ascii_block;
             continue;
         }
-        cursor = put_utf8(cursor, static_cast<std::uint32_t>(text[pos++]));
+        cursor = compat::utf8::put(cursor, static_cast<std::uint32_t>(text[pos++]));
     }
     return out;
 }
