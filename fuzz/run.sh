@@ -29,8 +29,12 @@ for target in $targets; do
     log="$build_dir/fuzz-logs/$target.log"
     mkdir -p "$corpus" "$artifacts" "$(dirname "$log")"
     echo "== $target: $seconds s"
+    case $target in
+    arguments | items_list | snapshot_ids | backup_spec) set -- -dict="$source_dir/fuzz/dict/xml.dict" ;;
+    *) set -- ;;
+    esac
     status=0
-    "$build_dir/bin/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 \
+    "$build_dir/bin/fuzz_$target" "$@" -max_total_time="$seconds" -print_final_stats=1 \
         -artifact_prefix="$artifacts/" "$corpus" "$source_dir/fuzz/corpus/$target" >"$log" 2>&1 || status=$?
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
