@@ -9,21 +9,24 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
 
-namespace {
+// A document owns its tree, and the text it was parsed from in place. Nodes and elements hold
+// their document alive; an element is its own node view, and its document is its owner, so
+// neither view costs a new holder.
+struct dom_document_native_t : std::enable_shared_from_this<dom_document_native_t> {
+    std::string source;
+    pugi::xml_document tree;
+};
 
-struct posix_dom_ref_t {
-    std::shared_ptr<pugi::xml_document> document;
+struct dom_node_native_t {
+    std::shared_ptr<dom_document_native_t> document;
     pugi::xml_node node;
 };
 
-} // namespace
-
-struct dom_document_native_t : posix_dom_ref_t {};
-struct dom_element_native_t : posix_dom_ref_t {};
-struct dom_node_native_t : posix_dom_ref_t {};
+struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {};
 
 namespace {
 
@@ -33,18 +36,17 @@ constexpr unsigned int parse_options =
     pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_fragment;
 constexpr unsigned int save_options = pugi::format_raw | pugi::format_no_declaration;
 
-template <class Holder, class Native = std::remove_pointer_t<decltype(std::declval<Holder>().native())>>
-Holder make_holder(const std::shared_ptr<pugi::xml_document>& document, pugi::xml_node node) {
-    auto native = std::make_shared<Native>();
-    native->document = document;
-    native->node = node;
-    return Holder(std::move(native));
-}
-
-template <class Native> const posix_dom_ref_t& ref_of(const dom_ref_t<Native>& holder) {
+template <class Native> Native& native_of(const dom_ref_t<Native>& holder) {
     if (holder.empty())
         throw exc::com_exc_t(E_POINTER);
     return *holder.native();
+}
+
+dom_element_t make_element(const std::shared_ptr<dom_document_native_t>& document, pugi::xml_node node) {
+    auto native = std::make_shared<dom_element_native_t>();
+    native->document = document;
+    native->node = node;
+    return dom_element_t(std::move(native));
 }
 
 // The names the platform gives to nodes that are no elements.
@@ -197,29 +199,27 @@ struct string_writer_t : pugi::xml_writer {
 } // namespace
 
 dom_document_t dom_create_document() {
-    auto document = std::make_shared<pugi::xml_document>();
-    return make_holder<dom_document_t>(document, *document);
+    return dom_document_t(std::make_shared<dom_document_native_t>());
 }
 
 dom_document_t dom_load(const std::wstring& xml) {
-    std::string utf8;
+    auto document = std::make_shared<dom_document_native_t>();
     try {
-        utf8 = to_utf8(xml);
+        document->source = to_utf8(xml);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::load_failed_text, to_ansi_nothrow(xml), e);
     }
-    auto document = std::make_shared<pugi::xml_document>();
-    const pugi::xml_parse_result parsed =
-        document->load_buffer(utf8.data(), utf8.size(), parse_options, pugi::encoding_utf8);
-    if (!parsed || !is_well_formed(*document))
+    const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
+        document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
+    if (!parsed || !is_well_formed(document->tree))
         throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
-    return make_holder<dom_document_t>(document, *document);
+    return dom_document_t(std::move(document));
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
     try {
         string_writer_t writer;
-        ref_of(document).node.print(writer, "", save_options, pugi::encoding_utf8);
+        native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
         return from_utf8(writer.text);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
@@ -227,18 +227,19 @@ std::wstring dom_serialize(const dom_document_t& document) {
 }
 
 dom_document_t dom_owner_document(const dom_node_t& node) {
-    const posix_dom_ref_t& ref = ref_of(node);
-    return make_holder<dom_document_t>(ref.document, *ref.document);
+    return dom_document_t(native_of(node).document);
 }
 
 dom_node_t dom_as_node(const dom_document_t& document) {
-    const posix_dom_ref_t& ref = ref_of(document);
-    return make_holder<dom_node_t>(ref.document, ref.node);
+    dom_document_native_t& native = native_of(document);
+    auto node = std::make_shared<dom_node_native_t>();
+    node->document = native.shared_from_this();
+    node->node = native.tree;
+    return dom_node_t(std::move(node));
 }
 
 dom_node_t dom_as_node(const dom_element_t& element) {
-    const posix_dom_ref_t& ref = ref_of(element);
-    return make_holder<dom_node_t>(ref.document, ref.node);
+    return dom_node_t(std::shared_ptr<dom_node_native_t>(native_of(element).shared_from_this()));
 }
 
 namespace {
@@ -246,7 +247,7 @@ namespace {
 // The attribute goes in before its value is converted: a value that cannot be converted
 // leaves it there, empty.
 pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::wstring& name) {
-    pugi::xml_node node = ref_of(element).node;
+    pugi::xml_node node = native_of(element).node;
     const utf8_arg_t name_utf8(name);
     pugi::xml_attribute attribute = node.attribute(name_utf8.c_str());
     if (!attribute)
@@ -255,7 +256,7 @@ pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::ws
 }
 
 const char* attribute_value(const dom_element_t& element, const std::wstring& name) {
-    const pugi::xml_attribute attribute = ref_of(element).node.attribute(utf8_arg_t(name).c_str());
+    const pugi::xml_attribute attribute = native_of(element).node.attribute(utf8_arg_t(name).c_str());
     if (!attribute)
         dom_platform::throw_unexpected_attribute_type(1, name);
     return attribute.value();
@@ -297,37 +298,37 @@ namespace dom_platform {
 
 dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
                                  const std::wstring& name) {
-    const posix_dom_ref_t& document = ref_of(owner);
-    pugi::xml_node parent_node = ref_of(parent).node;
+    dom_document_native_t& document = native_of(owner);
+    pugi::xml_node parent_node = native_of(parent).node;
     pugi::xml_node element = parent_node.append_child(utf8_arg_t(name).c_str());
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
-    return make_holder<dom_element_t>(document.document, element);
+    return make_element(document.shared_from_this(), element);
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {
-    const posix_dom_ref_t& ref = ref_of(node);
+    const dom_node_native_t& parent = native_of(node);
     std::vector<dom_element_t> elements;
-    for (pugi::xml_node child = ref.node.first_child(); child; child = child.next_sibling()) {
+    for (pugi::xml_node child = parent.node.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "Failed to convert XMLDOMNode to XMLDOMElement.");
-        elements.push_back(make_holder<dom_element_t>(ref.document, child));
+        elements.push_back(make_element(parent.document, child));
     }
     return elements;
 }
 
 std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
                                                  std::size_t limit) {
-    const posix_dom_ref_t& ref = ref_of(node);
+    const dom_node_native_t& parent = native_of(node);
     const utf8_arg_t tag_utf8(tag);
     std::vector<dom_element_t> elements;
-    for (pugi::xml_node child = ref.node.first_child(); child && elements.size() < limit;
+    for (pugi::xml_node child = parent.node.first_child(); child && elements.size() < limit;
          child = child.next_sibling()) {
         if (!ascii_iequals(node_name_of(child), tag_utf8.c_str()))
             continue;
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");
-        elements.push_back(make_holder<dom_element_t>(ref.document, child));
+        elements.push_back(make_element(parent.document, child));
     }
     return elements;
 }
