@@ -109,8 +109,10 @@ void OutputArguments_t::WriteBool(const std::string& name, bool value) {
     WriteText(name, value ? L"true" : L"false");
 }
 
+// The narrow printer: the wide one goes through the C library's wide formatter.
 void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
-    WriteText(name, std::to_wstring(value));
+    const std::string digits = std::to_string(value);
+    WriteText(name, std::wstring(digits.begin(), digits.end()));
 }
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
