@@ -78,12 +78,6 @@ TEST_F(dump_folder_test, MoreThanTwentyDumpsArePrunedToNineteen) {
     EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_5.txt"));
 }
 
-TEST_F(dump_folder_test, FolderIsCreatedWithItsParents) {
-    const auto nested = dumps_ / "a" / "b";
-    EXPECT_EQ(next_name(nested), "RZ_crash_0.txt");
-    EXPECT_TRUE(std::filesystem::is_directory(nested));
-}
-
 TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlersInOrder) {
     handler_sequence_t handlers;
     std::atomic<int> runs{0};

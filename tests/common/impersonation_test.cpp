@@ -159,15 +159,3 @@ TEST_F(impersonation_test, InvalidTokenInTheMapGivesAScopeWithoutEffect) {
     EXPECT_FALSE(scope->impersonated());
     EXPECT_EQ(calls_->duplicates.load(), 0);
 }
-
-TEST(ImpersonationCounter, CountsPerThreadAndNeverBelowZero) {
-    win_impersonation_counter_t counter;
-    counter.add(1);
-    counter.add(1);
-    counter.add(2);
-    EXPECT_EQ(counter.take(1), 1u);
-    EXPECT_EQ(counter.count(2), 1u);
-    EXPECT_EQ(counter.take(1), 0u);
-    EXPECT_EQ(counter.take(1), 0u);
-    EXPECT_EQ(counter.count(1), 0u);
-}

@@ -148,21 +148,6 @@ TEST_F(external_log_test, HostNameIsNotLookedUp) {
     EXPECT_TRUE(listener_.received().empty());
 }
 
-TEST_F(external_log_test, EnabledWithoutHostKeepsTheDefaultTarget) {
-    set_registry(R"(<Value name="ExtLogEnabled" type="REG_DWORD" data="1"/>)");
-    write("one");
-    EXPECT_TRUE(receiver_->external_log_enabled());
-    EXPECT_EQ(ntohs(receiver_->target().sin_port), 37183);
-}
-
-TEST(DebugReceiver, IsAFileWithoutPathOrSize) {
-    COutputDebugStringLog receiver;
-    EXPECT_EQ(receiver.path(), "");
-    EXPECT_EQ(receiver.eol(), "\n");
-    EXPECT_EQ(receiver.size(), 0u);
-    EXPECT_FALSE(receiver.external_log_enabled());
-}
-
 TEST(DebugReceiver, ServesTheDbgHandle) {
     logging::install_debug_log();
     EXPECT_EQ(logging::dbg_logger().log, logging::debug_log());
