@@ -226,7 +226,15 @@ private:
     }
 
     static BOOL CALLBACK add_module(PCSTR name, DWORD64 base, ULONG size, PVOID context) {
-        static_cast<record_t*>(context)->add_module_line(name != nullptr ? name : "", base, size);
+        // Some versions give the bare name; the loader knows the path.
+        std::string path = name != nullptr ? name : "";
+        if (path.find_first_of("\\/") == std::string::npos) {
+            const std::string loaded =
+                module_path(reinterpret_cast<HMODULE>(static_cast<std::uintptr_t>(base)));
+            if (!loaded.empty())
+                path = loaded;
+        }
+        static_cast<record_t*>(context)->add_module_line(path, base, size);
         return TRUE;
     }
 
