@@ -3,6 +3,7 @@
 #include "invoke/arguments.h"
 #include "invoke/pipe_invoke_server.h"
 #include "pipe_test_support.h"
+#include "tests/common/log_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -81,4 +82,28 @@ TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
     EXPECT_EQ(dispatcher->failed,
               (std::vector<std::wstring>{L"Fail|<InputArguments/>", L"|", L"Echo|", L"|"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
+}
+
+// The trace carries whole documents; nothing in a command or a document reads as a marker of
+// the log's formatter.
+class ServerTrace : public log_test::log_file_test {};
+
+TEST_F(ServerTrace, EachCallShowsItsCommandAndDocumentsAsTheyAre) {
+    auto dispatcher = std::make_shared<recording_dispatcher_t>();
+    wrap::CPipeInvokeSrv server(pipe_test::fresh_pipe_name(), dispatcher);
+    server.ExecuteRequest(L"cmd:Echo xml:<InputArguments><Say value=\"%1 %2\"/></InputArguments>");
+    server.ExecuteRequest(L"cmd:%1x xml:<InputArguments/>");
+    const std::vector<std::string> lines = bodies();
+    auto has_line_ending_with = [&](const std::string& text) {
+        for (const std::string& line : lines)
+            if (line.size() >= text.size() && line.compare(line.size() - text.size(), text.size(), text) == 0)
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(
+        has_line_ending_with("[SoapEnter] Echo:<InputArguments><Say value=\"%1 %2\"/></InputArguments>"));
+    EXPECT_TRUE(
+        has_line_ending_with("[SoapExit] Echo:<OutputArguments><Said value=\"%1 %2\"/></OutputArguments>"));
+    EXPECT_TRUE(has_line_ending_with("[SoapEnter] %1x:<InputArguments/>"));
+    EXPECT_TRUE(has_line_ending_with("[SoapExit] %1x:<OutputArguments/>"));
 }
