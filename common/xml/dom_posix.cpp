@@ -189,10 +189,24 @@ bool is_well_formed(const pugi::xml_document& document) {
     return true;
 }
 
-struct string_writer_t : pugi::xml_writer {
-    std::string text;
-    void write(const void* data, std::size_t size) override {
-        text.append(static_cast<const char*>(data), size);
+// pugixml hands the text over in pieces of a few kilobytes. They are kept as they come and
+// joined once, at their exact size: a string grown piece by piece is copied anew at every
+// doubling, megabytes at a time for a large document.
+struct pieces_writer_t : pugi::xml_writer {
+    std::vector<std::string> pieces;
+    std::size_t size = 0;
+
+    void write(const void* data, std::size_t length) override {
+        pieces.emplace_back(static_cast<const char*>(data), length);
+        size += length;
+    }
+
+    std::string joined() const {
+        std::string text;
+        text.reserve(size);
+        for (const std::string& piece : pieces)
+            text += piece;
+        return text;
     }
 };
 
@@ -218,9 +232,9 @@ dom_document_t dom_load(const std::wstring& xml) {
 
 std::wstring dom_serialize(const dom_document_t& document) {
     try {
-        string_writer_t writer;
+        pieces_writer_t writer;
         native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
-        return from_utf8(writer.text);
+        return from_utf8(writer.joined());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
     }
