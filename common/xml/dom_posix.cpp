@@ -201,7 +201,9 @@ struct pieces_writer_t : pugi::xml_writer {
         size += length;
     }
 
-    std::string joined() const {
+    std::string joined() {
+        if (pieces.size() == 1)
+            return std::move(pieces.front());
         std::string text;
         text.reserve(size);
         for (const std::string& piece : pieces)
