@@ -5,7 +5,6 @@
 #include "compat/win_types.h"
 
 #include <cstdint>
-#include <cwchar>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,13 +61,28 @@ inline std::optional<GUID> parse_uuid_text(std::wstring_view text) {
     return id;
 }
 
-// Lower case, without braces.
+// Lower case, without braces. Written digit by digit: the C library's wide formatter costs
+// several times more, and the answer to every status poll carries an id.
 inline std::wstring uuid_text(const GUID& id) {
-    wchar_t buf[40];
-    std::swprintf(buf, 40, L"%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x",
-                  static_cast<unsigned>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1], id.Data4[2],
-                  id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
-    return buf;
+    static constexpr wchar_t digits[] = L"0123456789abcdef";
+    std::wstring text(36, L'-');
+    std::size_t pos = 0;
+    auto put = [&](std::uint32_t value, int count) {
+        for (int shift = 4 * (count - 1); shift >= 0; shift -= 4)
+            text[pos++] = digits[(value >> shift) & 0xF];
+    };
+    put(id.Data1, 8);
+    ++pos;
+    put(id.Data2, 4);
+    ++pos;
+    put(id.Data3, 4);
+    ++pos;
+    put(id.Data4[0], 2);
+    put(id.Data4[1], 2);
+    ++pos;
+    for (std::size_t i = 2; i < 8; ++i)
+        put(id.Data4[i], 2);
+    return text;
 }
 
 } // namespace compat

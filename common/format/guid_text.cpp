@@ -7,7 +7,12 @@ std::wstring guid_to_wstring(const GUID& guid) {
     const std::wstring text = format_impl::uuid_to_text(guid);
     if (text.empty())
         return std::wstring();
-    return L"{" + text + L"}";
+    std::wstring braced;
+    braced.reserve(text.size() + 2);
+    braced += L'{';
+    braced += text;
+    braced += L'}';
+    return braced;
 }
 
 std::string guid_to_string(const GUID& guid) {
