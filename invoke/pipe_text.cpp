@@ -1,6 +1,7 @@
 #include "invoke/pipe_text.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace win::pipes {
 
@@ -77,7 +78,8 @@ std::uint8_t* put_single_unit_block(std::uint8_t* out, const wchar_t* text) {
     return std::copy_n(bytes, 2 * plain_block, out);
 }
 
-std::size_t frame_units_of(const std::wstring& text) {
+// Units of the text with its closing U+0000.
+std::size_t frame_units_of(std::wstring_view text) {
     std::size_t units = text.size() + 1;
     std::size_t pos = 0;
     while (pos < text.size()) {
@@ -122,19 +124,28 @@ frame_text_t DecodeFrameText(const byte_buffer_t& bytes) {
 }
 
 byte_buffer_t EncodeFrameText(const std::wstring& text) {
-    // Sized first: responses run to megabytes, and growing byte by byte shows.
-    byte_buffer_t bytes(2 * frame_units_of(text));
-    std::uint8_t* out = bytes.data();
+    // Sized up front (responses run to megabytes) for one unit per character, which nearly
+    // every text needs; the first character that takes two sizes the frame again from there.
+    byte_buffer_t bytes(2 * (text.size() + 1));
+    bool sized_exactly = false;
+    std::size_t written = 0;
     std::size_t pos = 0;
     while (pos < text.size()) {
         if (text.size() - pos >= plain_block && is_single_unit_block(text.data() + pos)) {
-            out = put_single_unit_block(out, text.data() + pos);
+            put_single_unit_block(bytes.data() + written, text.data() + pos);
+            written += 2 * plain_block;
             pos += plain_block;
             continue;
         }
-        out = put_code_point(out, encodable(text[pos++]));
+        const char32_t code_point = encodable(text[pos]);
+        if (code_point >= 0x10000 && !sized_exactly) {
+            bytes.resize(written + 2 * frame_units_of(std::wstring_view(text).substr(pos)));
+            sized_exactly = true;
+        }
+        written = static_cast<std::size_t>(put_code_point(bytes.data() + written, code_point) - bytes.data());
+        ++pos;
     }
-    put_unit(out, 0);
+    put_unit(bytes.data() + written, 0);
     return bytes;
 }
 
