@@ -13,8 +13,17 @@ bool ends_with_crlf(const std::wstring& text) {
     return text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0;
 }
 
+// Joined in storage sized once: the document runs to megabytes.
 void trace_call(const std::string& tag, const std::wstring& command, const std::wstring& document) {
-    log_trace(logging::rpc_logger(), "%1", tag + to_ansi_nothrow(command) + ":" + to_ansi_nothrow(document));
+    const std::string command_text = to_ansi_nothrow(command);
+    const std::string document_text = to_ansi_nothrow(document);
+    std::string line;
+    line.reserve(tag.size() + command_text.size() + 1 + document_text.size());
+    line += tag;
+    line += command_text;
+    line += ':';
+    line += document_text;
+    log_trace(logging::rpc_logger(), "%1", line);
 }
 
 } // namespace
