@@ -11,6 +11,8 @@ struct document_names_t {
     std::wstring input_root = L"InputArguments";
     std::wstring output_root = L"OutputArguments";
     std::wstring value = L"value";
+    std::wstring true_text = L"true";
+    std::wstring false_text = L"false";
 };
 
 const document_names_t& names() {
@@ -106,7 +108,7 @@ void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
 }
 
 void OutputArguments_t::WriteBool(const std::string& name, bool value) {
-    WriteText(name, value ? L"true" : L"false");
+    WriteText(name, value ? names().true_text : names().false_text);
 }
 
 // The narrow printer: the wide one goes through the C library's wide formatter.
