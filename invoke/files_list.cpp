@@ -75,7 +75,12 @@ void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {
         read.reserve(children.size());
         for (const dom_element_t& child : children)
             read.push_back(read_item(child));
-        items.insert(items.end(), std::make_move_iterator(read.begin()), std::make_move_iterator(read.end()));
+        // Into an empty list the read one goes whole rather than item by item.
+        if (items.empty())
+            items.swap(read);
+        else
+            items.insert(items.end(), std::make_move_iterator(read.begin()),
+                         std::make_move_iterator(read.end()));
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to de-serialize XML to the items list.", e);
     }
