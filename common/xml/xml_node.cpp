@@ -17,6 +17,17 @@ namespace {
     throw exc::exc_base_t(format_message("XML error: [%1].", code));
 }
 
+// The parser steps over a UTF-8 character by the length its lead byte announces, also when the
+// text ends inside that character. Zeros behind the text stop it wherever such a step lands, so
+// that it never reads beyond the buffer; the text still ends at its first zero.
+constexpr std::size_t longest_utf8_step = 4;
+
+std::string with_zeros_behind(const std::string& text) {
+    std::string padded(text.c_str());
+    padded.append(longest_utf8_step, '\0');
+    return padded;
+}
+
 const TiXmlAttribute* find_attribute(const xml_node_t& node, const std::string& name) {
     const TiXmlElement* element = node.node != nullptr ? node.node->ToElement() : nullptr;
     if (element == nullptr)
@@ -42,7 +53,8 @@ bool xml_node_t::is_element() const noexcept {
 std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
     try {
         auto document = std::make_shared<TiXmlDocument>();
-        document->Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
+        const std::string padded = with_zeros_behind(text);
+        document->Parse(padded.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
         if (document->Error())
             throw_document_error(*document);
         return document;

@@ -20,6 +20,19 @@ TEST(SpecXmlParsing, SyntaxErrorNamesTheParserErrorAndTheShortenedContent) {
     EXPECT_EQ(failure_lines([] { parse_xml(""); }).size(), 2u);
 }
 
+// A character cut short by the end of the text must not carry the parser past that end: the
+// parser takes the length its lead byte announces, and used to read beyond the buffer (and,
+// before a zero inside the text, on behind that zero).
+TEST(SpecXmlParsing, TheTextEndsAtItsFirstZeroEvenInsideACharacter) {
+    const std::string declared = "<?xml version=\"1.0\"?>";
+    for (const std::string cut : {"\xCB", "\xE2\x82", "\xF0"}) {
+        EXPECT_ANY_THROW(parse_xml(declared + "<a>" + cut + std::string(1, '\0') + "x</a>"));
+        EXPECT_ANY_THROW(parse_xml(declared + "<a b=\"" + cut + std::string(1, '\0') + "\"/>"));
+        EXPECT_ANY_THROW(parse_xml(declared + "<a>" + cut));
+    }
+    EXPECT_EQ(node_name(root_of("<a/>" + std::string(1, '\0') + "<b/>")), "a");
+}
+
 TEST(SpecXmlIntegers, MissingAndUnreadableValuesReportEachOthersText) {
     const xml_node_t node = root_of("<a n='42' tail='7 days' bad='abc'/>");
     EXPECT_EQ(get_attr_int(node, "n"), 42);
