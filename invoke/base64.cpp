@@ -19,6 +19,24 @@ constexpr std::array<std::int8_t, 256> make_decoding_table() {
 
 constexpr std::array<std::int8_t, 256> decoding_table = make_decoding_table();
 
+// The value of a character already shifted to its place in a group of four, one table per
+// place. A character outside the alphabet sets the top bit, so that one test covers the group.
+constexpr std::uint32_t outside_alphabet = 0x80000000u;
+
+constexpr std::array<std::uint32_t, 256> make_placed_table(int shift) {
+    std::array<std::uint32_t, 256> table{};
+    for (int c = 0; c < 256; ++c)
+        table[c] = decoding_table[c] == not_in_alphabet
+                       ? outside_alphabet
+                       : static_cast<std::uint32_t>(decoding_table[c]) << shift;
+    return table;
+}
+
+constexpr std::array<std::uint32_t, 256> placed_first = make_placed_table(18);
+constexpr std::array<std::uint32_t, 256> placed_second = make_placed_table(12);
+constexpr std::array<std::uint32_t, 256> placed_third = make_placed_table(6);
+constexpr std::array<std::uint32_t, 256> placed_fourth = make_placed_table(0);
+
 // The two characters of every 12 bits: a group of three bytes takes two look-ups.
 constexpr std::array<char, 2 * 4096> make_pair_table() {
     std::array<char, 2 * 4096> table{};
@@ -69,13 +87,10 @@ std::string base64_decode(const std::string& text) {
     // takes over at the first group that is not.
     std::size_t i = 0;
     for (; i + 4 <= text.size(); i += 4) {
-        const int a = decoding_table[in[i]];
-        const int b = decoding_table[in[i + 1]];
-        const int c = decoding_table[in[i + 2]];
-        const int d = decoding_table[in[i + 3]];
-        if ((a | b | c | d) < 0)
+        const std::uint32_t group = placed_first[in[i]] | placed_second[in[i + 1]] | placed_third[in[i + 2]] |
+                                    placed_fourth[in[i + 3]];
+        if ((group & outside_alphabet) != 0)
             break;
-        const auto group = static_cast<std::uint32_t>(a << 18 | b << 12 | c << 6 | d);
         out[0] = static_cast<char>(group >> 16);
         out[1] = static_cast<char>(group >> 8);
         out[2] = static_cast<char>(group);
