@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -50,8 +51,7 @@ constexpr std::array<char, 2 * 4096> make_pair_table() {
 constexpr std::array<char, 2 * 4096> pair_table = make_pair_table();
 
 char* put_pair(char* out, std::uint32_t twelve_bits) {
-    out[0] = pair_table[2 * twelve_bits];
-    out[1] = pair_table[2 * twelve_bits + 1];
+    std::memcpy(out, pair_table.data() + 2 * twelve_bits, 2);
     return out + 2;
 }
 
