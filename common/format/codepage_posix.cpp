@@ -4,9 +4,8 @@
 // size their result up front, write through a pointer, and take runs of ASCII a block at a time.
 #include "common/format/codepage.h"
 
+#include "common/format/ascii_runs.h"
 #include "compat/utf8_codec.h"
-
-#include <algorithm>
 
 namespace format_impl {
 
@@ -14,65 +13,11 @@ namespace {
 
 using compat::utf8::decode_at;
 using compat::utf8::is_scalar_value;
+using format_impl::ascii::is_ascii_block;
+using format_impl::ascii::put_block;
+constexpr std::size_t ascii_block = format_impl::ascii::block;
 
 const std::uint32_t no_unicode_translation = 1113;
-// Characters looked at together on the ASCII road; a block that holds anything else goes
-// character by character.
-constexpr std::size_t ascii_block = 16;
-
-// Fixed-size loops, so that the compiler can take a block in a few vector steps.
-bool is_ascii_block(const wchar_t* text) {
-    std::uint32_t any = 0;
-    for (std::size_t i = 0; i < ascii_block; ++i)
-        any |= static_cast<std::uint32_t>(text[i]);
-    return any < 0x80;
-}
-
-bool is_ascii_block(const char* bytes) {
-    unsigned char any = 0;
-    for (std::size_t i = 0; i < ascii_block; ++i)
-        any |= static_cast<unsigned char>(bytes[i]);
-    return any < 0x80;
-}
-
-// The block goes through a local copy: the output could alias the input as far as the compiler
-// knows, and that would keep it from copying in vector steps.
-template <typename To, typename From> To* put_ascii_block(To* out, const From* in) {
-    From block[ascii_block];
-    std::copy_n(in, ascii_block, block);
-    To converted[ascii_block];
-    for (std::size_t i = 0; i < ascii_block; ++i)
-        converted[i] = static_cast<To>(block[i]);
-    return std::copy_n(converted, ascii_block, out);
-}
-
-// Narrows the block into out when it is all ASCII; false, with out written but not to be
-// used, when it is not.
-bool narrow_ascii_block(const wchar_t* in, char* out) {
-    wchar_t block[ascii_block];
-    std::copy_n(in, ascii_block, block);
-    std::uint32_t any = 0;
-    char narrowed[ascii_block];
-    for (std::size_t i = 0; i < ascii_block; ++i) {
-        any |= static_cast<std::uint32_t>(block[i]);
-        narrowed[i] = static_cast<char>(block[i]);
-    }
-    std::copy_n(narrowed, ascii_block, out);
-    return any < 0x80;
-}
-
-// The length of the text's leading ASCII, narrowed into out (room for the whole text).
-std::size_t narrow_ascii_prefix(std::wstring_view text, char* out) {
-    std::size_t pos = 0;
-    while (text.size() - pos >= ascii_block && narrow_ascii_block(text.data() + pos, out + pos))
-        pos += ascii_block;
-    while (pos < text.size() && static_cast<std::uint32_t>(text[pos]) < 0x80) {
-        out[pos] = static_cast<char>(text[pos]);
-        ++pos;
-    }
-    return pos;
-}
-
 // The UTF-8 size of the text; nullopt when a character is no scalar value.
 std::optional<std::size_t> utf8_size_of(std::wstring_view text) {
     std::size_t size = 0;
@@ -97,7 +42,7 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
     // Sized for ASCII first, which is narrowed as it is judged; only text that turns out to hold
     // more is counted and sized again from there.
     std::string out(text.size(), '\0');
-    std::size_t pos = narrow_ascii_prefix(text, out.data());
+    std::size_t pos = ascii::narrow_prefix(text, out.data());
     if (pos == text.size())
         return out;
     const std::optional<std::size_t> rest_size = utf8_size_of(text.substr(pos));
@@ -109,7 +54,7 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
     char* cursor = out.data() + pos;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = put_ascii_block(cursor, text.data() + pos);
+            cursor = put_block(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
@@ -125,7 +70,7 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     std::size_t pos = 0;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = put_ascii_block(cursor, text.data() + pos);
+            cursor = put_block(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }

@@ -1,6 +1,7 @@
 // The DOM over pugixml. Text crosses as UTF-8 inside and as wide strings outside,
 // converted strictly; the messages and codes are those of the platform's DOM.
 #include "common/exc/exc.h"
+#include "common/format/ascii_runs.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
 
@@ -78,7 +79,9 @@ bool ascii_iequals(const char* a, const char* b) {
 class utf8_arg_t {
 public:
     explicit utf8_arg_t(const std::wstring& text) {
-        if (text.size() < sizeof(short_) && narrow_ascii(text)) {
+        if (text.size() < sizeof(short_) && format_impl::ascii::narrow_prefix(text, short_) == text.size()) {
+            // A zero character ends the text here as it ends the converted one.
+            short_[text.size()] = '\0';
             text_ = short_;
         } else {
             long_ = to_utf8(text);
@@ -91,48 +94,23 @@ public:
     const char* c_str() const noexcept { return text_; }
 
 private:
-    // A zero character ends the text here as it ends the converted one.
-    bool narrow_ascii(const std::wstring& text) {
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (static_cast<std::uint32_t>(text[i]) >= 0x80)
-                return false;
-            short_[i] = static_cast<char>(text[i]);
-        }
-        short_[text.size()] = '\0';
-        return true;
-    }
-
     char short_[256];
     std::string long_;
     const char* text_ = nullptr;
 };
 
-// Eight bytes at a time: attribute values carry whole documents.
-bool is_ascii(std::string_view text) {
-    std::size_t i = 0;
-    for (; i + 8 <= text.size(); i += 8) {
-        std::uint64_t word;
-        std::memcpy(&word, text.data() + i, sizeof word);
-        if ((word & 0x8080808080808080ull) != 0)
-            return false;
-    }
-    for (; i < text.size(); ++i)
-        if (static_cast<unsigned char>(text[i]) >= 0x80)
-            return false;
-    return true;
-}
-
 // ASCII widens as it stands; anything else goes through the strict conversion.
 std::wstring widen_value(const char* value) {
     const std::string_view text(value);
-    if (!is_ascii(text))
+    std::wstring wide(text.size(), L'\0');
+    if (format_impl::ascii::widen_prefix(text, wide.data()) != text.size())
         return from_utf8(std::string(text));
-    return std::wstring(text.begin(), text.end());
+    return wide;
 }
 
 // Text taken as UTF-8 must pass where its conversion to wide text would: up to its first zero.
 void check_utf8(const std::string& text) {
-    if (!is_ascii(text))
+    if (!format_impl::ascii::is_ascii(text))
         from_utf8(text);
 }
 
