@@ -1,6 +1,8 @@
 #include "invoke/pipe_text.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <string_view>
 
 namespace win::pipes {
@@ -50,10 +52,14 @@ std::uint8_t* put_code_point(std::uint8_t* out, char32_t code_point) {
 // Units of the block at unit index `first`, or false when one of them is a zero or, where wide
 // text is UTF-32, a surrogate that may need pairing.
 bool plain_units_at(const byte_buffer_t& bytes, std::size_t first, char16_t (&units)[plain_block]) {
-    std::uint8_t block[2 * plain_block];
-    std::copy_n(bytes.data() + 2 * first, 2 * plain_block, block);
-    for (std::size_t i = 0; i < plain_block; ++i)
-        units[i] = static_cast<char16_t>(block[2 * i] | block[2 * i + 1] << 8);
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(units, bytes.data() + 2 * first, sizeof units);
+    } else {
+        std::uint8_t block[2 * plain_block];
+        std::copy_n(bytes.data() + 2 * first, 2 * plain_block, block);
+        for (std::size_t i = 0; i < plain_block; ++i)
+            units[i] = static_cast<char16_t>(block[2 * i] | block[2 * i + 1] << 8);
+    }
     unsigned needs_care = 0;
     for (const char16_t unit : units)
         needs_care |= (unit == 0 ? 1u : 0u) | (!wide_is_utf16 && (unit & 0xF800) == 0xD800 ? 1u : 0u);
@@ -70,12 +76,16 @@ bool is_single_unit_block(const wchar_t* text) {
 std::uint8_t* put_single_unit_block(std::uint8_t* out, const wchar_t* text) {
     wchar_t block[plain_block];
     std::copy_n(text, plain_block, block);
-    std::uint8_t bytes[2 * plain_block];
-    for (std::size_t i = 0; i < plain_block; ++i) {
-        bytes[2 * i] = static_cast<std::uint8_t>(block[i] & 0xFF);
-        bytes[2 * i + 1] = static_cast<std::uint8_t>((block[i] >> 8) & 0xFF);
+    char16_t units[plain_block];
+    for (std::size_t i = 0; i < plain_block; ++i)
+        units[i] = static_cast<char16_t>(block[i]);
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(out, units, sizeof units);
+        return out + sizeof units;
     }
-    return std::copy_n(bytes, 2 * plain_block, out);
+    for (const char16_t unit : units)
+        out = put_unit(out, unit);
+    return out;
 }
 
 // Units of the text with its closing U+0000.
