@@ -35,8 +35,10 @@ std::string ByteProgressText(std::uint64_t done, std::uint64_t total, unsigned w
     const unsigned filled = static_cast<unsigned>(percent) * width / 100;
     char figure[8];
     std::snprintf(figure, sizeof figure, "%3d%%", percent);
-    return "[" + std::string(filled, '#') + std::string(width - filled, '-') + "] " + figure + "  " +
-           FormatByteCount(done) + " / " + FormatByteCount(total);
+    std::string text = "[";
+    text.append(filled, '#').append(width - filled, '-').append("] ").append(figure).append("  ");
+    text.append(FormatByteCount(done)).append(" / ").append(FormatByteCount(total));
+    return text;
 }
 
 CByteProgressBar::CByteProgressBar(std::ostream& out, std::uint64_t total, bool inPlace)
