@@ -39,9 +39,14 @@ std::string hex_to_string(std::uint32_t value) {
     return buffer;
 }
 
+// Counted in characters, so that a cut never falls inside one; the text goes through wide text,
+// which the conversions can always give.
 std::string shorten_for_log(const std::string& text) {
     if (text.size() <= log_text_limit)
         return text;
-    return text.substr(0, log_text_limit) +
-           "..., length: " + num_to_string(static_cast<std::uint64_t>(text.size()));
+    const std::wstring characters = to_unicode_nothrow(text);
+    if (characters.size() <= log_text_limit)
+        return text;
+    return to_ansi_nothrow(characters.substr(0, log_text_limit)) +
+           "..., length: " + num_to_string(static_cast<std::uint64_t>(characters.size()));
 }

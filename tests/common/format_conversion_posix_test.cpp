@@ -1,5 +1,5 @@
-#include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/format/unicode_units.h"
 
 #include <gtest/gtest.h>
 
@@ -8,76 +8,97 @@
 
 namespace {
 
-const std::uint32_t no_unicode_translation = 1113;
+const std::wstring r(1, wchar_t(0xFFFD));
 
-template <typename Call> exc::win_sys_exc_t conversion_failure(Call call) {
-    try {
-        call();
-    } catch (const exc::win_sys_exc_t& e) {
-        return e;
-    }
-    ADD_FAILURE() << "conversion did not fail";
-    return exc::win_sys_exc_t(0);
-}
+struct bad_bytes_t {
+    const char* name;
+    std::string bytes;
+    std::wstring wide;
+};
+
+// One replacement character per maximal subpart: the longest start of a well-formed sequence,
+// or a single byte that starts none.
+const bad_bytes_t bad_bytes[] = {
+    {"lone_ff", "\xff", r},
+    {"truncated_at_end", "a\xc3", L"a" + r},
+    {"truncated_before_ascii", "\xe2\x82x", r + L"x"},
+    {"truncated_four_bytes", "\xf0\x9f\x98", r},
+    {"stray_continuations", "\x80\xbf", r + r},
+    {"overlong_two_bytes", "\xc0\xaf", r + r},
+    {"overlong_three_bytes", "\xe0\x80\x80", r + r + r},
+    {"encoded_surrogate", "\xed\xa0\x80", r + r + r},
+    {"above_last_code_point", "\xf4\x90\x80\x80", r + r + r + r},
+    {"mixed", "\x61\xf1\x80\x80\xe1\x80\xc2\x62\x80\x63\x80\xbf\x64",
+     L"a" + r + r + r + L"b" + r + L"c" + r + r + L"d"},
+    {"largest_values_pass", "\xef\xbf\xbf\xf4\x8f\xbf\xbf", std::wstring(L"\uffff") + wchar_t(0x10FFFF)},
+};
 
 } // namespace
 
-TEST(StrictConversion, MalformedUtf8FailsWithTheSourceText) {
-    for (const std::string bad : {"\xff", "a\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x80"}) {
-        const auto e = conversion_failure([&] { from_utf8(bad); });
-        EXPECT_EQ(e.code(), no_unicode_translation);
-        EXPECT_EQ(e.messages().back().text,
-                  "Multibyte UTF8 string cannot be converted to unicode string. Source string: [" + bad +
-                      "].");
-        const auto ansi = conversion_failure([&] { to_unicode(bad); });
-        EXPECT_EQ(ansi.messages().back().text,
-                  "Multibyte string cannot be converted to unicode string. Source string: [" + bad + "].");
+// The system's conversions with no flags: bad input never fails, and every sequence that is not
+// well-formed stands as U+FFFD while the rest is kept.
+TEST(ReplacingConversion, EachMaximalSubpartBecomesOneReplacement) {
+    for (const bad_bytes_t& c : bad_bytes) {
+        EXPECT_EQ(from_utf8(c.bytes), c.wide) << c.name;
+        EXPECT_EQ(to_unicode(c.bytes), c.wide) << c.name;
+        EXPECT_EQ(to_unicode_nothrow(c.bytes), c.wide) << c.name;
     }
-    EXPECT_EQ(to_unicode_nothrow("\xff"), L"ANSI -> UNICODE failed.");
+}
+
+TEST(ReplacingConversion, WideTextWithoutScalarValuesNarrowsToReplacements) {
+    const std::string fffd = "\xef\xbf\xbd";
+    // UTF-32 does not pair surrogates: each one is a bad character of its own.
+    const std::wstring bad =
+        std::wstring(L"a") + wchar_t(0xD800) + wchar_t(0xDC00) + L"b" + wchar_t(0x110000);
+    const std::string expected = "a" + fffd + fffd + "b" + fffd;
+    EXPECT_EQ(to_utf8(bad), expected);
+    EXPECT_EQ(to_ansi(bad), expected);
+    EXPECT_EQ(to_ansi_nothrow(bad), expected);
 }
 
 // Long runs of ASCII take a faster road: what stands inside or right behind such a run must be
-// judged as strictly as a short text.
-TEST(StrictConversion, MalformedSequenceInsideLongAsciiTextFailsAtAnyPosition) {
+// read as a short text is.
+TEST(ReplacingConversion, BadSequenceInsideLongAsciiTextIsReplacedAtAnyPosition) {
     const std::string ascii(40, 'a');
+    const std::wstring wide_ascii(ascii.begin(), ascii.end());
     for (std::size_t at = 0; at <= ascii.size(); ++at) {
-        for (const std::string bad : {"\xff", "\xc3", "\xed\xa0\x80"}) {
-            const std::string text = ascii.substr(0, at) + bad + ascii.substr(at);
-            EXPECT_EQ(conversion_failure([&] { from_utf8(text); }).code(), no_unicode_translation) << at;
+        for (const bad_bytes_t& c : bad_bytes) {
+            const std::string text = ascii.substr(0, at) + c.bytes + ascii.substr(at);
+            EXPECT_EQ(from_utf8(text), wide_ascii.substr(0, at) + c.wide + wide_ascii.substr(at))
+                << c.name << at;
         }
-        std::wstring wide(ascii.begin(), ascii.end());
+        std::wstring wide = wide_ascii;
         wide.insert(at, 1, wchar_t(0xDC00));
-        EXPECT_EQ(conversion_failure([&] { to_utf8(wide); }).code(), no_unicode_translation) << at;
-    }
-}
-
-TEST(StrictConversion, NonAsciiAnywhereInLongTextRoundTrips) {
-    const std::wstring ascii(40, L'a');
-    for (std::size_t at = 0; at <= ascii.size(); ++at) {
+        EXPECT_EQ(to_utf8(wide), ascii.substr(0, at) + "\xef\xbf\xbd" + ascii.substr(at)) << at;
         for (const wchar_t c : {wchar_t(0xE9), wchar_t(0x20AC), wchar_t(0x1F600)}) {
-            std::wstring wide = ascii;
-            wide.insert(at, 1, c);
-            EXPECT_EQ(from_utf8(to_utf8(wide)), wide) << at;
-            EXPECT_EQ(to_utf8(wide).size(), ascii.size() + (c < 0x800 ? 2 : c < 0x10000 ? 3 : 4));
+            std::wstring round = wide_ascii;
+            round.insert(at, 1, c);
+            EXPECT_EQ(from_utf8(to_utf8(round)), round) << at;
         }
     }
 }
 
-TEST(StrictConversion, WideTextWithoutScalarValuesFails) {
-    for (const std::wstring& bad : {std::wstring(1, wchar_t(0xD800)), std::wstring(L"a") + wchar_t(0xDFFF),
-                                    std::wstring(1, wchar_t(0x110000))}) {
-        const auto e = conversion_failure([&] { to_utf8(bad); });
-        EXPECT_EQ(e.code(), no_unicode_translation);
-        EXPECT_EQ(e.messages().back().text, "Unicode string cannot be converted to UTF8 string.");
-        const auto ansi = conversion_failure([&] { to_ansi(bad); });
-        EXPECT_EQ(ansi.messages().back().text, "Unicode string cannot be converted to multibyte string.");
-        EXPECT_EQ(to_ansi_nothrow(bad), "UNICODE->ANSI failed");
+TEST(ReplacingConversion, Utf16PairsJoinAndLoneSurrogatesAreReplaced) {
+    const std::u16string pair = u"\U0001F600";
+    EXPECT_EQ(unicode::decode_utf16(pair).value, U'\U0001F600');
+    EXPECT_EQ(unicode::decode_utf16(pair).units, 2u);
+    for (const std::u16string& lone :
+         {std::u16string(1, u'\xDC00'), std::u16string(1, u'\xD800'), std::u16string{u'\xD800', u'a'},
+          std::u16string{u'\xDC00', u'\xDC00'}}) {
+        EXPECT_EQ(unicode::decode_utf16(lone).value, unicode::replacement_character);
+        EXPECT_EQ(unicode::decode_utf16(lone).units, 1u);
     }
 }
 
-TEST(StrictConversion, LargestScalarValuesPass) {
-    EXPECT_EQ(to_utf8(std::wstring(1, wchar_t(0x10FFFF))), "\xf4\x8f\xbf\xbf");
-    EXPECT_EQ(from_utf8("\xef\xbf\xbf\xf0\x90\x80\x80"), std::wstring(L"\uffff") + wchar_t(0x10000));
+// The ANSI code page is UTF-8 here, so a character can take up to four bytes.
+TEST(LogShortening, CountsCharactersNotBytes) {
+    const std::string e_acute = "\xc3\xa9";
+    std::string whole;
+    for (int i = 0; i < 128; ++i)
+        whole += e_acute;
+    EXPECT_EQ(shorten_for_log(whole), whole);
+    const std::string cut = std::string(127, 'a') + e_acute + "\xf0\x9f\x98\x80" + "bc";
+    EXPECT_EQ(shorten_for_log(cut), std::string(127, 'a') + e_acute + "..., length: 131");
 }
 
 TEST(EnvironmentExpansion, KnownNamesExpandUnknownOnesStay) {

@@ -165,16 +165,52 @@ TEST_F(ToolSession, SpecsThatArentFailWithTheParserThenTheCommandLine) {
         EXPECT_TRUE(frame.ends_with(L"\n--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'."))
             << frame;
     }
-    // Bytes that are no UTF-8 fail in the decoding, before any command work.
-    const std::wstring frame =
+    EndSession();
+}
+
+// Text that is not well-formed reaches every answer and log line with U+FFFD in place of each bad
+// sequence and every other word kept, as the system's conversions give it.
+TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords) {
+    // Lone surrogates in a command name, a text argument and a document.
+    EXPECT_EQ(Call(L"Frob\xD800nicate"), L"err:Command [Frob\uFFFDnicate] not found");
+    const std::wstring unloaded = Exchange(L"cmd:CloseSnapshot xml:<Input\xDC00");
+    EXPECT_TRUE(unloaded.starts_with(L"err:")) << unloaded;
+    EXPECT_TRUE(Contains(unloaded, L"'<Input\uFFFD'")) << unloaded;
+    EXPECT_EQ(Call(L"GetSnapshotInfo",
+                   CRequestArguments().AddText(L"Note", std::wstring(L"a") + wchar_t(0xDBFF) + L"b")),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
+
+    // Bytes that are not UTF-8 in a specification: the command runs on the rest of its content.
+    const std::wstring started =
         Call(L"BeginSnapshotCreation",
-             JobArguments().AddEncodedBytes(L"SnapshotXmlSpec", std::string("\xff\xfe<x/>")));
-    EXPECT_TRUE(frame.starts_with(L"err:")) << frame;
-    EXPECT_FALSE(Contains(frame, L"Failed to create snapshot task")) << frame;
+             JobArguments().AddEncodedBytes(L"SnapshotXmlSpec",
+                                            "<HVBackupSpec><VMs><VM id=\"vm\xff\"/></VMs></HVBackupSpec>"));
+    EXPECT_TRUE(started.starts_with(L"xml:<OutputArguments><SnapshotId value=\"{")) << started;
+
+    // A broken one is quoted up to its 128th character, and not into the middle of the next.
+    std::string broken = "<HVBackupSpec><VMs>";
+    std::wstring characters = L"<HVBackupSpec><VMs>";
+    for (int i = 0; i < 141; ++i) {
+        broken += "\xc3\xa9";
+        if (characters.size() < 128)
+            characters += L"\u00e9";
+    }
+    const std::wstring total = L"160";
+    const std::wstring failed =
+        Call(L"BeginSnapshotCreation", JobArguments().AddEncodedBytes(L"SnapshotXmlSpec", broken));
+    EXPECT_TRUE(Contains(failed, L"Source content: [" + characters + L"..., length: " + total + L"]."))
+        << failed;
+    EXPECT_TRUE(failed.ends_with(L"\n--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'."))
+        << failed;
+
     const std::string log = EndSession();
-    EXPECT_TRUE(
-        Contains(log, "Multibyte UTF8 string cannot be converted to unicode string. Source string: ["))
-        << log;
+    const std::string fffd = "\xef\xbf\xbd";
+    EXPECT_TRUE(Contains(log, "VmID: 'vm" + fffd + "'")) << log;
+    EXPECT_TRUE(Contains(log, "[SoapEnter] Frob" + fffd + "nicate:")) << log;
+    EXPECT_TRUE(Contains(log, "RPC method call has failed (Frob" + fffd + "nicate).")) << log;
+    EXPECT_TRUE(Contains(log, "value=\"a" + fffd + "b\"")) << log;
+    EXPECT_FALSE(Contains(log, "UNICODE->ANSI failed")) << log;
+    EXPECT_FALSE(Contains(log, "ANSI -> UNICODE failed.")) << log;
 }
 
 namespace {
