@@ -5,7 +5,9 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/win/errno_posix.h"
 #include "common/win/event.h"
+#include "common/win/native_name_posix.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,7 +29,6 @@ namespace win::pipes {
 
 namespace {
 
-constexpr DWORD error_invalid_function = 1;
 constexpr DWORD error_invalid_name = 123;
 constexpr DWORD error_bad_pathname = 161;
 constexpr DWORD error_filename_exced_range = 206;
@@ -36,30 +37,10 @@ constexpr std::size_t length_field_size = 4;
 constexpr auto connect_retry_pause = std::chrono::milliseconds(20);
 constexpr auto event_check_period = std::chrono::milliseconds(100);
 
+// A socket whose peer has gone reads as a broken pipe, as a pipe does; any other errno as it does
+// for every call of the platform.
 DWORD win32_code_of_errno(int error) {
-    switch (error) {
-    case ENOENT:
-        return ERROR_FILE_NOT_FOUND;
-    case ENOTDIR:
-        return ERROR_PATH_NOT_FOUND;
-    case EACCES:
-    case EPERM:
-        return ERROR_ACCESS_DENIED;
-    case EADDRINUSE:
-        return ERROR_PIPE_BUSY;
-    case EPIPE:
-    case ECONNRESET:
-    case ENOTCONN:
-        return ERROR_BROKEN_PIPE;
-    case ENAMETOOLONG:
-        return error_filename_exced_range;
-    case EINVAL:
-        return ERROR_INVALID_PARAMETER;
-    case EBADF:
-        return ERROR_INVALID_HANDLE;
-    default:
-        return error_invalid_function;
-    }
+    return error == ENOTCONN ? ERROR_BROKEN_PIPE : win::win32_error_from_errno(error);
 }
 
 class fd_t {
@@ -129,7 +110,7 @@ std::string socket_name_of(const std::wstring& full_path) {
     const std::wstring name = full_path.substr(prefix.size());
     if (name.find_first_of(L"/\\") != std::wstring::npos || name == L"." || name == L"..")
         fail_with(error_invalid_name);
-    return to_utf8(name);
+    return win::native_name_bytes(name);
 }
 
 std::string socket_path_of(const std::wstring& full_path) {

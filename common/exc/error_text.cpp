@@ -3,8 +3,6 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 
-#include <system_error>
-
 namespace exc {
 
 namespace {
@@ -19,8 +17,7 @@ std::string sys_error_text(std::uint32_t code) {
         if (auto text = internet_message_text(code))
             return *text;
     }
-    return std::system_category().message(static_cast<int>(code)) +
-           ". Error code: " + num_to_string(static_cast<std::uint64_t>(code));
+    return system_category_text(code) + ". Error code: " + num_to_string(static_cast<std::uint64_t>(code));
 }
 
 std::string com_error_text(std::int32_t code) {

@@ -11,6 +11,8 @@ namespace exc {
 std::optional<std::string> system_message_text(std::uint32_t code);
 // The text of the internet-access module's message table (codes 12000 to 12174).
 std::optional<std::string> internet_message_text(std::uint32_t code);
+// The last resort for a code that neither table holds: the system category's own words for it.
+std::string system_category_text(std::uint32_t code);
 // Takes the calling thread's COM error object away and returns its description, if there is one.
 std::optional<std::string> thread_error_description();
 

@@ -21,8 +21,11 @@ const std::map<std::uint32_t, const char*>& system_texts() {
         {13, "The data is invalid.\r\n"},
         {14, "Not enough memory resources are available to complete this operation.\r\n"},
         {15, "The system cannot find the drive specified.\r\n"},
+        {17, "The system cannot move the file to a different disk drive.\r\n"},
         {18, "There are no more files.\r\n"},
+        {19, "The media is write protected.\r\n"},
         {21, "The device is not ready.\r\n"},
+        {31, "A device attached to the system is not functioning.\r\n"},
         {32, "The process cannot access the file because it is being used by another process.\r\n"},
         {33, "The process cannot access the file because another process has locked a portion of the "
              "file.\r\n"},
@@ -35,17 +38,21 @@ const std::map<std::uint32_t, const char*>& system_texts() {
         {109, "The pipe has been ended.\r\n"},
         {112, "There is not enough space on the disk.\r\n"},
         {120, "This function is not supported on this system.\r\n"},
+        {121, "The semaphore timeout period has expired.\r\n"},
         {122, "The data area passed to a system call is too small.\r\n"},
         {123, "The filename, directory name, or volume label syntax is incorrect.\r\n"},
         {126, "The specified module could not be found.\r\n"},
         {127, "The specified procedure could not be found.\r\n"},
         {145, "The directory is not empty.\r\n"},
         {161, "The specified path is invalid.\r\n"},
+        {170, "The requested resource is in use.\r\n"},
         {183, "Cannot create a file when that file already exists.\r\n"},
         {203, "The system could not find the environment option that was entered.\r\n"},
         {206, "The filename or extension is too long.\r\n"},
+        {223, "The file size exceeds the limit allowed and cannot be saved.\r\n"},
         {231, "All pipe instances are busy.\r\n"},
         {232, "The pipe is being closed.\r\n"},
+        {233, "No process is on the other end of the pipe.\r\n"},
         {234, "More data is available.\r\n"},
         {258, "The wait operation timed out.\r\n"},
         {259, "No more data is available.\r\n"},
@@ -54,6 +61,8 @@ const std::map<std::uint32_t, const char*>& system_texts() {
               "request.\r\n"},
         {997, "Overlapped I/O operation is in progress.\r\n"},
         {1113, "No mapping for the Unicode character exists in the target multi-byte code page.\r\n"},
+        {1117, "The request could not be performed because of an I/O device error.\r\n"},
+        {1142, "An attempt was made to create more links on a file than the file system supports.\r\n"},
         {1168, "Element not found.\r\n"},
         {1223, "The operation was canceled by the user.\r\n"},
         {1314, "A required privilege is not held by the client.\r\n"},
@@ -62,6 +71,7 @@ const std::map<std::uint32_t, const char*>& system_texts() {
         {1705, "The string universal unique identifier (UUID) is invalid.\r\n"},
         {1722, "The RPC server is unavailable.\r\n"},
         {1813, "The specified resource type cannot be found in the image file.\r\n"},
+        {1921, "The name of the file cannot be resolved by the system.\r\n"},
         // HRESULTs outside the Win32 facility that the system table also knows.
         {0x80004001u, "Not implemented\r\n"},
         {0x80004002u, "No such interface supported\r\n"},
@@ -110,6 +120,12 @@ std::optional<std::string> system_message_text(std::uint32_t code) {
 
 std::optional<std::string> internet_message_text(std::uint32_t code) {
     return lookup(internet_texts(), code);
+}
+
+// The system category of this platform holds errno values, not Win32 codes: reading a Win32 code
+// there would give the words of an unrelated errno.
+std::string system_category_text(std::uint32_t) {
+    return "Unknown error";
 }
 
 // There is no COM error object on this platform.

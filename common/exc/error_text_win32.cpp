@@ -4,6 +4,8 @@
 
 #include "compat/win_types.h"
 
+#include <system_error>
+
 namespace exc {
 
 namespace {
@@ -39,6 +41,10 @@ std::optional<std::string> internet_message_text(std::uint32_t code) {
     if (module == nullptr)
         return std::nullopt;
     return format_from(FORMAT_MESSAGE_FROM_HMODULE, module, code, 0);
+}
+
+std::string system_category_text(std::uint32_t code) {
+    return std::system_category().message(static_cast<int>(code));
 }
 
 std::optional<std::string> thread_error_description() {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <system_error>
+#include <string>
 
 TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
     EXPECT_EQ(exc::sys_error_text(2), "The system cannot find the file specified.\r\n");
@@ -16,15 +16,11 @@ TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
 
 TEST(SystemErrorText, InternetCodesComeFromTheirOwnTableOnlyInTheirRange) {
     EXPECT_EQ(exc::sys_error_text(12007), "The server name or address could not be resolved\r\n");
-    const std::string beyond = exc::sys_error_text(12175);
-    EXPECT_EQ(beyond, std::system_category().message(12175) + ". Error code: 12175");
-}
-
-TEST(SystemErrorText, UnknownCodeEndsWithItsDecimalNumber) {
-    const std::string text = exc::sys_error_text(4000000001u);
-    const std::string suffix = ". Error code: 4000000001";
-    ASSERT_GT(text.size(), suffix.size());
-    EXPECT_EQ(text.substr(text.size() - suffix.size()), suffix);
+    // Beyond the range, and for any code no table holds, the number closes the last-resort text.
+    for (const std::uint32_t unknown : {12175u, 4000000001u}) {
+        const std::string text = exc::sys_error_text(unknown);
+        EXPECT_TRUE(text.ends_with(". Error code: " + std::to_string(unknown))) << text;
+    }
 }
 
 TEST(ComErrorText, WithoutErrorObjectIsTheCodeAloneWithItsLeadingBlank) {
