@@ -14,6 +14,7 @@
 #include "tool/process_platform.h"
 #include "tool/snapshot_task_holder.h"
 
+#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,7 +44,7 @@ int main(int argc, char* argv[]) {
 
         const std::shared_ptr<wrap::CToolCmdLineOptions> options = wrap::ParseToolCmdLine(argc, argv);
         const std::shared_ptr<wrap::IInvokeDispatcher> dispatcher = std::make_shared<CMirrackDispatcher>();
-        wrap::RunPipeInvokeServer(to_unicode(options->pipeName), dispatcher);
+        wrap::RunPipeInvokeServer(PipeNameFromCommandLine(options->pipeName), dispatcher);
 
         if (!CSnapshotTaskHolder::Instance().ClearResources()) {
             // A task that would not let go may still hold the snapshot: leave
@@ -54,6 +55,9 @@ int main(int argc, char* argv[]) {
         log_info(logging::tool_logger(), "Process will be finished normally.");
     } catch (const std::exception& e) {
         log_exception(logging::tool_logger(), e);
+        // The log may not exist: start-up can stop before it is opened, or it could not be
+        // opened at all. Standard error is there in any case, so the end is never silent.
+        std::cerr << (e.what() != nullptr ? e.what() : "Exception message is not available.") << std::endl;
     }
     return 0;
 }

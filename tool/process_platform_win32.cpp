@@ -1,5 +1,7 @@
 #include "tool/process_platform.h"
 
+#include "common/format/format.h"
+
 HRESULT InitializeComSecurityForProcess() {
     return CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,
                                 RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_STATIC_CLOAKING, nullptr);
@@ -7,4 +9,8 @@ HRESULT InitializeComSecurityForProcess() {
 
 void TerminateProcessNow(int exitCode) {
     ExitProcess(static_cast<UINT>(exitCode));
+}
+
+std::wstring PipeNameFromCommandLine(const std::string& name) {
+    return to_unicode(name);
 }

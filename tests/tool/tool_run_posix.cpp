@@ -1,5 +1,6 @@
 #include "tool_run_posix.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -51,8 +52,10 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesyste
     std::filesystem::permissions(pipeFolder, std::filesystem::perms::owner_all);
     std::vector<std::string> tokens{std::string(MIRRACK_BIN_DIR) + "/mirrack"};
     tokens.insert(tokens.end(), arguments.begin(), arguments.end());
-    tokens.push_back("-log");
-    tokens.push_back((folder / "tool.log").string());
+    if (std::find(arguments.begin(), arguments.end(), "-log") == arguments.end()) {
+        tokens.push_back("-log");
+        tokens.push_back((folder / "tool.log").string());
+    }
     pid = ::fork();
     if (pid < 0)
         throw std::runtime_error("cannot start the tool");
@@ -95,9 +98,21 @@ int ToolRun::WaitForExit() {
     return status;
 }
 
-std::string ToolRun::LogText() const {
-    std::ifstream file(folder / "tool.log", std::ios::binary);
+namespace {
+
+std::string FileText(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
     std::stringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+} // namespace
+
+std::string ToolRun::LogText() const {
+    return FileText(folder / "tool.log");
+}
+
+std::string ToolRun::OutputText() const {
+    return FileText(folder / "stdout.txt");
 }

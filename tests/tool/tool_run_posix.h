@@ -12,7 +12,8 @@ class ToolRun {
 public:
     static constexpr const char* pipeName = "tool-test";
 
-    // Starts mirrack with the given tokens followed by "-log <folder>/tool.log".
+    // Starts mirrack with the given tokens followed by "-log <folder>/tool.log", unless they
+    // name a log of their own.
     // Pipes live in a folder of this run unless another one is given. The tool
     // sees no simulated host unless one is given.
     explicit ToolRun(const std::vector<std::string>& arguments,
@@ -30,6 +31,8 @@ public:
     // has not ended within a minute is killed, so a hung tool fails one test only.
     int WaitForExit();
     std::string LogText() const;
+    // What the tool wrote on standard output and standard error.
+    std::string OutputText() const;
 
     const std::filesystem::path& PipeFolder() const { return pipeFolder; }
     // The pipe's name as a client gives it.

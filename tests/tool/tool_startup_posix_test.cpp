@@ -2,10 +2,13 @@
 #include "tool_run_posix.h"
 
 #include "client/invoke_client.h"
+#include "common/win/native_name_posix.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+
+#include <unistd.h>
 
 namespace {
 
@@ -24,7 +27,7 @@ std::unique_ptr<client::CInvokeClient> ConnectTo(const ToolRun& run) {
 
 } // namespace
 
-TEST(ToolStartup, WithoutPipeModeLogsTheRefusalCreatesNoPipeAndExitsZero) {
+TEST(ToolStartup, WithoutPipeModeTellsTheRefusalCreatesNoPipeAndExitsZero) {
     for (const auto& arguments :
          {std::vector<std::string>{}, std::vector<std::string>{"-n", "X", "-o", "L"}}) {
         ToolRun run(arguments);
@@ -34,6 +37,30 @@ TEST(ToolStartup, WithoutPipeModeLogsTheRefusalCreatesNoPipeAndExitsZero) {
         EXPECT_TRUE(PipeFolderIsEmpty(run));
         EXPECT_FALSE(Contains(log, "Process will be finished normally."));
     }
+    // Where no log can be opened, standard error is what tells.
+    ToolRun unlogged({"-log", "/dev/null/none/tool.log"});
+    EXPECT_EQ(unlogged.WaitForExit(), 0);
+    EXPECT_TRUE(Contains(unlogged.OutputText(), "Tool was not started in pipe mode."))
+        << unlogged.OutputText();
+}
+
+// A backup server that passes a name which is not UTF-8 finds the socket under the same bytes;
+// the texts show the name with U+FFFD in place of what is not UTF-8.
+TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
+    const std::string name = "bad\xff";
+    ToolRun run({"-p", "-n", name, "-o", "L"});
+    const auto socketPath = run.PipeFolder() / name;
+    for (int i = 0; i < 1000 && !std::filesystem::exists(socketPath); ++i)
+        ::usleep(10000);
+    ASSERT_TRUE(std::filesystem::exists(socketPath));
+    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+    auto client = client::CInvokeClient::Connect(win::wide_from_name_bytes(name));
+    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
+    client->Disconnect();
+    EXPECT_EQ(run.WaitForExit(), 0);
+    const std::string log = run.LogText();
+    EXPECT_TRUE(Contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
+    EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
 }
 
 TEST(ToolStartup, OptionsTheTableRefusesEndTheRunWithExitZero) {
