@@ -31,11 +31,13 @@ bool find_entry(const std::wstring& path, find_data_t& entry) {
     throw exc::win_sys_exc_t("Failed to check whether folder '%1' exists.", to_ansi_nothrow(path), error);
 }
 
-// A UNC parent must still hold server and share.
-bool is_valid_parent(const std::wstring& parent) {
+// The parent of a UNC path must still hold server and share; below "\\server" there is
+// nothing to create.
+bool is_valid_parent(const std::wstring& path, const std::wstring& parent) {
     if (parent.empty())
         return false;
-    if (is_unc_share_path(parent) || (parent.size() >= 2 && parent[0] == L'\\' && parent[1] == L'\\'))
+    if (is_unc_share_path(path) || is_unc_share_path(parent) ||
+        (parent.size() >= 2 && parent[0] == L'\\' && parent[1] == L'\\'))
         return path_components(parent).size() >= 2;
     return true;
 }
@@ -47,10 +49,14 @@ void create_folder_steps(const std::wstring& given) {
     if (!path.empty() && path.back() == L':')
         return;
     const std::wstring parent = parent_path(path);
-    if (!is_valid_parent(parent))
+    if (!is_valid_parent(path, parent))
         throw exc::runtime_exc_t("Invalid folder path: [%1].", to_ansi_nothrow(path));
     create_folder(parent);
     const DWORD error = detail::os_create_directory(path);
+    // Another thread or process may have made the folder since it was looked for: what was
+    // asked for is there, and that is all the caller wants.
+    if (error == ERROR_ALREADY_EXISTS && folder_exists(path))
+        return;
     if (error != ERROR_SUCCESS)
         throw exc::win_sys_exc_t("CreateDirectory(%1) function call failed.", to_ansi_nothrow(path), error);
 }

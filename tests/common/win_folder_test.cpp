@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <thread>
+
 namespace {
 
 std::vector<std::string> lines_of(const exc::exc_base_t& e) {
@@ -26,26 +30,49 @@ TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
     EXPECT_NO_THROW(win::create_folder(tree.wide("a\\b")));
 }
 
+// Threads that start together all find the folder made, whichever of them made each level.
+TEST(FolderCreation, RacingCreatorsAllSucceed) {
+    win_test::temp_tree_t tree;
+    const int creators = 8;
+    for (int round = 0; round < 20; ++round) {
+        const std::wstring deep = tree.wide("r" + std::to_string(round) + "\\a\\b\\c");
+        std::latch start(creators);
+        std::atomic<int> failures{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < creators; ++i)
+            threads.emplace_back([&] {
+                start.arrive_and_wait();
+                try {
+                    win::create_folder(deep);
+                } catch (const std::exception& e) {
+                    ADD_FAILURE() << e.what();
+                    ++failures;
+                }
+            });
+        for (auto& thread : threads)
+            thread.join();
+        ASSERT_EQ(failures.load(), 0) << "round " << round;
+        EXPECT_TRUE(win::folder_exists(deep));
+    }
+}
+
 TEST(FolderCreation, DriveAloneIsLeftAlone) {
     EXPECT_NO_THROW(win::create_folder(L"C:"));
 }
 
-TEST(FolderCreation, EmptyPathIsInvalidInsideTheFolderLine) {
-    try {
-        win::create_folder(L"");
-        FAIL() << "no exception";
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(lines_of(e), (std::vector<std::string>{"Invalid folder path: [].",
-                                                         "Cannot create folder. Folder path: []."}));
-    }
-}
-
-TEST(FolderCreation, ShareWithoutServerAndShareIsInvalid) {
-    try {
-        win::create_folder(L"\\\\srv\\share");
-        FAIL() << "no exception";
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(lines_of(e).front(), "Invalid folder path: [\\\\srv\\share].");
+// Paths that keep no parent to create, shares without server and share among them.
+TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
+    for (const std::wstring path : {L"", L"\\\\srv\\share", L"\\\\server", L"\\\\server\\"}) {
+        try {
+            win::create_folder(path);
+            ADD_FAILURE() << "no exception";
+        } catch (const exc::runtime_exc_t& e) {
+            std::string shown = path == L"\\\\server\\" ? "\\\\server" : std::filesystem::path(path).string();
+            EXPECT_EQ(lines_of(e),
+                      (std::vector<std::string>{"Invalid folder path: [" + shown + "].",
+                                                "Cannot create folder. Folder path: [" +
+                                                    std::filesystem::path(path).string() + "]."}));
+        }
     }
 }
 
