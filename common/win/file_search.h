@@ -1,6 +1,6 @@
 // Wild-card file search (FindFirstFileW / FindNextFileW / FindClose) with the
-// Windows mask rules: '*' any run, '?' one character, no regard to case, and a
-// closing ".*" also matches a name without extension ("*.*" matches all).
+// Windows mask rules: '*' any run, '?' one character, no regard to case, and the
+// DOS forms around dots ("*.*" matches all, "*." the names without extension).
 #pragma once
 
 #include "compat/win_types.h"

@@ -34,22 +34,57 @@ protected:
 
 } // namespace
 
-TEST(FileMask, StarQuestionMarkAndCase) {
-    EXPECT_TRUE(win::mask_matches(L"*.vhdx", L"A.VHDX"));
-    EXPECT_TRUE(win::mask_matches(L"vm?.vhd", L"VM1.vhd"));
-    EXPECT_FALSE(win::mask_matches(L"vm?.vhd", L"vm.vhd"));
-    EXPECT_FALSE(win::mask_matches(L"*.vhd", L"a.vhdx"));
-    EXPECT_TRUE(win::mask_matches(L"*a*b*c", L"xxaxxbxbxxc"));
-    EXPECT_FALSE(win::mask_matches(L"*a*b*c", L"xxaxxbxbxxcx"));
-    EXPECT_TRUE(win::mask_matches(L"Mirrack_crash_*.dmp", L"mirrack_crash_0007.DMP"));
-}
+namespace {
 
-TEST(FileMask, ClosingDotStarAlsoTakesNamesWithoutExtension) {
-    for (const wchar_t* name : {L"README", L"a.b.c", L".", L"..", L"x."})
-        EXPECT_TRUE(win::mask_matches(L"*.*", name)) << name;
-    EXPECT_TRUE(win::mask_matches(L"log.*", L"log"));
-    EXPECT_TRUE(win::mask_matches(L"log.*", L"LOG.1"));
-    EXPECT_FALSE(win::mask_matches(L"log.*", L"logs"));
+struct mask_case_t {
+    const wchar_t* mask;
+    const wchar_t* name;
+    bool matches;
+};
+
+// The Windows search's reading of masks, the DOS forms around dots included.
+const mask_case_t mask_cases[] = {
+    {L"*.vhdx", L"A.VHDX", true},
+    {L"*.vhd", L"a.vhdx", false},
+    {L"*.vhd", L"a.b.vhd", true},
+    {L"*.tar.gz", L"x.tar.gz", true},
+    {L"*a*b*c", L"xxaxxbxbxxc", true},
+    {L"*a*b*c", L"xxaxxbxbxxcx", false},
+    {L"Mirrack_crash_*.dmp", L"mirrack_crash_0007.DMP", true},
+    // "?" is one character, or none before a dot or at the end of the name.
+    {L"vm?.vhd", L"VM1.vhd", true},
+    {L"vm?.vhd", L"vm.vhd", true},
+    {L"vm?.vhd", L"vm12.vhd", false},
+    {L"a?", L"a", true},
+    {L"a?", L"ab", true},
+    {L"a?", L"abc", false},
+    {L"a?b", L"ab", false},
+    {L"a?.txt", L"a.txt", true},
+    {L"TEM?????.???", L"TEMP.TXT", true},
+    {L"TEM?????.???", L"TEMPTEMP.TXT", true},
+    {L"TEM?????.???", L"TEMP", true},
+    // "*." takes the names without an extension.
+    {L"*.", L"README", true},
+    {L"*.", L"notes.txt", false},
+    {L"*.", L"a.b", false},
+    {L"log.", L"log", true},
+    // A closing ".*" takes any extension or none.
+    {L"*.*", L"README", true},
+    {L"*.*", L"a.b.c", true},
+    {L"*.*", L".", true},
+    {L"*.*", L"..", true},
+    {L"*.*", L"x.", true},
+    {L"log.*", L"log", true},
+    {L"log.*", L"LOG.1", true},
+    {L"log.*", L"logs", false},
+};
+
+} // namespace
+
+TEST(FileMask, MatchesAsTheWindowsSearchDoes) {
+    for (const mask_case_t& c : mask_cases)
+        EXPECT_EQ(win::mask_matches(c.mask, c.name), c.matches)
+            << std::filesystem::path(c.mask) << " " << std::filesystem::path(c.name);
 }
 
 TEST(FileMask, LongNamesAndManyStarsStayQuick) {
@@ -63,6 +98,7 @@ TEST_F(FileSearch, MasksMatchWithoutRegardToCase) {
     EXPECT_EQ(names_found(in_tree(L"*.vhdx")), (std::set<std::wstring>{L"vm1.vhdx", L"snap.vhdx"}));
     EXPECT_EQ(names_found(in_tree(L"VM1.*")), (std::set<std::wstring>{L"vm1.vhdx", L"VM1.AVHDX"}));
     EXPECT_EQ(names_found(in_tree(L"?????.txt")), (std::set<std::wstring>{L"notes.txt"}));
+    EXPECT_EQ(names_found(in_tree(L"*.")), (std::set<std::wstring>{L".", L"..", L"README", L"Disks"}));
 }
 
 TEST_F(FileSearch, StarDotStarListsEveryNameWithTheFolderDots) {
