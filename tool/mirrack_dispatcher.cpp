@@ -20,24 +20,25 @@ bool CommandNameLess::operator()(const std::wstring& a, const std::wstring& b) c
     });
 }
 
-CMirrackDispatcher::CMirrackDispatcher() {
-    commands[L"BeginSnapshotCreation"] = &handlers::BeginSnapshotCreation;
-    commands[L"GetAsyncOpStatus"] = &handlers::GetAsyncOpStatus;
-    commands[L"BeginSnapshotImport"] = &handlers::BeginSnapshotImport;
-    commands[L"GetSnapshotInfo"] = &handlers::GetSnapshotInfo;
-    commands[L"GetVMFilesList"] = &handlers::GetVMFilesList;
-    commands[L"SetVmBackupStatus"] = &handlers::SetVmBackupStatus;
-    commands[L"ConvertOffhostPaths"] = &handlers::ConvertOffhostPaths;
-    commands[L"CloseSnapshot"] = &handlers::CloseSnapshot;
-    commands[L"GetLockerJobInfo"] = &handlers::GetLockerJobInfo;
-}
+CMirrackDispatcher::CMirrackDispatcher()
+    : commands{
+          {L"BeginSnapshotCreation", &handlers::BeginSnapshotCreation},
+          {L"GetAsyncOpStatus", &handlers::GetAsyncOpStatus},
+          {L"BeginSnapshotImport", &handlers::BeginSnapshotImport},
+          {L"GetSnapshotInfo", &handlers::GetSnapshotInfo},
+          {L"GetVMFilesList", &handlers::GetVMFilesList},
+          {L"SetVmBackupStatus", &handlers::SetVmBackupStatus},
+          {L"ConvertOffhostPaths", &handlers::ConvertOffhostPaths},
+          {L"CloseSnapshot", &handlers::CloseSnapshot},
+          {L"GetLockerJobInfo", &handlers::GetLockerJobInfo},
+      } {}
 
 void CMirrackDispatcher::Invoke(const std::wstring& command, InputArguments_t& input,
                                 OutputArguments_t& output) {
-    // The index operator keeps an unknown name with an empty handler; a repeat of
-    // that name then takes the same path, so the answer stays the same.
-    const CommandHandler handler = commands[command];
-    if (!handler)
+    // An unknown name is answered without being kept: a client that sends ever new names
+    // must not grow the table.
+    const auto found = commands.find(command);
+    if (found == commands.end())
         throw exc::runtime_exc_t("Command [%1] not found", to_ansi_nothrow(command));
-    handler(input, output);
+    found->second(input, output);
 }

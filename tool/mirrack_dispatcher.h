@@ -22,5 +22,6 @@ public:
     void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override;
 
 private:
-    std::map<std::wstring, CommandHandler, CommandNameLess> commands;
+    // Fixed at construction: nothing a client sends can add to it.
+    const std::map<std::wstring, CommandHandler, CommandNameLess> commands;
 };
