@@ -61,22 +61,6 @@ TEST(FailingCallText, EachSituationGivesTheWindowsCodeAndText) {
     }
 }
 
-TEST(FailingCallText, ReadOnlyFolderDeniesAccess) {
-    if (::geteuid() == 0)
-        GTEST_SKIP() << "permissions do not hold for root";
-    win_test::temp_tree_t tree;
-    tree.add_folder("locked");
-    std::filesystem::permissions(tree.root() / "locked",
-                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
-    try {
-        win::create_folder(tree.wide("locked\\sub"));
-        ADD_FAILURE() << "no failure";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 5u);
-        EXPECT_EQ(e.messages().front().text, "Access is denied.\r\n");
-    }
-}
-
 // No errno may reach the last-resort text, which only says that the code is unknown; and the
 // "not there" codes stay for the errnos that mean it.
 TEST(FailingCallText, EveryErrnoHasAWindowsCodeWithItsText) {
