@@ -1,62 +1,50 @@
 // The conversions between wide text, UTF-8 and the ANSI code page, both ways from the
 // same bytes: as narrow text, and read loosely as wide text.
 #include "common/format/format.h"
+#include "common/format/unicode_units.h"
 #include "fuzz/fuzz_input.h"
-
-#include <exception>
-#include <optional>
 
 namespace {
 
-template <class Convert, class Text>
-auto attempt(Convert convert, const Text& text) -> std::optional<decltype(convert(text))> {
-    try {
-        return convert(text);
-    } catch (const std::exception&) {
-        return std::nullopt;
+bool is_well_formed_utf8(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const unicode::decoded_t c = unicode::decode_utf8(text.substr(at));
+        if (!c.well_formed)
+            return false;
+        at += c.units;
     }
+    return true;
 }
 
-std::string utf8_of(const std::wstring& text) {
-    return to_utf8(text);
-}
-std::wstring wide_of_utf8(const std::string& text) {
-    return from_utf8(text);
-}
-std::string ansi_of(const std::wstring& text) {
-    return to_ansi(text);
-}
-std::wstring wide_of_ansi(const std::string& text) {
-    return to_unicode(text);
+std::wstring with_replacements(const std::wstring& text) {
+    std::wstring replaced;
+    for (const wchar_t c : text)
+        replaced.push_back(
+            static_cast<wchar_t>(unicode::scalar_or_replacement(static_cast<std::uint32_t>(c))));
+    return replaced;
 }
 
-// Narrow text that converts must come back unchanged up to its first zero.
+// Narrow text always converts, to scalar values only, and comes back unchanged up to its first
+// zero exactly when it was well-formed.
 void check_narrow_road(const std::string& narrow) {
-    const auto wide = attempt(wide_of_utf8, narrow);
-    if (wide) {
-        fuzz::require(wide->find(L'\0') == std::wstring::npos, "conversion stops at the first zero");
-        const auto back = attempt(utf8_of, *wide);
-        fuzz::require(back && *back == fuzz::up_to_zero(narrow), "UTF-8 that reads writes back the same");
-    }
-    const auto ansi_wide = attempt(wide_of_ansi, narrow);
-    if (ansi_wide)
-        fuzz::require(to_unicode_nothrow(narrow) == *ansi_wide,
-                      "the no-throw conversion gives the same text");
+    const std::wstring wide = from_utf8(narrow);
+    fuzz::require(wide.find(L'\0') == std::wstring::npos, "conversion stops at the first zero");
+    fuzz::require(!fuzz::has_no_scalar_value(wide), "what is read holds scalar values only");
+    const std::string kept = fuzz::up_to_zero(narrow);
+    fuzz::require((to_utf8(wide) == kept) == is_well_formed_utf8(kept),
+                  "UTF-8 writes back the same exactly when it is well-formed");
+    fuzz::require(to_unicode(narrow) == wide && to_unicode_nothrow(narrow) == wide,
+                  "the ANSI code page reads as UTF-8 and the no-throw conversion gives the same text");
 }
 
-// Wide text of scalar values always converts, and comes back unchanged up to its first zero.
+// Wide text always converts, and comes back up to its first zero with U+FFFD for each character
+// that is no scalar value.
 void check_wide_road(const std::wstring& wide) {
-    const std::wstring kept = fuzz::up_to_zero(wide);
-    const auto utf8 = attempt(utf8_of, wide);
-    fuzz::require(utf8.has_value() != fuzz::has_no_scalar_value(kept),
-                  "text converts to UTF-8 exactly when it holds only scalar values");
-    if (utf8) {
-        const auto back = attempt(wide_of_utf8, *utf8);
-        fuzz::require(back && *back == kept, "wide text written as UTF-8 reads back the same");
-    }
-    const auto ansi = attempt(ansi_of, wide);
-    if (ansi)
-        fuzz::require(to_ansi_nothrow(wide) == *ansi, "the no-throw conversion gives the same text");
+    const std::string utf8 = to_utf8(wide);
+    fuzz::require(from_utf8(utf8) == with_replacements(fuzz::up_to_zero(wide)),
+                  "wide text written as UTF-8 reads back with its bad characters replaced");
+    fuzz::require(to_ansi(wide) == utf8 && to_ansi_nothrow(wide) == utf8,
+                  "the ANSI code page writes as UTF-8 and the no-throw conversion gives the same text");
 }
 
 } // namespace
