@@ -30,9 +30,3 @@ TEST(ComErrorText, WithoutErrorObjectIsTheCodeAloneWithItsLeadingBlank) {
     const exc::com_exc_t e(static_cast<std::int32_t>(0x80004005u), "Failed to %1.", "go");
     EXPECT_STREQ(e.what(), " Error code: 0x80004005\nFailed to go.");
 }
-
-TEST(SystemErrorText, SystemExceptionPutsTheCauseBeforeTheMessage) {
-    const exc::win_sys_exc_t e("Cannot open [%1] as %2.", "a", "b", 3);
-    EXPECT_STREQ(e.what(), "The system cannot find the path specified.\r\n\nCannot open [a] as b.");
-    EXPECT_STREQ(exc::win_sys_exc_t(3).what(), "The system cannot find the path specified.\r\n");
-}

@@ -113,19 +113,6 @@ TEST(ExceptionStack, WrappingAStoredCopyOutsideAHandlerThrowsItsDynamicType) {
     }
 }
 
-TEST(ExceptionStack, WrappingInsideAHandlerKeepsALockedFileALockedFile) {
-    try {
-        try {
-            throw exc::file_locked_exc_t("f");
-        } catch (const std::exception& e) {
-            exc::rethrow_with_trace("Failed to %1.", "copy", e);
-        }
-    } catch (const exc::file_locked_exc_t& e) {
-        EXPECT_EQ(e.file_name(), "f");
-        EXPECT_STREQ(e.what(), "File [f] is locked.\n--tr:Failed to copy.");
-    }
-}
-
 TEST(ExceptionStack, ForeignCauseBecomesRuntimeExceptionWithItsTextFirst) {
     auto from_bad_alloc = wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
     try {
