@@ -2,6 +2,7 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
+#include "common/xml/nesting_depth.h"
 #include "compat/com_ptr.h"
 #include "compat/win_types.h"
 
@@ -120,8 +121,11 @@ dom_document_t dom_create_document() {
     return make_holder<dom_document_t>(std::move(document));
 }
 
-// A parse error comes back as S_FALSE with the flag false, and is reported with that code.
+// A parse error comes back as S_FALSE with the flag false, and is reported with that code. A
+// document nested too deep for the parser's stack is refused the same way before it starts.
 dom_document_t dom_load(const std::wstring& xml) {
+    if (nests_deeper_than(std::wstring_view(xml), max_element_depth))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
     const dom_document_t document = dom_create_document();
     IXMLDOMDocument* ptr = native_of(document).ptr.get();
     check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
