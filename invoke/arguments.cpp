@@ -125,3 +125,7 @@ void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring
 std::wstring OutputArguments_t::Serialize() const {
     return dom_serialize(document_);
 }
+
+std::string OutputArguments_t::SerializeUtf8() const {
+    return dom_serialize_utf8(document_);
+}

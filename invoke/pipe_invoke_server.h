@@ -3,6 +3,7 @@
 // whatever that throws goes back to the client as an error frame.
 #pragma once
 
+#include "common/exc/exc.h"
 #include "invoke/invoke_dispatcher.h"
 #include "invoke/pipe_handler.h"
 
@@ -33,7 +34,9 @@ public:
     // One request and its response. False: the client has gone.
     bool ProcessCommand();
 
-    // A request's text to its response frame text; never throws for a bad request.
+    // A request frame's bytes to the response frame's bytes; never throws for a bad request.
+    win::pipes::byte_buffer_t ExecuteFrame(const win::pipes::byte_buffer_t& message);
+    // The same over the frames' texts.
     std::wstring ExecuteRequest(const std::wstring& request);
     // The same for a frame that lacks its closing U+0000: it is refused like any text
     // outside the grammar.
@@ -47,6 +50,7 @@ public:
     bool SendResponse(const std::wstring& frame);
 
 private:
+    static exc::runtime_exc_t UnknownRequest(const std::string& request);
     std::wstring FailedResponse(const std::wstring& command, const std::wstring& document,
                                 const std::exception& error);
 

@@ -209,6 +209,29 @@ dom_document_t dom_create_document() {
     return dom_document_t(std::make_shared<dom_document_native_t>());
 }
 
+namespace {
+
+// The document parses its source in place; the message of a failure shows the text as it was
+// given, which the caller still has.
+template <class ShowGiven>
+dom_document_t load_source(std::shared_ptr<dom_document_native_t> document, const ShowGiven& show_given) {
+    if (breaks_xml_text_rules(document->source))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+    const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
+        document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
+    if (!parsed || !is_well_formed(document->tree))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+    return dom_document_t(std::move(document));
+}
+
+std::string serialized(const dom_document_t& document) {
+    pieces_writer_t writer;
+    native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
+    return writer.joined();
+}
+
+} // namespace
+
 dom_document_t dom_load(const std::wstring& xml) {
     auto document = std::make_shared<dom_document_native_t>();
     try {
@@ -216,20 +239,26 @@ dom_document_t dom_load(const std::wstring& xml) {
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::load_failed_text, to_ansi_nothrow(xml), e);
     }
-    if (breaks_xml_text_rules(document->source))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
-    const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
-        document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
-    if (!parsed || !is_well_formed(document->tree))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
-    return dom_document_t(std::move(document));
+    return load_source(std::move(document), [&] { return to_ansi_nothrow(xml); });
+}
+
+dom_document_t dom_load_utf8(std::string_view xml) {
+    auto document = std::make_shared<dom_document_native_t>();
+    document->source.assign(xml);
+    return load_source(std::move(document), [&] { return std::string(xml); });
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
     try {
-        pieces_writer_t writer;
-        native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
-        return from_utf8(writer.joined());
+        return from_utf8(serialized(document));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
+    }
+}
+
+std::string dom_serialize_utf8(const dom_document_t& document) {
+    try {
+        return serialized(document);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
     }

@@ -143,6 +143,15 @@ std::wstring dom_serialize(const dom_document_t& document) {
     return text.text();
 }
 
+// The platform's DOM reads and writes wide text only.
+dom_document_t dom_load_utf8(std::string_view xml) {
+    return dom_load(from_utf8(std::string(xml)));
+}
+
+std::string dom_serialize_utf8(const dom_document_t& document) {
+    return to_utf8(dom_serialize(document));
+}
+
 // A document is its own owner.
 dom_document_t dom_owner_document(const dom_node_t& node) {
     const char* failed = "Failed to retrieve document-owner for the specified node.";

@@ -2,6 +2,7 @@
 #include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/pipe_invoke_server.h"
+#include "invoke/pipe_text.h"
 #include "pipe_test_support.h"
 #include "tests/common/log_test_support.h"
 
@@ -66,6 +67,16 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
     EXPECT_EQ(empty.find(L"\r\n"), std::wstring::npos);
     EXPECT_EQ(dispatcher->invoked, (std::vector<std::wstring>{L"Echo", L"Nothing"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeXmlResponse(L"<a/>\r\n"), L"xml:<a/>");
+}
+
+// As the system's conversions read it: the request goes on with U+FFFD in the surrogate's place.
+TEST_F(ServerRequests, ALoneSurrogateInAFrameReadsAsTheReplacementCharacter) {
+    const std::wstring request = L"cmd:Echo xml:<InputArguments><Say value=\"?\"/></InputArguments>";
+    win::pipes::byte_buffer_t frame = win::pipes::EncodeFrameText(request);
+    frame[2 * request.find(L'?')] = 0x00;
+    frame[2 * request.find(L'?') + 1] = 0xDC;
+    EXPECT_EQ(win::pipes::DecodeFrameText(server.ExecuteFrame(frame)).text,
+              L"xml:<OutputArguments><Said value=\"\uFFFD\"/></OutputArguments>");
 }
 
 TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
