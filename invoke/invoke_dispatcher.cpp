@@ -45,9 +45,14 @@ void IInvokeDispatcher::OnSoapExit(std::string_view command, std::string_view re
     trace_call("[SoapExit] ", command, without_trailing_crlf(response));
 }
 
-void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring&,
+void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring& request,
                                      const std::exception& error) {
-    log_exception(logging::rpc_logger(), "RPC method call has failed (%1).", to_ansi_nothrow(command), error);
+    OnCallFailed(to_ansi_nothrow(command), to_ansi_nothrow(request), error);
+}
+
+void IInvokeDispatcher::OnCallFailed(std::string_view command, std::string_view,
+                                     const std::exception& error) {
+    log_exception(logging::rpc_logger(), "RPC method call has failed (%1).", std::string(command), error);
 }
 
 } // namespace wrap

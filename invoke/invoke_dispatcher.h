@@ -30,6 +30,8 @@ public:
     // are four bytes a character: documents of megabytes are not widened to be narrowed again.
     virtual void OnSoapEnter(std::string_view command, std::string_view request);
     virtual void OnSoapExit(std::string_view command, std::string_view response);
+    virtual void OnCallFailed(std::string_view command, std::string_view request,
+                              const std::exception& error);
     virtual void OnCallFailed(const std::wstring& command, const std::wstring& request,
                               const std::exception& error);
 };

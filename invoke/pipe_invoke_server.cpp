@@ -12,6 +12,7 @@
 #include <chrono>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace wrap {
 
@@ -78,9 +79,7 @@ bool CPipeInvokeSrv::ProcessCommand() {
             scope.close_quietly();
             return false;
         }
-        const win::pipes::byte_buffer_t response = ExecuteFrame(message);
-        // The request is done with: a large one is not held through the writing of the answer.
-        win::pipes::byte_buffer_t().swap(message);
+        const win::pipes::byte_buffer_t response = ExecuteFrame(std::move(message));
         const bool sent = pipe->WriteMessage(response);
         if (!sent)
             log_warning(server_logger(), "Response '%1' was not sent.",

@@ -15,7 +15,7 @@ namespace wrap {
 
 namespace {
 
-// The text is UTF-8 that the frame's conversion made, so it converts without fail.
+// The command's name is UTF-8 that the frame's conversion made, so it converts without fail.
 std::wstring widen(std::string_view utf8) {
     return from_utf8(std::string(utf8));
 }
@@ -29,12 +29,20 @@ std::string_view without_trailing_crlf(std::string_view text) {
 } // namespace
 
 win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_buffer_t& message) {
+    return ExecuteUtf8(win::pipes::DecodeFrameUtf8(message));
+}
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(win::pipes::byte_buffer_t&& message) {
     const win::pipes::utf8_frame_t request = win::pipes::DecodeFrameUtf8(message);
+    win::pipes::byte_buffer_t().swap(message);
+    return ExecuteUtf8(request);
+}
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteUtf8(const win::pipes::utf8_frame_t& request) {
     std::string_view command;
     std::string_view document;
     if (!request.terminated)
-        return win::pipes::EncodeFrameText(
-            FailedResponse(std::wstring(), std::wstring(), UnknownRequest(request.text)));
+        return FailedUtf8({}, {}, UnknownRequest(request.text));
     try {
         if (!request_grammar::parse(std::string_view(request.text), command, document))
             throw UnknownRequest(request.text);
@@ -47,8 +55,17 @@ win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_bu
         dispatcher->OnSoapExit(command, response);
         return win::pipes::EncodeFrameUtf8("xml:", without_trailing_crlf(response));
     } catch (const std::exception& e) {
-        return win::pipes::EncodeFrameText(FailedResponse(widen(command), widen(document), e));
+        return FailedUtf8(command, document, e);
     }
+}
+
+// The failure's lines go into the frame as they are: a failure to load a document of megabytes
+// carries it whole.
+win::pipes::byte_buffer_t CPipeInvokeSrv::FailedUtf8(std::string_view command, std::string_view document,
+                                                     const std::exception& error) {
+    dispatcher->OnCallFailed(command, document, error);
+    const char* what = error.what();
+    return win::pipes::EncodeFrameUtf8("err:", what != nullptr ? what : "n/a");
 }
 
 std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {

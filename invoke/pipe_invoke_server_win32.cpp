@@ -14,6 +14,10 @@ win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_bu
                                                           : RejectRequest(request.text));
 }
 
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(win::pipes::byte_buffer_t&& message) {
+    return ExecuteFrame(static_cast<const win::pipes::byte_buffer_t&>(message));
+}
+
 std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {
     std::wstring command;
     std::wstring document;

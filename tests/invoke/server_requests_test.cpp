@@ -25,13 +25,12 @@ public:
         if (command == L"Echo")
             output.WriteText("Said", input.ReadText("Say"));
     }
-    void OnCallFailed(const std::wstring& command, const std::wstring& request,
-                      const std::exception& e) override {
-        failed.push_back(command + L"|" + request);
+    void OnCallFailed(std::string_view command, std::string_view request, const std::exception& e) override {
+        failed.push_back(std::string(command) + "|" + std::string(request));
         IInvokeDispatcher::OnCallFailed(command, request, e);
     }
     std::vector<std::wstring> invoked;
-    std::vector<std::wstring> failed;
+    std::vector<std::string> failed;
 };
 
 struct null_what_t : std::exception {
@@ -90,8 +89,7 @@ TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
 
     // Only a well-formed request reaches the commands; every failure is reported with its request.
     EXPECT_EQ(dispatcher->invoked, std::vector<std::wstring>{L"Fail"});
-    EXPECT_EQ(dispatcher->failed,
-              (std::vector<std::wstring>{L"Fail|<InputArguments/>", L"|", L"Echo|", L"|"}));
+    EXPECT_EQ(dispatcher->failed, (std::vector<std::string>{"Fail|<InputArguments/>", "|", "Echo|", "|"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
 }
 
