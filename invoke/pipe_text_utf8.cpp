@@ -10,58 +10,36 @@ namespace {
 
 constexpr char32_t replacement_character = 0xFFFD;
 // Frames run to megabytes of ASCII: a block of this many characters that are all ASCII (and no
-// zero) is moved eight bytes at a time. The words are read as stored, so only where the host
-// is little-endian, as the frames are.
+// zero) is moved in a few vector steps. The loops have a fixed length and go through local
+// arrays, so that the compiler can see that nothing aliases. Units are read as stored, so only
+// where the host is little-endian, as the frames are.
 constexpr std::size_t block = 16;
-constexpr bool words_are_little_endian = std::endian::native == std::endian::little;
+constexpr bool units_as_stored = std::endian::native == std::endian::little;
 
 char16_t unit_at(const std::uint8_t* bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
 }
 
-std::uint64_t word_at(const void* bytes) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// Four units below U+0080 and none of them zero.
-bool is_ascii_unit_word(std::uint64_t units) {
-    constexpr std::uint64_t ones = 0x0001000100010001u;
-    return (units & 0xFF80FF80FF80FF80u) == 0 && ((units - ones) & ~units & 0x8000800080008000u) == 0;
-}
-
-// Eight bytes below 0x80 and none of them zero.
-bool is_ascii_byte_word(std::uint64_t bytes) {
-    constexpr std::uint64_t ones = 0x0101010101010101u;
-    return (bytes & 0x8080808080808080u) == 0 && ((bytes - ones) & ~bytes & 0x8080808080808080u) == 0;
-}
-
 bool is_ascii_unit_block(const std::uint8_t* bytes) {
-    if constexpr (!words_are_little_endian)
+    if constexpr (!units_as_stored)
         return false;
-    for (std::size_t i = 0; i < 2 * block; i += 8)
-        if (!is_ascii_unit_word(word_at(bytes + i)))
-            return false;
-    return true;
+    char16_t units[block];
+    std::memcpy(units, bytes, sizeof units);
+    unsigned outside = 0;
+    for (const char16_t unit : units)
+        outside |= static_cast<char16_t>(unit - 1) >= 0x7F ? 1u : 0u;
+    return outside == 0;
 }
 
 bool is_ascii_byte_block(const char* text) {
-    if constexpr (!words_are_little_endian)
+    if constexpr (!units_as_stored)
         return false;
-    return is_ascii_byte_word(word_at(text)) && is_ascii_byte_word(word_at(text + 8));
-}
-
-// The low bytes of four units, in order.
-std::uint32_t narrowed(std::uint64_t units) {
-    units = (units | (units >> 8)) & 0x0000FFFF0000FFFFu;
-    return static_cast<std::uint32_t>(units | (units >> 16));
-}
-
-// Four bytes as four units, in order.
-std::uint64_t widened(std::uint32_t bytes) {
-    std::uint64_t units = (bytes | (std::uint64_t(bytes) << 16)) & 0x0000FFFF0000FFFFu;
-    return (units | (units << 8)) & 0x00FF00FF00FF00FFu;
+    unsigned char bytes[block];
+    std::memcpy(bytes, text, sizeof bytes);
+    unsigned outside = 0;
+    for (const unsigned char byte : bytes)
+        outside |= static_cast<unsigned char>(byte - 1) >= 0x7F ? 1u : 0u;
+    return outside == 0;
 }
 
 std::size_t utf8_length(char32_t c) {
@@ -119,10 +97,12 @@ struct utf8_counter_t {
 struct utf8_writer_t {
     char* out;
     void ascii_block(const std::uint8_t* bytes) {
-        for (std::size_t i = 0; i < block; i += 4) {
-            const std::uint32_t four = narrowed(word_at(bytes + 2 * i));
-            std::memcpy(out + i, &four, sizeof four);
-        }
+        char16_t units[block];
+        std::memcpy(units, bytes, sizeof units);
+        char narrowed[block];
+        for (std::size_t i = 0; i < block; ++i)
+            narrowed[i] = static_cast<char>(units[i]);
+        std::memcpy(out, narrowed, block);
         out += block;
     }
     void put(char32_t c) {
@@ -173,12 +153,12 @@ struct utf16_counter_t {
 struct utf16_writer_t {
     std::uint8_t* out;
     void ascii_block(const char* text) {
-        for (std::size_t i = 0; i < block; i += 4) {
-            std::uint32_t four;
-            std::memcpy(&four, text + i, sizeof four);
-            const std::uint64_t units = widened(four);
-            std::memcpy(out + 2 * i, &units, sizeof units);
-        }
+        unsigned char bytes[block];
+        std::memcpy(bytes, text, sizeof bytes);
+        char16_t units[block];
+        for (std::size_t i = 0; i < block; ++i)
+            units[i] = bytes[i];
+        std::memcpy(out, units, sizeof units);
         out += 2 * block;
     }
     void put_unit(char32_t unit) {
