@@ -336,9 +336,13 @@ namespace dom_platform {
 
 dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
                                  const std::wstring& name) {
+    return append_new_element(owner, parent, std::string_view(utf8_arg_t(name).c_str()));
+}
+
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 std::string_view ascii_name) {
     dom_document_native_t& document = native_of(owner);
-    pugi::xml_node parent_node = native_of(parent).node;
-    pugi::xml_node element = parent_node.append_child(utf8_arg_t(name).c_str());
+    pugi::xml_node element = native_of(parent).node.append_child(std::string(ascii_name).c_str());
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
     return make_element(document.shared_from_this(), element);

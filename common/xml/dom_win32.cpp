@@ -227,6 +227,11 @@ dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& 
     return make_holder<dom_element_t>(std::move(element));
 }
 
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 std::string_view ascii_name) {
+    return append_new_element(owner, parent, std::wstring(ascii_name.begin(), ascii_name.end()));
+}
+
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {
     long length = 0;
     const com_ptr_t<IXMLDOMNodeList> children =
