@@ -11,8 +11,8 @@ struct document_names_t {
     std::wstring input_root = L"InputArguments";
     std::wstring output_root = L"OutputArguments";
     std::wstring value = L"value";
-    std::wstring true_text = L"true";
-    std::wstring false_text = L"false";
+    std::string true_text = "true";
+    std::string false_text = "false";
 };
 
 const document_names_t& names() {
@@ -96,25 +96,25 @@ OutputArguments_t::OutputArguments_t()
     : document_(dom_create_document()), root_(dom_add_child(document_, names().output_root)) {}
 
 dom_element_t OutputArguments_t::CreateElement(const std::string& name) {
-    return dom_add_child(root_, widen_name(name));
+    return dom_add_child(root_, std::string_view(name));
 }
 
 void OutputArguments_t::WriteText(const std::string& name, const std::wstring& value) {
     dom_set_attribute(CreateElement(name), names().value, value);
 }
 
+// Values that are ASCII by their making go in as they are printed, without wide text between.
 void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
-    WriteText(name, guid_to_wstring(value));
+    dom_set_attribute_utf8(CreateElement(name), names().value, guid_to_string(value));
 }
 
 void OutputArguments_t::WriteBool(const std::string& name, bool value) {
-    WriteText(name, value ? names().true_text : names().false_text);
+    dom_set_attribute_utf8(CreateElement(name), names().value,
+                           value ? names().true_text : names().false_text);
 }
 
-// The narrow printer: the wide one goes through the C library's wide formatter.
 void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
-    const std::string digits = std::to_string(value);
-    WriteText(name, std::wstring(digits.begin(), digits.end()));
+    dom_set_attribute_utf8(CreateElement(name), names().value, std::to_string(value));
 }
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
@@ -124,4 +124,8 @@ void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring
 
 std::wstring OutputArguments_t::Serialize() const {
     return dom_serialize(document_);
+}
+
+std::string OutputArguments_t::SerializeUtf8() const {
+    return dom_serialize_utf8(document_);
 }

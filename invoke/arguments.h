@@ -51,6 +51,7 @@ public:
 
     // The document text, without XML declaration.
     std::wstring Serialize() const;
+    std::string SerializeUtf8() const;
 
 private:
     dom_document_t document_;

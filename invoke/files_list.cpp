@@ -3,38 +3,23 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
+#include "invoke/files_list_writer.h"
 
 #include <utility>
 
-namespace {
-
-// Made once: each item would otherwise build them anew.
-struct list_names_t {
-    std::wstring root = L"FilesList";
-    std::wstring item = L"File";
-    std::wstring recursive = L"Recursive";
-    std::wstring path = L"Path";
-    std::wstring mask = L"Mask";
-    std::wstring full_path = L"FullPath";
-    std::wstring relative_path = L"RelativePath";
-    std::wstring true_text = L"true";
-    std::wstring false_text = L"false";
-};
+namespace files_list_impl {
 
 const list_names_t& names() {
     static const list_names_t instance;
     return instance;
 }
 
-void write_item(const dom_element_t& root, const CFilesListItem& item) {
-    const list_names_t& n = names();
-    const dom_element_t element = dom_add_child(root, n.item);
-    dom_set_attribute(element, n.recursive, item.recursive != 0 ? n.true_text : n.false_text);
-    dom_set_attribute(element, n.path, item.path);
-    dom_set_attribute(element, n.mask, item.mask);
-    dom_set_attribute(element, n.full_path, item.fullPath);
-    dom_set_attribute(element, n.relative_path, item.relativePath);
-}
+} // namespace files_list_impl
+
+namespace {
+
+using files_list_impl::list_names_t;
+using files_list_impl::names;
 
 CFilesListItem read_item(const dom_element_t& element) {
     const list_names_t& n = names();
@@ -56,11 +41,7 @@ CFilesListItem::CFilesListItem(std::wstring path, std::wstring mask, std::uint32
 
 std::wstring SerializeItemsList(const ItemsList& items) {
     try {
-        const dom_document_t document = dom_create_document();
-        const dom_element_t root = dom_add_child(document, names().root);
-        for (const CFilesListItem& item : items)
-            write_item(root, item);
-        return dom_serialize(document);
+        return files_list_impl::write_document(items);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to serialize files list to XML.", e);
     }

@@ -7,23 +7,21 @@ namespace wrap {
 
 namespace {
 
-const std::wstring crlf = L"\r\n";
-
-bool ends_with_crlf(const std::wstring& text) {
-    return text.size() >= crlf.size() && text.compare(text.size() - crlf.size(), crlf.size(), crlf) == 0;
+// Joined in storage sized once: the document runs to megabytes.
+void trace_call(std::string_view tag, std::string_view command, std::string_view document) {
+    std::string line;
+    line.reserve(tag.size() + command.size() + 1 + document.size());
+    line += tag;
+    line += command;
+    line += ':';
+    line += document;
+    log_trace(logging::rpc_logger(), "%1", line);
 }
 
-// Joined in storage sized once: the document runs to megabytes.
-void trace_call(const std::string& tag, const std::wstring& command, const std::wstring& document) {
-    const std::string command_text = to_ansi_nothrow(command);
-    const std::string document_text = to_ansi_nothrow(document);
-    std::string line;
-    line.reserve(tag.size() + command_text.size() + 1 + document_text.size());
-    line += tag;
-    line += command_text;
-    line += ':';
-    line += document_text;
-    log_trace(logging::rpc_logger(), "%1", line);
+std::string_view without_trailing_crlf(std::string_view text) {
+    if (text.ends_with("\r\n"))
+        text.remove_suffix(2);
+    return text;
 }
 
 } // namespace
@@ -31,21 +29,30 @@ void trace_call(const std::string& tag, const std::wstring& command, const std::
 void IInvokeDispatcher::OnReservedHook(std::shared_ptr<void>, std::shared_ptr<void>) {}
 
 void IInvokeDispatcher::OnSoapEnter(const std::wstring& command, const std::wstring& request) {
+    OnSoapEnter(to_ansi_nothrow(command), to_ansi_nothrow(request));
+}
+
+void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstring& response) {
+    OnSoapExit(to_ansi_nothrow(command), to_ansi_nothrow(response));
+}
+
+void IInvokeDispatcher::OnSoapEnter(std::string_view command, std::string_view request) {
     log_trace(logging::rpc_logger(), "%1", std::string());
     trace_call("[SoapEnter] ", command, request);
 }
 
-void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstring& response) {
-    // The response runs to megabytes: it is copied only when there is a line end to drop.
-    if (ends_with_crlf(response))
-        trace_call("[SoapExit] ", command, response.substr(0, response.size() - crlf.size()));
-    else
-        trace_call("[SoapExit] ", command, response);
+void IInvokeDispatcher::OnSoapExit(std::string_view command, std::string_view response) {
+    trace_call("[SoapExit] ", command, without_trailing_crlf(response));
 }
 
-void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring&,
+void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring& request,
                                      const std::exception& error) {
-    log_exception(logging::rpc_logger(), "RPC method call has failed (%1).", to_ansi_nothrow(command), error);
+    OnCallFailed(to_ansi_nothrow(command), to_ansi_nothrow(request), error);
+}
+
+void IInvokeDispatcher::OnCallFailed(std::string_view command, std::string_view,
+                                     const std::exception& error) {
+    log_exception(logging::rpc_logger(), "RPC method call has failed (%1).", std::string(command), error);
 }
 
 } // namespace wrap

@@ -6,6 +6,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <string_view>
 
 class InputArguments_t;
 class OutputArguments_t;
@@ -25,6 +26,12 @@ public:
 
     virtual void OnSoapEnter(const std::wstring& command, const std::wstring& request);
     virtual void OnSoapExit(const std::wstring& command, const std::wstring& response);
+    // The same lines from text that is narrow already, as the server has it where wide strings
+    // are four bytes a character: documents of megabytes are not widened to be narrowed again.
+    virtual void OnSoapEnter(std::string_view command, std::string_view request);
+    virtual void OnSoapExit(std::string_view command, std::string_view response);
+    virtual void OnCallFailed(std::string_view command, std::string_view request,
+                              const std::exception& error);
     virtual void OnCallFailed(const std::wstring& command, const std::wstring& request,
                               const std::exception& error);
 };

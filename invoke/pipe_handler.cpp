@@ -5,6 +5,8 @@
 #include "common/logging/log.h"
 #include "common/win/event.h"
 
+#include <algorithm>
+
 namespace win::pipes {
 
 namespace {
@@ -23,20 +25,43 @@ void wait_for_client_in_time(pipe_channel_t& pipe, const std::shared_ptr<win_man
 
 } // namespace
 
+// The parts go into blocks of bounded size and are joined once, at the message's exact size: a
+// buffer grown part by part would hold up to twice the message, and three times while it moves.
 bool ReadWholeMessage(pipe_channel_t& channel, byte_buffer_t& result) {
+    constexpr std::size_t first_block = 64 * 1024;
+    constexpr std::size_t largest_block = 8 * 1024 * 1024;
     result.clear();
-    std::vector<std::uint8_t> chunk(pipe_chunk_size, 0);
+    std::vector<byte_buffer_t> blocks;
+    std::size_t total = 0;
     for (;;) {
+        if (blocks.empty() || blocks.back().capacity() - blocks.back().size() < pipe_chunk_size) {
+            blocks.emplace_back();
+            blocks.back().reserve(std::clamp(total, first_block, largest_block));
+        }
+        byte_buffer_t& block = blocks.back();
+        const std::size_t used = block.size();
+        block.resize(used + pipe_chunk_size);
         DWORD got = 0;
-        const DWORD status = read_message_part(channel, chunk.data(), pipe_chunk_size, got);
+        const DWORD status = read_message_part(channel, block.data() + used, pipe_chunk_size, got);
+        block.resize(used + got);
+        total += got;
         if (status == ERROR_BROKEN_PIPE)
             return false;
         if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA)
             throw exc::win_sys_exc_t("Failed to read data from pipe.", status);
-        result.insert(result.end(), chunk.begin(), chunk.begin() + got);
         if (status == ERROR_SUCCESS)
-            return true;
+            break;
     }
+    if (blocks.size() == 1) {
+        result.swap(blocks.front());
+        return true;
+    }
+    result.reserve(total);
+    for (byte_buffer_t& block : blocks) {
+        result.insert(result.end(), block.begin(), block.end());
+        byte_buffer_t().swap(block);
+    }
+    return true;
 }
 
 bool WriteWholeMessage(pipe_channel_t& channel, const byte_buffer_t& data) {

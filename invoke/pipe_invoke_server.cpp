@@ -7,26 +7,22 @@
 #include "invoke/arguments.h"
 #include "invoke/invoke_server_com.h"
 #include "invoke/pipe_text.h"
+#include "invoke/request_grammar.h"
 
 #include <chrono>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace wrap {
 
 namespace {
 
-const std::wstring command_prefix = L"cmd:";
-const std::wstring document_prefix = L"xml:";
 const std::wstring crlf = L"\r\n";
 const std::wstring xml_response_prefix = L"xml:";
 
 const logger_t& server_logger() {
     return logging::prx_logger();
-}
-
-bool starts_with_ignoring_case(const std::wstring& text, const std::wstring& prefix) {
-    return text.size() >= prefix.size() && iequals(text.substr(0, prefix.size()), prefix);
 }
 
 std::wstring_view without_trailing_crlf(std::wstring_view text) {
@@ -35,11 +31,11 @@ std::wstring_view without_trailing_crlf(std::wstring_view text) {
     return text;
 }
 
-exc::runtime_exc_t unknown_request(const std::wstring& request) {
-    return exc::runtime_exc_t("Unknown type of request: '%1'.", to_ansi_nothrow(request));
-}
-
 } // namespace
+
+exc::runtime_exc_t CPipeInvokeSrv::UnknownRequest(const std::string& request) {
+    return exc::runtime_exc_t("Unknown type of request: '%1'.", request);
+}
 
 CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher)
     : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(dispatcher)) {
@@ -83,12 +79,11 @@ bool CPipeInvokeSrv::ProcessCommand() {
             scope.close_quietly();
             return false;
         }
-        const win::pipes::frame_text_t request = win::pipes::DecodeFrameText(message);
-        const std::wstring response =
-            request.terminated ? ExecuteRequest(request.text) : RejectRequest(request.text);
-        const bool sent = SendResponse(response);
+        const win::pipes::byte_buffer_t response = ExecuteFrame(std::move(message));
+        const bool sent = pipe->WriteMessage(response);
         if (!sent)
-            log_warning(server_logger(), "Response '%1' was not sent.", to_ansi_nothrow(response));
+            log_warning(server_logger(), "Response '%1' was not sent.",
+                        to_ansi_nothrow(win::pipes::DecodeFrameText(response).text));
         scope.close_quietly();
         return sent;
     } catch (const std::exception& e) {
@@ -96,27 +91,8 @@ bool CPipeInvokeSrv::ProcessCommand() {
     }
 }
 
-std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {
-    std::wstring command;
-    std::wstring document;
-    try {
-        if (!ParseRequest(request, command, document))
-            throw unknown_request(request);
-        const CRequestComScope com;
-        dispatcher->OnSoapEnter(command, document);
-        InputArguments_t input(document);
-        OutputArguments_t output;
-        dispatcher->Invoke(command, input, output);
-        const std::wstring response = output.Serialize();
-        dispatcher->OnSoapExit(command, response);
-        return MakeXmlResponse(response);
-    } catch (const std::exception& e) {
-        return FailedResponse(command, document, e);
-    }
-}
-
 std::wstring CPipeInvokeSrv::RejectRequest(const std::wstring& request) {
-    return FailedResponse(std::wstring(), std::wstring(), unknown_request(request));
+    return FailedResponse(std::wstring(), std::wstring(), UnknownRequest(to_ansi_nothrow(request)));
 }
 
 std::wstring CPipeInvokeSrv::FailedResponse(const std::wstring& command, const std::wstring& document,
@@ -127,18 +103,12 @@ std::wstring CPipeInvokeSrv::FailedResponse(const std::wstring& command, const s
 
 bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& command,
                                   std::wstring& document) {
-    // Positions rather than copies: the document may run to megabytes.
-    if (!starts_with_ignoring_case(request, command_prefix) || request.size() == command_prefix.size())
+    std::wstring_view command_view;
+    std::wstring_view document_view;
+    if (!request_grammar::parse(std::wstring_view(request), command_view, document_view))
         return false;
-    const std::size_t space = request.find(L' ', command_prefix.size());
-    if (space == std::wstring::npos)
-        return false;
-    const std::size_t document_start = space + 1 + document_prefix.size();
-    if (request.size() < document_start ||
-        !iequals(request.substr(space + 1, document_prefix.size()), document_prefix))
-        return false;
-    command = request.substr(command_prefix.size(), space - command_prefix.size());
-    document = request.substr(document_start);
+    command = command_view;
+    document = document_view;
     return true;
 }
 

@@ -3,8 +3,10 @@
 // whatever that throws goes back to the client as an error frame.
 #pragma once
 
+#include "common/exc/exc.h"
 #include "invoke/invoke_dispatcher.h"
 #include "invoke/pipe_handler.h"
+#include "invoke/pipe_text.h"
 
 #include <exception>
 #include <memory>
@@ -33,7 +35,11 @@ public:
     // One request and its response. False: the client has gone.
     bool ProcessCommand();
 
-    // A request's text to its response frame text; never throws for a bad request.
+    // A request frame's bytes to the response frame's bytes; never throws for a bad request.
+    win::pipes::byte_buffer_t ExecuteFrame(const win::pipes::byte_buffer_t& message);
+    // The same for a frame that is done with once it is read: its bytes go before the work starts.
+    win::pipes::byte_buffer_t ExecuteFrame(win::pipes::byte_buffer_t&& message);
+    // The same over the frames' texts.
     std::wstring ExecuteRequest(const std::wstring& request);
     // The same for a frame that lacks its closing U+0000: it is refused like any text
     // outside the grammar.
@@ -47,6 +53,11 @@ public:
     bool SendResponse(const std::wstring& frame);
 
 private:
+    static exc::runtime_exc_t UnknownRequest(const std::string& request);
+    // Where the request is read as UTF-8 (wide strings being four bytes a character).
+    win::pipes::byte_buffer_t ExecuteUtf8(const win::pipes::utf8_frame_t& request);
+    win::pipes::byte_buffer_t FailedUtf8(std::string_view command, std::string_view document,
+                                         const std::exception& error);
     std::wstring FailedResponse(const std::wstring& command, const std::wstring& document,
                                 const std::exception& error);
 

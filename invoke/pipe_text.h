@@ -4,19 +4,30 @@
 #include "invoke/pipe_handler.h"
 
 #include <string>
+#include <string_view>
 
 namespace win::pipes {
 
-struct frame_text_t {
-    std::wstring text;
+template <class Text> struct frame_of_t {
+    Text text;
     // Did the bytes carry the closing U+0000? Text behind it is not part of the frame.
     bool terminated = false;
 };
+using frame_text_t = frame_of_t<std::wstring>;
+// The frame's text as UTF-8, which the XML parser and the log read, without wide strings
+// between. What is not well-formed becomes U+FFFD, as the system's conversions without flags
+// make it: a surrogate without its partner, and for each bad UTF-8 sequence its maximal subpart.
+using utf8_frame_t = frame_of_t<std::string>;
 
 // Units that are no valid UTF-16 (a lone surrogate) are kept as they stand, as the
 // platform's own wide strings would keep them; an odd last byte is dropped.
 frame_text_t DecodeFrameText(const byte_buffer_t& bytes);
 // The frame for a text, with its closing U+0000.
 byte_buffer_t EncodeFrameText(const std::wstring& text);
+
+// An odd last byte is dropped.
+utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes);
+// The frame for a text given in two parts (a prefix and a document, say), with its closing U+0000.
+byte_buffer_t EncodeFrameUtf8(std::string_view head, std::string_view body = std::string_view());
 
 } // namespace win::pipes

@@ -18,12 +18,26 @@ dom_node_t::dom_node_t(const dom_document_t& document) : dom_node_t(dom_as_node(
 
 dom_node_t::dom_node_t(const dom_element_t& element) : dom_node_t(dom_as_node(element)) {}
 
-dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name) {
+namespace {
+
+// The name is made fit for the message only when there is a failure to report.
+template <class Name, class ShowName>
+dom_element_t add_child(const dom_node_t& parent, const Name& name, const ShowName& show_name) {
     try {
         return dom_platform::append_new_element(dom_owner_document(parent), parent, name);
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create child node '%1'.", to_ansi_nothrow(name), e);
+        exc::rethrow_with_trace("Failed to create child node '%1'.", show_name(), e);
     }
+}
+
+} // namespace
+
+dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name) {
+    return add_child(parent, name, [&] { return to_ansi_nothrow(name); });
+}
+
+dom_element_t dom_add_child(const dom_node_t& parent, std::string_view ascii_name) {
+    return add_child(parent, ascii_name, [&] { return std::string(ascii_name); });
 }
 
 GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& name) {

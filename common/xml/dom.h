@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -51,6 +52,10 @@ dom_document_t dom_create_document();
 dom_document_t dom_load(const std::wstring& xml);
 // No XML declaration; element order as built or loaded.
 std::wstring dom_serialize(const dom_document_t& document);
+// The same over UTF-8 text, for text that is UTF-8 already on its way in or out (the frames):
+// no round trip through wide strings where the platform's DOM reads UTF-8 itself.
+dom_document_t dom_load_utf8(std::string_view xml);
+std::string dom_serialize_utf8(const dom_document_t& document);
 
 dom_document_t dom_owner_document(const dom_node_t& node);
 dom_node_t dom_as_node(const dom_document_t& document);
@@ -58,6 +63,8 @@ dom_node_t dom_as_node(const dom_element_t& element);
 
 // Appends a new element behind the parent's last child.
 dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name);
+// The same for a name that is ASCII text of the code, as argument names are.
+dom_element_t dom_add_child(const dom_node_t& parent, std::string_view ascii_name);
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).

@@ -4,6 +4,8 @@
 #include "common/format/ascii_runs.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
+#include "common/xml/nesting_depth.h"
+#include "common/xml/xml_text_rules.h"
 
 #include <pugixml.hpp>
 
@@ -31,10 +33,10 @@ struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<do
 
 namespace {
 
-// Comments and processing instructions are nodes of the document, as on the platform.
-// Parsing as a fragment keeps text beside the root, so that it can be refused.
+// Comments, processing instructions and the document type are nodes of the document, as on
+// the platform. Parsing as a fragment keeps text beside the root, so that it can be refused.
 constexpr unsigned int parse_options =
-    pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_fragment;
+    pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_doctype | pugi::parse_fragment;
 constexpr unsigned int save_options = pugi::format_raw | pugi::format_no_declaration;
 
 template <class Native> Native& native_of(const dom_ref_t<Native>& holder) {
@@ -50,9 +52,14 @@ dom_element_t make_element(const std::shared_ptr<dom_document_native_t>& documen
     return dom_element_t(std::move(native));
 }
 
-// The names the platform gives to nodes that are no elements.
-const char* node_name_of(const pugi::xml_node& node) {
+// The names the platform gives to nodes that are no elements. A document type is named after
+// the root it declares, so a lookup of the root meets it first.
+std::string_view node_name_of(const pugi::xml_node& node) {
     switch (node.type()) {
+    case pugi::node_doctype: {
+        const std::string_view declaration = node.value();
+        return declaration.substr(0, declaration.find_first_of(" \t\r\n["));
+    }
     case pugi::node_pcdata:
         return "#text";
     case pugi::node_cdata:
@@ -66,12 +73,10 @@ const char* node_name_of(const pugi::xml_node& node) {
     }
 }
 
-bool ascii_iequals(const char* a, const char* b) {
+bool ascii_iequals(std::string_view a, std::string_view b) {
     auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    for (; *a != '\0' && *b != '\0'; ++a, ++b)
-        if (fold(*a) != fold(*b))
-            return false;
-    return *a == *b;
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [&](char x, char y) { return fold(x) == fold(y); });
 }
 
 // Names and values cross as UTF-8 for one pugixml call each. Nearly all of them are short
@@ -148,19 +153,27 @@ bool has_duplicate_attribute(const pugi::xml_node& element) {
     return std::adjacent_find(names.begin(), names.end()) != names.end();
 }
 
-// The checks of well-formedness that pugixml leaves out.
+// The checks of well-formedness that pugixml leaves out, and the platform's limit of depth.
 bool is_well_formed(const pugi::xml_document& document) {
     if (!has_single_root(document))
         return false;
+    // Only elements have children: every node above the current one is an element.
+    std::size_t elements_above = 0;
     for (pugi::xml_node node = document.document_element(); node;) {
         if (has_duplicate_attribute(node))
             return false;
         if (node.first_child()) {
+            if (++elements_above >= max_element_depth && node.find_child([](const pugi::xml_node& child) {
+                    return child.type() == pugi::node_element;
+                }))
+                return false;
             node = node.first_child();
             continue;
         }
-        while (node && !node.next_sibling())
+        while (node && !node.next_sibling()) {
             node = node.parent();
+            --elements_above;
+        }
         if (node)
             node = node.next_sibling();
     }
@@ -196,6 +209,29 @@ dom_document_t dom_create_document() {
     return dom_document_t(std::make_shared<dom_document_native_t>());
 }
 
+namespace {
+
+// The document parses its source in place; the message of a failure shows the text as it was
+// given, which the caller still has.
+template <class ShowGiven>
+dom_document_t load_source(std::shared_ptr<dom_document_native_t> document, const ShowGiven& show_given) {
+    if (breaks_xml_text_rules(document->source))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+    const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
+        document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
+    if (!parsed || !is_well_formed(document->tree))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+    return dom_document_t(std::move(document));
+}
+
+std::string serialized(const dom_document_t& document) {
+    pieces_writer_t writer;
+    native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
+    return writer.joined();
+}
+
+} // namespace
+
 dom_document_t dom_load(const std::wstring& xml) {
     auto document = std::make_shared<dom_document_native_t>();
     try {
@@ -203,18 +239,26 @@ dom_document_t dom_load(const std::wstring& xml) {
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::load_failed_text, to_ansi_nothrow(xml), e);
     }
-    const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
-        document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
-    if (!parsed || !is_well_formed(document->tree))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
-    return dom_document_t(std::move(document));
+    return load_source(std::move(document), [&] { return to_ansi_nothrow(xml); });
+}
+
+dom_document_t dom_load_utf8(std::string_view xml) {
+    auto document = std::make_shared<dom_document_native_t>();
+    document->source.assign(xml);
+    return load_source(std::move(document), [&] { return std::string(xml); });
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
     try {
-        pieces_writer_t writer;
-        native_of(document).tree.print(writer, "", save_options, pugi::encoding_utf8);
-        return from_utf8(writer.joined());
+        return from_utf8(serialized(document));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
+    }
+}
+
+std::string dom_serialize_utf8(const dom_document_t& document) {
+    try {
+        return serialized(document);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
     }
@@ -292,9 +336,13 @@ namespace dom_platform {
 
 dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
                                  const std::wstring& name) {
+    return append_new_element(owner, parent, std::string_view(utf8_arg_t(name).c_str()));
+}
+
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 std::string_view ascii_name) {
     dom_document_native_t& document = native_of(owner);
-    pugi::xml_node parent_node = native_of(parent).node;
-    pugi::xml_node element = parent_node.append_child(utf8_arg_t(name).c_str());
+    pugi::xml_node element = native_of(parent).node.append_child(std::string(ascii_name).c_str());
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
     return make_element(document.shared_from_this(), element);

@@ -2,6 +2,7 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
+#include "common/xml/nesting_depth.h"
 #include "compat/com_ptr.h"
 #include "compat/win_types.h"
 
@@ -120,8 +121,11 @@ dom_document_t dom_create_document() {
     return make_holder<dom_document_t>(std::move(document));
 }
 
-// A parse error comes back as S_FALSE with the flag false, and is reported with that code.
+// A parse error comes back as S_FALSE with the flag false, and is reported with that code. A
+// document nested too deep for the parser's stack is refused the same way before it starts.
 dom_document_t dom_load(const std::wstring& xml) {
+    if (nests_deeper_than(std::wstring_view(xml), max_element_depth))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
     const dom_document_t document = dom_create_document();
     IXMLDOMDocument* ptr = native_of(document).ptr.get();
     check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
@@ -137,6 +141,15 @@ std::wstring dom_serialize(const dom_document_t& document) {
     bstr_result_t text;
     check(native_of(document).ptr->get_xml(text.put()), dom_platform::serialize_failed_text);
     return text.text();
+}
+
+// The platform's DOM reads and writes wide text only.
+dom_document_t dom_load_utf8(std::string_view xml) {
+    return dom_load(from_utf8(std::string(xml)));
+}
+
+std::string dom_serialize_utf8(const dom_document_t& document) {
+    return to_utf8(dom_serialize(document));
 }
 
 // A document is its own owner.
@@ -212,6 +225,11 @@ dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& 
     check(native_of(parent).ptr->appendChild(element.get(), appended.put()),
           "Failed to append node to the child nodes list.");
     return make_holder<dom_element_t>(std::move(element));
+}
+
+dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
+                                 std::string_view ascii_name) {
+    return append_new_element(owner, parent, std::wstring(ascii_name.begin(), ascii_name.end()));
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {

@@ -2,6 +2,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/xml/nesting_depth.h"
 
 #include <tinyxml.h>
 
@@ -54,7 +55,13 @@ std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
     try {
         auto document = std::make_shared<TiXmlDocument>();
         const std::string padded = with_zeros_behind(text);
-        document->Parse(padded.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
+        // The parser recurses once per level, and so does the tree's destructor.
+        if (nests_deeper_than(std::string_view(padded.data(), padded.size() - longest_utf8_step),
+                              max_element_depth))
+            document->SetError(TiXmlBase::TIXML_ERROR_PARSING_ELEMENT, nullptr, nullptr,
+                               TIXML_ENCODING_UNKNOWN);
+        else
+            document->Parse(padded.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
         if (document->Error())
             throw_document_error(*document);
         return document;

@@ -1,4 +1,5 @@
 #include "common/format/format.h"
+#include "common/xml/dom.h"
 #include "invoke/files_list.h"
 #include "invoke/snapshot_ids.h"
 #include "tests/invoke/documents_test_lines.h"
@@ -24,6 +25,24 @@ TEST(ItemsListDocument, ItemsKeepOrderAndFieldsThroughTheRoundTrip) {
     EXPECT_EQ(SerializeItemsList({}), L"<FilesList/>");
     DeserializeItemsList(L"<FilesList/>", read);
     EXPECT_EQ(read.size(), sample_items().size() + 1);
+}
+
+// The list may be written without the DOM, for speed: it must read exactly as the DOM writes it.
+TEST(ItemsListDocument, IsWrittenAsTheDomWritesIt) {
+    const std::wstring awkward = L"a&b<c>d\"e'f\tg\nh\ri\u0001j\u001fk\u00e9\u4e2d\U0001F600";
+    const ItemsList items = {CFilesListItem(awkward, L"*.*", 0, L"", awkward + L'\0' + L"cut"),
+                             CFilesListItem(L"p", L"m", 2, L"r", L"f")};
+    const dom_document_t document = dom_create_document();
+    const dom_element_t root = dom_add_child(document, L"FilesList");
+    for (const CFilesListItem& item : items) {
+        const dom_element_t file = dom_add_child(root, L"File");
+        dom_set_attribute(file, L"Recursive", item.recursive != 0 ? L"true" : L"false");
+        dom_set_attribute(file, L"Path", item.path);
+        dom_set_attribute(file, L"Mask", item.mask);
+        dom_set_attribute(file, L"FullPath", item.fullPath);
+        dom_set_attribute(file, L"RelativePath", item.relativePath);
+    }
+    EXPECT_EQ(SerializeItemsList(items), dom_serialize(document));
 }
 
 TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrue) {

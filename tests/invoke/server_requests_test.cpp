@@ -2,6 +2,7 @@
 #include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/pipe_invoke_server.h"
+#include "invoke/pipe_text.h"
 #include "pipe_test_support.h"
 #include "tests/common/log_test_support.h"
 
@@ -24,13 +25,12 @@ public:
         if (command == L"Echo")
             output.WriteText("Said", input.ReadText("Say"));
     }
-    void OnCallFailed(const std::wstring& command, const std::wstring& request,
-                      const std::exception& e) override {
-        failed.push_back(command + L"|" + request);
+    void OnCallFailed(std::string_view command, std::string_view request, const std::exception& e) override {
+        failed.push_back(std::string(command) + "|" + std::string(request));
         IInvokeDispatcher::OnCallFailed(command, request, e);
     }
     std::vector<std::wstring> invoked;
-    std::vector<std::wstring> failed;
+    std::vector<std::string> failed;
 };
 
 struct null_what_t : std::exception {
@@ -68,6 +68,16 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeXmlResponse(L"<a/>\r\n"), L"xml:<a/>");
 }
 
+// As the system's conversions read it: the request goes on with U+FFFD in the surrogate's place.
+TEST_F(ServerRequests, ALoneSurrogateInAFrameReadsAsTheReplacementCharacter) {
+    const std::wstring request = L"cmd:Echo xml:<InputArguments><Say value=\"?\"/></InputArguments>";
+    win::pipes::byte_buffer_t frame = win::pipes::EncodeFrameText(request);
+    frame[2 * request.find(L'?')] = 0x00;
+    frame[2 * request.find(L'?') + 1] = 0xDC;
+    EXPECT_EQ(win::pipes::DecodeFrameText(server.ExecuteFrame(frame)).text,
+              L"xml:<OutputArguments><Said value=\"\uFFFD\"/></OutputArguments>");
+}
+
 TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
     EXPECT_EQ(server.ExecuteRequest(L"cmd:Fail xml:<InputArguments/>"), L"err:The cause.\n--tr:The step.");
     EXPECT_EQ(server.ExecuteRequest(L"hello"), L"err:Unknown type of request: 'hello'.");
@@ -79,8 +89,7 @@ TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
 
     // Only a well-formed request reaches the commands; every failure is reported with its request.
     EXPECT_EQ(dispatcher->invoked, std::vector<std::wstring>{L"Fail"});
-    EXPECT_EQ(dispatcher->failed,
-              (std::vector<std::wstring>{L"Fail|<InputArguments/>", L"|", L"Echo|", L"|"}));
+    EXPECT_EQ(dispatcher->failed, (std::vector<std::string>{"Fail|<InputArguments/>", "|", "Echo|", "|"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
 }
 

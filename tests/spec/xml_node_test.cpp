@@ -33,6 +33,31 @@ TEST(SpecXmlParsing, TheTextEndsAtItsFirstZeroEvenInsideACharacter) {
     EXPECT_EQ(node_name(root_of("<a/>" + std::string(1, '\0') + "<b/>")), "a");
 }
 
+std::string nested(std::size_t levels, const std::string& inner = std::string()) {
+    std::string text;
+    for (std::size_t i = 0; i < levels; ++i)
+        text += "<a>";
+    text += inner;
+    for (std::size_t i = 0; i < levels; ++i)
+        text += "</a>";
+    return text;
+}
+
+// The parser and the tree's destructor recurse once per level: a deep document must be refused
+// before either runs, and markup that merely looks like a tag must not count as a level.
+TEST(SpecXmlParsing, DocumentsNestedDeeperThanTheLimitAreRefusedWithTheParsersText) {
+    for (const std::size_t levels : {std::size_t(257), std::size_t(100000)}) {
+        const std::vector<std::string> lines = failure_lines([&] { parse_xml(nested(levels)); });
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_EQ(lines[0], "XML error: [Error parsing Element.]. Error code: [3].");
+        EXPECT_EQ(lines[1].rfind("Failed to parse XML content. Source content: [<a><a>", 0), 0u);
+    }
+    const std::string look_alikes = "<!-- <b> --><![CDATA[<c>]]><?pi <d>?><e x='<f>' y=\"/>\"/>";
+    EXPECT_NO_THROW(parse_xml("<?xml version=\"1.0\"?><!DOCTYPE a [<!ELEMENT a ANY>]>" +
+                              nested(256, look_alikes + look_alikes)));
+    EXPECT_NO_THROW(parse_xml(nested(200, nested(56) + nested(56))));
+}
+
 TEST(SpecXmlIntegers, MissingAndUnreadableValuesReportEachOthersText) {
     const xml_node_t node = root_of("<a n='42' tail='7 days' bad='abc'/>");
     EXPECT_EQ(get_attr_int(node, "n"), 42);

@@ -213,6 +213,28 @@ TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords)
     EXPECT_FALSE(Contains(log, "ANSI -> UNICODE failed.")) << log;
 }
 
+// A parser that recursed per level would take the process down with a stack overflow.
+TEST_F(ToolSession, DocumentsNestedTooDeepAreRefusedAndServingGoesOn) {
+    std::wstring deep;
+    for (int i = 0; i < 100000; ++i)
+        deep += L"<a>";
+    for (int i = 0; i < 100000; ++i)
+        deep += L"</a>";
+    const std::wstring spec_frame =
+        Call(L"BeginSnapshotCreation",
+             JobArguments().AddEncoded(L"SnapshotXmlSpec",
+                                       L"<HVBackupSpec><VMs>" + deep + L"</VMs></HVBackupSpec>"));
+    EXPECT_TRUE(spec_frame.starts_with(L"err:XML error: [Error parsing Element.]. Error code: [3].\n"))
+        << spec_frame.substr(0, 300);
+    EXPECT_TRUE(
+        Contains(spec_frame, L"Cannot parse backup specification document (<HVBackupSpec><VMs><a><a>"));
+    const std::wstring document_frame = Exchange(L"cmd:GetAsyncOpStatus xml:" + deep);
+    EXPECT_TRUE(document_frame.starts_with(L"err:")) << document_frame.substr(0, 300);
+    EXPECT_TRUE(Contains(document_frame, L"Failed to load XML document '<a><a>"))
+        << document_frame.substr(0, 300);
+    EndSession();
+}
+
 namespace {
 
 // A client that asks and then stops listening before the answer: the raw

@@ -1,0 +1,75 @@
+// Requests as UTF-8, converted once from the frame: wide strings are four bytes a character
+// here, and the parser, the trace and the serialised response all read or write UTF-8.
+#include "invoke/pipe_invoke_server.h"
+
+#include "common/format/format.h"
+#include "common/xml/dom.h"
+#include "invoke/arguments.h"
+#include "invoke/invoke_server_com.h"
+#include "invoke/pipe_text.h"
+#include "invoke/request_grammar.h"
+
+#include <string_view>
+
+namespace wrap {
+
+namespace {
+
+// The command's name is UTF-8 that the frame's conversion made, so it converts without fail.
+std::wstring widen(std::string_view utf8) {
+    return from_utf8(std::string(utf8));
+}
+
+std::string_view without_trailing_crlf(std::string_view text) {
+    if (text.ends_with("\r\n"))
+        text.remove_suffix(2);
+    return text;
+}
+
+} // namespace
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_buffer_t& message) {
+    return ExecuteUtf8(win::pipes::DecodeFrameUtf8(message));
+}
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(win::pipes::byte_buffer_t&& message) {
+    const win::pipes::utf8_frame_t request = win::pipes::DecodeFrameUtf8(message);
+    win::pipes::byte_buffer_t().swap(message);
+    return ExecuteUtf8(request);
+}
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteUtf8(const win::pipes::utf8_frame_t& request) {
+    std::string_view command;
+    std::string_view document;
+    if (!request.terminated)
+        return FailedUtf8({}, {}, UnknownRequest(request.text));
+    try {
+        if (!request_grammar::parse(std::string_view(request.text), command, document))
+            throw UnknownRequest(request.text);
+        const CRequestComScope com;
+        dispatcher->OnSoapEnter(command, document);
+        InputArguments_t input(dom_load_utf8(document));
+        OutputArguments_t output;
+        dispatcher->Invoke(widen(command), input, output);
+        const std::string response = output.SerializeUtf8();
+        dispatcher->OnSoapExit(command, response);
+        return win::pipes::EncodeFrameUtf8("xml:", without_trailing_crlf(response));
+    } catch (const std::exception& e) {
+        return FailedUtf8(command, document, e);
+    }
+}
+
+// The failure's lines go into the frame as they are: a failure to load a document of megabytes
+// carries it whole.
+win::pipes::byte_buffer_t CPipeInvokeSrv::FailedUtf8(std::string_view command, std::string_view document,
+                                                     const std::exception& error) {
+    dispatcher->OnCallFailed(command, document, error);
+    const char* what = error.what();
+    return win::pipes::EncodeFrameUtf8("err:", what != nullptr ? what : "n/a");
+}
+
+std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {
+    return win::pipes::DecodeFrameText(ExecuteFrame(win::pipes::EncodeFrameText(request))).text;
+}
+
+} // namespace wrap

@@ -1,0 +1,218 @@
+#include "invoke/pipe_text.h"
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace win::pipes {
+
+namespace {
+
+constexpr char32_t replacement_character = 0xFFFD;
+// Frames run to megabytes of ASCII: a block of this many characters that are all ASCII (and no
+// zero) is moved in a few vector steps. The loops have a fixed length and go through local
+// arrays, so that the compiler can see that nothing aliases. Units are read as stored, so only
+// where the host is little-endian, as the frames are.
+constexpr std::size_t block = 16;
+constexpr bool units_as_stored = std::endian::native == std::endian::little;
+
+char16_t unit_at(const std::uint8_t* bytes, std::size_t index) {
+    return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
+}
+
+bool is_ascii_unit_block(const std::uint8_t* bytes) {
+    if constexpr (!units_as_stored)
+        return false;
+    char16_t units[block];
+    std::memcpy(units, bytes, sizeof units);
+    unsigned outside = 0;
+    for (const char16_t unit : units)
+        outside |= static_cast<char16_t>(unit - 1) >= 0x7F ? 1u : 0u;
+    return outside == 0;
+}
+
+bool is_ascii_byte_block(const char* text) {
+    if constexpr (!units_as_stored)
+        return false;
+    unsigned char bytes[block];
+    std::memcpy(bytes, text, sizeof bytes);
+    unsigned outside = 0;
+    for (const unsigned char byte : bytes)
+        outside |= static_cast<unsigned char>(byte - 1) >= 0x7F ? 1u : 0u;
+    return outside == 0;
+}
+
+std::size_t utf8_length(char32_t c) {
+    return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
+}
+
+// The character at the start of UTF-8 text; a sequence that is not well-formed gives U+FFFD
+// for its maximal subpart (the longest start of a well-formed sequence, or one byte).
+char32_t decode_utf8(std::string_view text, std::size_t& taken) {
+    const auto lead = static_cast<unsigned char>(text[0]);
+    taken = 1;
+    if (lead < 0x80)
+        return lead;
+    std::size_t length = 0;
+    char32_t value = 0;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        value = lead & 0x1Fu;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        value = lead & 0x0Fu;
+        low = lead == 0xE0 ? 0xA0 : 0x80;
+        high = lead == 0xED ? 0x9F : 0xBF;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        value = lead & 0x07u;
+        low = lead == 0xF0 ? 0x90 : 0x80;
+        high = lead == 0xF4 ? 0x8F : 0xBF;
+    } else {
+        return replacement_character;
+    }
+    for (taken = 1; taken < length; ++taken) {
+        if (taken == text.size())
+            return replacement_character;
+        const auto next = static_cast<unsigned char>(text[taken]);
+        if (next < low || next > high)
+            return replacement_character;
+        value = (value << 6) | (next & 0x3Fu);
+        low = 0x80;
+        high = 0xBF;
+    }
+    return value;
+}
+
+// Sizing and writing walk the text alike: the first pass counts, the second fills storage of
+// exactly that size, so that a text of megabytes is never reallocated.
+struct utf8_counter_t {
+    std::size_t size = 0;
+    void ascii_block(const std::uint8_t*) { size += block; }
+    void put(char32_t c) { size += utf8_length(c); }
+};
+
+struct utf8_writer_t {
+    char* out;
+    void ascii_block(const std::uint8_t* bytes) {
+        char16_t units[block];
+        std::memcpy(units, bytes, sizeof units);
+        char narrowed[block];
+        for (std::size_t i = 0; i < block; ++i)
+            narrowed[i] = static_cast<char>(units[i]);
+        std::memcpy(out, narrowed, block);
+        out += block;
+    }
+    void put(char32_t c) {
+        if (c < 0x80) {
+            *out++ = static_cast<char>(c);
+            return;
+        }
+        const std::size_t length = utf8_length(c);
+        static constexpr unsigned char leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
+        for (std::size_t i = length - 1; i > 0; --i, c >>= 6)
+            out[i] = static_cast<char>(0x80 | (c & 0x3F));
+        out[0] = static_cast<char>(leads[length] | c);
+        out += length;
+    }
+};
+
+// True when the closing U+0000 was met.
+template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t units, Sink& sink) {
+    std::size_t i = 0;
+    while (i < units) {
+        if (units - i >= block && is_ascii_unit_block(bytes + 2 * i)) {
+            sink.ascii_block(bytes + 2 * i);
+            i += block;
+            continue;
+        }
+        const char16_t unit = unit_at(bytes, i++);
+        if (unit == 0)
+            return true;
+        if (unit < 0xD800 || unit > 0xDFFF) {
+            sink.put(unit);
+        } else if (unit <= 0xDBFF && i < units && unit_at(bytes, i) >= 0xDC00 &&
+                   unit_at(bytes, i) <= 0xDFFF) {
+            sink.put(0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(unit_at(bytes, i)) - 0xDC00));
+            ++i;
+        } else {
+            sink.put(replacement_character);
+        }
+    }
+    return false;
+}
+
+struct utf16_counter_t {
+    std::size_t units = 0;
+    void ascii_block(const char*) { units += block; }
+    void put(char32_t c) { units += c >= 0x10000 ? 2 : 1; }
+};
+
+struct utf16_writer_t {
+    std::uint8_t* out;
+    void ascii_block(const char* text) {
+        unsigned char bytes[block];
+        std::memcpy(bytes, text, sizeof bytes);
+        char16_t units[block];
+        for (std::size_t i = 0; i < block; ++i)
+            units[i] = bytes[i];
+        std::memcpy(out, units, sizeof units);
+        out += 2 * block;
+    }
+    void put_unit(char32_t unit) {
+        *out++ = static_cast<std::uint8_t>(unit & 0xFF);
+        *out++ = static_cast<std::uint8_t>(unit >> 8);
+    }
+    void put(char32_t c) {
+        if (c < 0x10000) {
+            put_unit(c);
+            return;
+        }
+        c -= 0x10000;
+        put_unit(0xD800 + (c >> 10));
+        put_unit(0xDC00 + (c & 0x3FF));
+    }
+};
+
+template <class Sink> void walk_utf8(std::string_view text, Sink& sink) {
+    std::size_t i = 0;
+    while (i < text.size()) {
+        if (text.size() - i >= block && is_ascii_byte_block(text.data() + i)) {
+            sink.ascii_block(text.data() + i);
+            i += block;
+            continue;
+        }
+        std::size_t taken = 0;
+        sink.put(decode_utf8(text.substr(i), taken));
+        i += taken;
+    }
+}
+
+} // namespace
+
+utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
+    const std::size_t units = bytes.size() / 2;
+    utf8_counter_t counter;
+    utf8_frame_t frame;
+    frame.terminated = walk_frame(bytes.data(), units, counter);
+    frame.text.resize(counter.size);
+    utf8_writer_t writer{frame.text.data()};
+    walk_frame(bytes.data(), units, writer);
+    return frame;
+}
+
+byte_buffer_t EncodeFrameUtf8(std::string_view head, std::string_view body) {
+    utf16_counter_t counter;
+    walk_utf8(head, counter);
+    walk_utf8(body, counter);
+    byte_buffer_t bytes(2 * (counter.units + 1));
+    utf16_writer_t writer{bytes.data()};
+    walk_utf8(head, writer);
+    walk_utf8(body, writer);
+    writer.put_unit(0);
+    return bytes;
+}
+
+} // namespace win::pipes
