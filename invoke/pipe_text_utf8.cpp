@@ -1,5 +1,7 @@
 #include "invoke/pipe_text.h"
 
+#include "common/format/unicode_units.h"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -8,7 +10,6 @@ namespace win::pipes {
 
 namespace {
 
-constexpr char32_t replacement_character = 0xFFFD;
 // Frames run to megabytes of ASCII: a block of this many characters that are all ASCII (and no
 // zero) is moved in a few vector steps. The loops have a fixed length and go through local
 // arrays, so that the compiler can see that nothing aliases. Units are read as stored, so only
@@ -44,46 +45,6 @@ bool is_ascii_byte_block(const char* text) {
 
 std::size_t utf8_length(char32_t c) {
     return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-}
-
-// The character at the start of UTF-8 text; a sequence that is not well-formed gives U+FFFD
-// for its maximal subpart (the longest start of a well-formed sequence, or one byte).
-char32_t decode_utf8(std::string_view text, std::size_t& taken) {
-    const auto lead = static_cast<unsigned char>(text[0]);
-    taken = 1;
-    if (lead < 0x80)
-        return lead;
-    std::size_t length = 0;
-    char32_t value = 0;
-    unsigned char low = 0x80;
-    unsigned char high = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        value = lead & 0x1Fu;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        value = lead & 0x0Fu;
-        low = lead == 0xE0 ? 0xA0 : 0x80;
-        high = lead == 0xED ? 0x9F : 0xBF;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        value = lead & 0x07u;
-        low = lead == 0xF0 ? 0x90 : 0x80;
-        high = lead == 0xF4 ? 0x8F : 0xBF;
-    } else {
-        return replacement_character;
-    }
-    for (taken = 1; taken < length; ++taken) {
-        if (taken == text.size())
-            return replacement_character;
-        const auto next = static_cast<unsigned char>(text[taken]);
-        if (next < low || next > high)
-            return replacement_character;
-        value = (value << 6) | (next & 0x3Fu);
-        low = 0x80;
-        high = 0xBF;
-    }
-    return value;
 }
 
 // Sizing and writing walk the text alike: the first pass counts, the second fills storage of
@@ -131,15 +92,10 @@ template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t uni
         const char16_t unit = unit_at(bytes, i++);
         if (unit == 0)
             return true;
-        if (unit < 0xD800 || unit > 0xDFFF) {
-            sink.put(unit);
-        } else if (unit <= 0xDBFF && i < units && unit_at(bytes, i) >= 0xDC00 &&
-                   unit_at(bytes, i) <= 0xDFFF) {
-            sink.put(0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(unit_at(bytes, i)) - 0xDC00));
-            ++i;
-        } else {
-            sink.put(replacement_character);
-        }
+        const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
+        const unicode::decoded_t decoded = unicode::decode_utf16({pair, i < units ? 2u : 1u});
+        sink.put(decoded.value);
+        i += decoded.units - 1;
     }
     return false;
 }
@@ -184,9 +140,9 @@ template <class Sink> void walk_utf8(std::string_view text, Sink& sink) {
             i += block;
             continue;
         }
-        std::size_t taken = 0;
-        sink.put(decode_utf8(text.substr(i), taken));
-        i += taken;
+        const unicode::decoded_t decoded = unicode::decode_utf8(text.substr(i));
+        sink.put(decoded.value);
+        i += decoded.units;
     }
 }
 
