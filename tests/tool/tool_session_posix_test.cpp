@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 #include <sys/socket.h>
@@ -240,12 +241,23 @@ namespace {
 // A client that asks and then stops listening before the answer: the raw
 // transport, since the client library always reads its answers.
 void AskAndStopListening(const std::filesystem::path& socketPath, const std::wstring& request) {
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", socketPath.c_str());
-    ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    // The socket file appears at bind, a moment before the server listens: until then a
+    // connection is refused, and a client tries again as it would on a pipe not yet created.
+    int fd = -1;
+    for (int attempt = 0; attempt < 500; ++attempt) {
+        fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        ASSERT_GE(fd, 0);
+        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0)
+            break;
+        ASSERT_EQ(errno, ECONNREFUSED);
+        ::close(fd);
+        fd = -1;
+        ::usleep(10000);
+    }
+    ASSERT_GE(fd, 0);
     ASSERT_EQ(::shutdown(fd, SHUT_RD), 0);
     std::string frame(4, '\0');
     for (wchar_t c : request + L'\0') {
