@@ -61,18 +61,8 @@ HRESULT status_of(IVssAsync* async) {
 
 std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup) {
     std::vector<VSS_WRITER_STATE> states;
-    EXPECT_EQ(run(backup, &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
-    UINT count = 0;
-    EXPECT_EQ(backup->GetWriterStatusCount(&count), S_OK);
-    for (UINT i = 0; i < count; ++i) {
-        VSS_ID instance{}, writer{};
-        BSTR name = nullptr;
-        VSS_WRITER_STATE state = VSS_WS_UNKNOWN;
-        HRESULT failure = S_OK;
-        EXPECT_EQ(backup->GetWriterStatus(i, &instance, &writer, &name, &state, &failure), S_OK);
-        SysFreeString(name);
-        states.push_back(state);
-    }
+    for (auto& s : writer_statuses(backup))
+        states.push_back(s.state);
     return states;
 }
 
