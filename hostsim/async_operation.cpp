@@ -55,8 +55,11 @@ HRESULT async_operation_t::Cancel() {
         return outcome.refusal;
     std::lock_guard guard(mutex_);
     end_if_due();
-    if (ended_)
+    if (ended_) {
+        if (FAILED(status_))
+            return status_; // what the operation met, as VSS answers for one that failed
         return status_ == VSS_S_ASYNC_CANCELLED ? VSS_S_ASYNC_CANCELLED : VSS_S_ASYNC_FINISHED;
+    }
     ended_ = true;
     status_ = VSS_S_ASYNC_CANCELLED;
     if (plan_.cancel)

@@ -1,5 +1,6 @@
 // IVssAsync of the simulator. An operation finishes at its first QueryStatus (or Wait),
-// unless a fault keeps it pending for a while; Cancel ends it at once.
+// unless a fault keeps it pending for a while; Cancel ends it at once, and of one that has
+// ended already it answers how it ended.
 #pragma once
 
 #include "compat/vss_api.h"

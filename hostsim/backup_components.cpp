@@ -1,5 +1,7 @@
 #include "hostsim/backup_components.h"
 
+#include "hostsim/creation_lock.h"
+#include "hostsim/csv_backup_state.h"
 #include "hostsim/wide_text.h"
 #include "hostsim/writer_metadata.h"
 
@@ -47,7 +49,25 @@ backup_components_t::~backup_components_t() {
         std::lock_guard guard(link_->mutex);
         link_->object = nullptr;
     }
+    // VSS aborts the backup of a requester that lets go between the prepare and the completion.
+    const state_store_t* state = host_->state();
+    if (state && prepare_requested_ && !complete_requested_ && !aborted_)
+        state->journal("ImplicitAbort", {set_id_ ? guid_text(*set_id_) : L""});
+    end_job();
     release_snapshots();
+}
+
+void backup_components_t::end_creation_if_held() {
+    if (!holds_creation_)
+        return;
+    holds_creation_ = false;
+    end_creation(*host_->state(), *set_id_);
+}
+
+void backup_components_t::end_job() {
+    end_creation_if_held();
+    if (set_id_ && host_->state())
+        end_csv_backup_state(*host_->state(), *set_id_);
 }
 
 // The operations don't keep the object alive: releasing it ends the backup, as on Windows,
@@ -89,7 +109,9 @@ HRESULT backup_components_t::finish_prepare(HRESULT planned) {
 HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
     std::lock_guard guard(mutex_);
     if (SUCCEEDED(planned)) {
-        statuses_ = writer_states_.report(writers_in_play(), host_->model().writer_faults);
+        // Writers that have not been asked for their metadata don't speak to this object.
+        statuses_ = metadata_ready_ ? writer_states_.report(writers_in_play(), host_->model().writer_faults)
+                                    : std::vector<writer_status_t>{};
         statuses_ready_ = true;
     }
     return planned;
@@ -100,6 +122,7 @@ HRESULT backup_components_t::finish_backup(HRESULT planned) {
     if (FAILED(planned))
         return planned;
     writer_states_.pass(writer_phase::complete);
+    end_job();
     std::vector<component_result_t> results;
     for (auto& c : components_)
         results.push_back({c.name, !c.succeeded ? L"not-reported" : *c.succeeded ? L"succeeded" : L"failed"});
@@ -184,7 +207,7 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
     if (outcome.refusal != S_OK)
         return outcome.refusal;
     std::lock_guard guard(mutex_);
-    if (origin_ == origin::none || (origin_ == origin::fresh && set_id_))
+    if (origin_ == origin::none || (origin_ == origin::fresh && set_id_) || context_set_)
         return VSS_E_BAD_STATE;
     const LONG attributes = VSS_VOLSNAP_ATTR_TRANSPORTABLE | VSS_VOLSNAP_ATTR_DIFFERENTIAL |
                             VSS_VOLSNAP_ATTR_PLEX | VSS_VOLSNAP_ATTR_NO_AUTORECOVERY;
@@ -196,6 +219,7 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
     if (!known)
         return E_INVALIDARG;
     context_ = lContext;
+    context_set_ = true;
     return S_OK;
 }
 
@@ -204,10 +228,13 @@ HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, 
     if (outcome.refusal != S_OK)
         return outcome.refusal;
     std::lock_guard guard(mutex_);
-    if (origin_ == origin::none || metadata_requested_)
+    if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     if (!rgWriterClassId && cClassId > 0)
         return E_INVALIDARG;
+    // Once the metadata is gathered the writers taking part are settled; the call is harmless.
+    if (metadata_requested_)
+        return S_OK;
     if (!enabled_writers_)
         enabled_writers_.emplace();
     enabled_writers_->insert(enabled_writers_->end(), rgWriterClassId, rgWriterClassId + cClassId);
@@ -343,7 +370,7 @@ HRESULT backup_components_t::GatherWriterStatus(IVssAsync** pAsync) {
     std::lock_guard guard(mutex_);
     if (!pAsync)
         return E_INVALIDARG;
-    if (origin_ == origin::none || (origin_ == origin::fresh && !metadata_ready_))
+    if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     return start({"GatherWriterStatus",
                   outcome.status.value_or(VSS_S_ASYNC_FINISHED),
@@ -408,7 +435,7 @@ HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writer
     if (outcome.refusal != S_OK)
         return outcome.refusal;
     std::lock_guard guard(mutex_);
-    if (!snapshot_done_ || complete_requested_)
+    if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     for (auto& c : components_) {
         if (c.writer == writerId && c.instance == instanceId && iequals(c.name, name) &&
@@ -440,7 +467,7 @@ HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
     std::lock_guard guard(mutex_);
     if (!ppAsync)
         return E_INVALIDARG;
-    if (!snapshot_done_ || complete_requested_)
+    if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     complete_requested_ = true;
     return start({"BackupComplete",
@@ -449,6 +476,19 @@ HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
                   on_finish(&backup_components_t::finish_backup),
                   {}},
                  ppAsync);
+}
+
+HRESULT backup_components_t::AbortBackup() {
+    auto outcome = host_->enter("AbortBackup", {set_id_ ? guid_text(*set_id_) : L""});
+    if (outcome.refusal != S_OK)
+        return outcome.refusal;
+    std::lock_guard guard(mutex_);
+    if (origin_ == origin::none || complete_requested_ || aborted_)
+        return VSS_E_BAD_STATE;
+    aborted_ = true;
+    writer_states_.abort();
+    end_job();
+    return S_OK;
 }
 
 HRESULT backup_components_t::GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,

@@ -62,6 +62,7 @@ public:
     HRESULT STDMETHODCALLTYPE IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszVolumeName,
                                                 BOOL* pbSupportedByThisProvider) override;
     HRESULT STDMETHODCALLTYPE EnableWriterClasses(const VSS_ID* rgWriterClassId, UINT cClassId) override;
+    HRESULT STDMETHODCALLTYPE AbortBackup() override;
     HRESULT STDMETHODCALLTYPE GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
                                                            VSS_PWSZ* ppwszLogicalPrefix,
                                                            BOOL bNormalizeFQDNforRootPath) override;
@@ -71,7 +72,6 @@ public:
     HRESULT STDMETHODCALLTYPE GetWriterComponents(UINT, IVssWriterComponentsExt**) HOSTSIM_NOT_SIMULATED();
     HRESULT STDMETHODCALLTYPE InitializeForRestore(BSTR) HOSTSIM_NOT_SIMULATED();
     HRESULT STDMETHODCALLTYPE SetRestoreState(VSS_RESTORE_TYPE) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AbortBackup() HOSTSIM_NOT_SIMULATED();
     HRESULT STDMETHODCALLTYPE SetBackupOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
         HOSTSIM_NOT_SIMULATED();
     HRESULT STDMETHODCALLTYPE SetSelectedForRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
@@ -154,6 +154,10 @@ private:
     void discard_owned_snapshots();
     HRESULT finish_import(HRESULT planned);
     void release_snapshots();
+    // The creation lock goes when DoSnapshotSet has ended, or with an abort or the object.
+    void end_creation_if_held();
+    // What the end of the job, whichever way it ends, does to the host.
+    void end_job();
     bool make_shadow_copy(snapshot_t& snapshot);
     void fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const;
 
@@ -169,6 +173,7 @@ private:
     origin origin_ = origin::none;
     std::wstring document_host_dir_;
     LONG context_ = VSS_CTX_BACKUP;
+    bool context_set_ = false;
     std::optional<std::vector<GUID>> enabled_writers_;
     bool backup_state_set_ = false;
     backup_document_t backup_state_; // the flags of SetBackupState
@@ -186,6 +191,8 @@ private:
     bool snapshot_done_ = false;
     bool import_requested_ = false;
     bool complete_requested_ = false;
+    bool aborted_ = false;
+    bool holds_creation_ = false;
 };
 
 #undef HOSTSIM_NOT_SIMULATED

@@ -3,6 +3,8 @@
 // and their end when the object is released.
 #include "hostsim/backup_components.h"
 
+#include "hostsim/creation_lock.h"
+#include "hostsim/csv_backup_state.h"
 #include "hostsim/point_in_time_copy.h"
 #include "hostsim/provider_choice.h"
 #include "hostsim/wide_text.h"
@@ -12,6 +14,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <cwchar>
 
 namespace hostsim {
 
@@ -20,6 +23,12 @@ namespace fs = std::filesystem;
 namespace {
 
 const wchar_t shadow_device_prefix[] = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
+const std::size_t max_volumes_in_set = 64;
+
+// Volume names and share paths are taken only in their full form, with the closing backslash.
+bool names_a_volume(const wchar_t* name) {
+    return name && *name && name[std::wcslen(name) - 1] == L'\\';
+}
 
 std::int64_t filetime_now() {
     using namespace std::chrono;
@@ -88,7 +97,13 @@ HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
         return VSS_E_BAD_STATE;
     if (set_id_)
         return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
-    set_id_ = new_guid();
+    const GUID set_id = new_guid();
+    if (const state_store_t* state = host_->state()) {
+        if (!take_creation(*state, set_id))
+            return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
+        holds_creation_ = true;
+    }
+    set_id_ = set_id;
     *pSnapshotSetId = *set_id_;
     return S_OK;
 }
@@ -100,7 +115,7 @@ HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszV
     if (outcome.refusal != S_OK)
         return outcome.refusal;
     std::lock_guard guard(mutex_);
-    if (!pwszVolumeName || !pbSupportedByThisProvider)
+    if (!names_a_volume(pwszVolumeName) || !pbSupportedByThisProvider)
         return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
@@ -127,13 +142,18 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     if (outcome.refusal != S_OK)
         return outcome.refusal;
     std::lock_guard guard(mutex_);
-    if (!pwszVolumeName || !pidSnapshot)
+    if (!names_a_volume(pwszVolumeName) || !pidSnapshot)
         return E_INVALIDARG;
     if (origin_ != origin::fresh || !set_id_ || snapshot_requested_)
         return VSS_E_BAD_STATE;
+    if (snapshots_.size() >= max_volumes_in_set)
+        return VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED;
     auto target = host_->find_target(volume);
     if (!target)
         return VSS_E_OBJECT_NOT_FOUND;
+    if (target.volume && target.volume->csv && host_->state() &&
+        csv_volume_held_elsewhere(*host_->state(), target.volume->name, *set_id_))
+        return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
     const provider_t* provider = nullptr;
     if (ProviderId != GUID_NULL) {
         provider = host_->find_provider(ProviderId);
@@ -186,7 +206,7 @@ HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
     std::lock_guard guard(mutex_);
     if (!ppAsync)
         return E_INVALIDARG;
-    if (origin_ != origin::fresh || !set_id_ || snapshots_.empty() || !prepared_ || snapshot_requested_)
+    if (origin_ != origin::fresh || !set_id_ || !prepared_ || snapshot_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     snapshot_requested_ = true;
     // The copies are taken now, at the call: what changes later is not in them.
@@ -202,6 +222,7 @@ HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
 
 HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     std::lock_guard guard(mutex_);
+    end_creation_if_held();
     if (FAILED(planned)) {
         discard_owned_snapshots();
         return planned;
@@ -213,6 +234,7 @@ HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
 
 void backup_components_t::cancel_snapshot_set() {
     std::lock_guard guard(mutex_);
+    end_creation_if_held();
     discard_owned_snapshots();
 }
 

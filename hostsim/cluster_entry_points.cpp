@@ -1,10 +1,10 @@
 // The cluster resource utility calls for cluster shared volumes, served by the host that
-// MIRRACK_HOST names. Prepared files are kept in state/csv.txt until they are cleared.
+// MIRRACK_HOST names. The volumes in backup are kept in state/csv.txt.
 #include "compat/cluster_api.h"
+#include "hostsim/csv_backup_state.h"
 #include "hostsim/host.h"
 #include "hostsim/wide_text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -60,14 +60,7 @@ DWORD ClusterPrepareSharedVolumeForBackup(LPCWSTR lpszFileName, LPWSTR lpszVolum
         return e;
     if (DWORD e = give_text(loc.volume->name, lpszVolumeName, lpcchVolumeName))
         return e;
-    auto& state = *host->state();
-    auto lock = state.lock();
-    auto files = state.csv_files();
-    if (std::none_of(files.begin(), files.end(),
-                     [&](const std::wstring& f) { return hostsim::iequals(f, path); })) {
-        files.push_back(path);
-        state.save_csv_files(files);
-    }
+    hostsim::prepare_csv_volume(*host->state(), loc.volume->name, path);
     return ERROR_SUCCESS;
 }
 
@@ -81,12 +74,6 @@ DWORD ClusterClearBackupStateForSharedVolume(LPCWSTR lpszVolumePathName) {
     auto loc = host->locate(path);
     if (!on_shared_volume(loc) || !host->state())
         return ERROR_INVALID_PARAMETER;
-    auto& state = *host->state();
-    auto lock = state.lock();
-    auto files = state.csv_files();
-    files.erase(std::remove_if(files.begin(), files.end(),
-                               [&](const std::wstring& f) { return hostsim::iequals(f, path); }),
-                files.end());
-    state.save_csv_files(files);
+    hostsim::clear_csv_volume(*host->state(), loc.volume->name);
     return ERROR_SUCCESS;
 }

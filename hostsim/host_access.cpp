@@ -35,6 +35,11 @@ std::optional<std::wstring> volume_path_name(const std::wstring& path) {
     auto loc = current_host()->locate(path);
     if (loc.kind == location_kind::none || loc.kind == location_kind::native)
         return std::nullopt;
+    // The answer keeps the long-path form the question was asked in.
+    if (istarts_with(path, L"\\\\?\\UNC\\") && istarts_with(loc.root, L"\\\\"))
+        return L"\\\\?\\UNC\\" + loc.root.substr(2);
+    if (istarts_with(path, L"\\\\?\\") && loc.root.size() >= 2 && loc.root[1] == L':')
+        return L"\\\\?\\" + loc.root;
     return loc.root;
 }
 

@@ -235,6 +235,30 @@ host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& 
     return model;
 }
 
+// Far deeper than any host description; a deeper document is refused before anything walks it.
+const unsigned max_depth = 256;
+
+// The parser builds the tree without recursion, and the depth is measured the same way.
+bool nested_deeper_than(const pugi::xml_document& doc, unsigned limit) {
+    unsigned depth = 1;
+    for (auto node = doc.first_child(); node;) {
+        if (node.type() == pugi::node_element && depth > limit)
+            return true;
+        if (auto child = node.first_child()) {
+            node = child;
+            ++depth;
+            continue;
+        }
+        while (node && !node.next_sibling()) {
+            node = node.parent();
+            --depth;
+        }
+        if (node)
+            node = node.next_sibling();
+    }
+    return false;
+}
+
 } // namespace
 
 std::variant<host_model_t, std::string> load_host_model(const std::filesystem::path& host_dir) {
@@ -243,6 +267,9 @@ std::variant<host_model_t, std::string> load_host_model(const std::filesystem::p
     auto parsed = doc.load_file(file.c_str());
     if (!parsed)
         return file.string() + ": " + parsed.description() + " at offset " + std::to_string(parsed.offset);
+    if (nested_deeper_than(doc, max_depth))
+        return file.string() + ": the document is nested deeper than " + std::to_string(max_depth) +
+               " levels";
     auto host = doc.child("Host");
     if (!host)
         return file.string() + ": the document has no <Host> element";

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -75,6 +77,23 @@ std::string join_lines(const std::vector<std::wstring>& lines) {
     return out;
 }
 
+// A file of records, one a line; lines that don't parse are left out.
+template <class Record, class Parse> std::vector<Record> read_records(const fs::path& file, Parse parse) {
+    std::vector<Record> records;
+    for (auto& line : read_lines(file))
+        if (auto record = parse(line))
+            records.push_back(*record);
+    return records;
+}
+
+template <class Record, class Format>
+void write_records(const fs::path& file, const std::vector<Record>& records, Format format) {
+    std::vector<std::wstring> lines;
+    for (auto& r : records)
+        lines.push_back(format(r));
+    write_file_atomically(file, join_lines(lines));
+}
+
 std::wstring shadow_line(const shadow_record_t& s) {
     return std::to_wstring(s.number) + L"\t" + guid_text(s.snapshot_id) + L"\t" + guid_text(s.set_id) +
            L"\t" + guid_text(s.provider_id) + L"\t" + clean_field(s.volume_name) + L"\t" +
@@ -103,7 +122,47 @@ std::optional<shadow_record_t> parse_shadow_line(const std::wstring& line) {
     }
 }
 
+std::wstring creation_line(const creation_record_t& c) {
+    return guid_text(c.set_id) + L"\t" + identity_text(c.owner) + L"\t" + clean_field(c.since);
+}
+
+std::optional<creation_record_t> parse_creation_line(const std::wstring& line) {
+    auto f = split_fields(line);
+    auto set_id = parse_guid(f[0]);
+    if (f.size() < 3 || !set_id)
+        return std::nullopt;
+    try {
+        return creation_record_t{*set_id, parse_identity(f[1]), f[2]};
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::wstring csv_line(const csv_state_t& v) {
+    std::wstring line = clean_field(v.volume_name);
+    for (auto& p : v.preparations)
+        line += L"\t" + guid_text(p.set_id) + L"\t" + clean_field(p.path);
+    return line;
+}
+
+std::optional<csv_state_t> parse_csv_line(const std::wstring& line) {
+    auto f = split_fields(line);
+    csv_state_t v{f[0], {}};
+    for (std::size_t i = 1; i + 1 < f.size(); i += 2)
+        v.preparations.push_back({parse_guid(f[i]).value_or(GUID_NULL), f[i + 1]});
+    return v;
+}
+
 } // namespace
+
+std::wstring utc_now_text() {
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &utc);
+    return from_utf8(text);
+}
 
 process_identity_t this_process() {
     int pid = static_cast<int>(getpid());
@@ -183,18 +242,11 @@ state_store_t::lock_t::~lock_t() {
 }
 
 std::vector<shadow_record_t> state_store_t::shadows() const {
-    std::vector<shadow_record_t> records;
-    for (auto& line : read_lines(state_dir_ / "shadows.txt"))
-        if (auto record = parse_shadow_line(line))
-            records.push_back(*record);
-    return records;
+    return read_records<shadow_record_t>(state_dir_ / "shadows.txt", parse_shadow_line);
 }
 
 void state_store_t::save_shadows(const std::vector<shadow_record_t>& shadows) const {
-    std::vector<std::wstring> lines;
-    for (auto& s : shadows)
-        lines.push_back(shadow_line(s));
-    write_file_atomically(state_dir_ / "shadows.txt", join_lines(lines));
+    write_records(state_dir_ / "shadows.txt", shadows, shadow_line);
 }
 
 unsigned state_store_t::allocate_shadow_number() const {
@@ -218,12 +270,34 @@ void state_store_t::remove_shadow_data(unsigned number) const {
     fs::remove_all(ec ? dir : doomed, ec);
 }
 
-std::vector<std::wstring> state_store_t::csv_files() const {
-    return read_lines(state_dir_ / "csv.txt");
+std::vector<creation_record_t> state_store_t::creations() const {
+    return read_records<creation_record_t>(state_dir_ / "creation.txt", parse_creation_line);
 }
 
-void state_store_t::save_csv_files(const std::vector<std::wstring>& files) const {
-    write_file_atomically(state_dir_ / "csv.txt", join_lines(files));
+void state_store_t::save_creations(const std::vector<creation_record_t>& creations) const {
+    write_records(state_dir_ / "creation.txt", creations, creation_line);
+}
+
+std::vector<creation_record_t> state_store_t::live_creations() const {
+    auto records = creations();
+    auto dead = std::stable_partition(records.begin(), records.end(),
+                                      [](const creation_record_t& c) { return is_alive(c.owner); });
+    if (dead == records.end())
+        return records;
+    for (auto it = dead; it != records.end(); ++it)
+        journal("RemoveAbandonedCreation",
+                {guid_text(it->set_id), L"owner " + std::to_wstring(it->owner.pid) + L" is gone"});
+    records.erase(dead, records.end());
+    save_creations(records);
+    return records;
+}
+
+std::vector<csv_state_t> state_store_t::csv_volumes() const {
+    return read_records<csv_state_t>(state_dir_ / "csv.txt", parse_csv_line);
+}
+
+void state_store_t::save_csv_volumes(const std::vector<csv_state_t>& volumes) const {
+    write_records(state_dir_ / "csv.txt", volumes, csv_line);
 }
 
 void state_store_t::record_backup(const GUID& set_id,
@@ -253,6 +327,7 @@ void state_store_t::remove_abandoned_shadows() const {
     if (kept.size() != records.size())
         save_shadows(kept);
     remove_leftovers(kept);
+    live_creations();
 }
 
 // Folders that no record owns: removals and imports that a dying process left half done.

@@ -1,6 +1,7 @@
 // The host's shared state under <host>/state: the journal of calls, the live shadow
-// copies with their owners, the prepared CSV files and the record of completed backups.
-// Every process that uses the host reads and writes it under one file lock.
+// copies with their owners, the shadow-copy creation in progress, the backup state of
+// cluster shared volumes and the record of completed backups. Every process that uses the
+// host reads and writes it under one file lock.
 #pragma once
 
 #include "compat/win_types.h"
@@ -31,6 +32,25 @@ struct shadow_record_t {
     std::int32_t attributes = 0;
     std::int64_t created = 0; // FILETIME ticks
     std::wstring machine;
+};
+
+// The one shadow-copy creation a host allows at a time: from StartSnapshotSet until
+// DoSnapshotSet has ended or the object is gone.
+struct creation_record_t {
+    GUID set_id{};
+    process_identity_t owner;
+    std::wstring since; // UTC, as people read it
+};
+
+// A cluster shared volume in backup: the jobs (snapshot sets; GUID_NULL for a caller that
+// was creating none) and the paths by which they prepared it.
+struct csv_preparation_t {
+    GUID set_id{};
+    std::wstring path;
+};
+struct csv_state_t {
+    std::wstring volume_name;
+    std::vector<csv_preparation_t> preparations;
 };
 
 struct component_result_t {
@@ -69,14 +89,19 @@ public:
     unsigned allocate_shadow_number() const;
     void remove_shadow_data(unsigned number) const;
 
-    std::vector<std::wstring> csv_files() const;
-    void save_csv_files(const std::vector<std::wstring>& files) const;
+    std::vector<creation_record_t> creations() const;
+    void save_creations(const std::vector<creation_record_t>& creations) const;
+
+    std::vector<csv_state_t> csv_volumes() const;
+    void save_csv_volumes(const std::vector<csv_state_t>& volumes) const;
 
     void record_backup(const GUID& set_id, const std::vector<component_result_t>& components) const;
 
-    // What a process finds when it opens the host: copies whose owner died go, as VSS does
-    // for a requester that vanished. Takes the lock itself.
+    // What a process finds when it opens the host: copies and creations whose owner died
+    // go, as VSS does for a requester that vanished. Takes the lock itself.
     void remove_abandoned_shadows() const;
+    // The creations whose owner died go; the caller holds the lock.
+    std::vector<creation_record_t> live_creations() const;
 
 private:
     void remove_leftovers(const std::vector<shadow_record_t>& live) const;
@@ -85,6 +110,8 @@ private:
     std::filesystem::path state_dir_;
     int journal_fd_ = -1;
 };
+
+std::wstring utc_now_text();
 
 std::vector<std::wstring> read_lines(const std::filesystem::path& file);
 std::vector<std::wstring> split_fields(const std::wstring& line);

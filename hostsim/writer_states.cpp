@@ -31,6 +31,10 @@ std::vector<writer_status_t> writer_states_t::report(const std::vector<const wri
     std::vector<writer_status_t> statuses;
     for (const writer_t* w : writers) {
         writer_status_t s{w->instance, w->id, w->name, VSS_WS_STABLE, S_OK};
+        if (aborted_) {
+            statuses.push_back(s);
+            continue;
+        }
         if (!passed_.empty())
             s.state = state_after(passed_.back());
         // The earliest phase that failed is what the writer keeps reporting.

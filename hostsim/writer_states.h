@@ -1,6 +1,7 @@
 // The writers' states through a backup: stable once identified, waiting for freeze after
 // the prepare, waiting for backup complete after the snapshot, stable again after the
-// completion; a WriterFault replaces them from its phase on.
+// completion; a WriterFault replaces them from its phase on. An abort makes every writer
+// stable again.
 #pragma once
 
 #include "hostsim/host_model.h"
@@ -21,6 +22,7 @@ struct writer_status_t {
 class writer_states_t {
 public:
     void pass(writer_phase phase) { passed_.push_back(phase); }
+    void abort() { aborted_ = true; }
     bool passed(writer_phase phase) const;
 
     std::vector<writer_status_t> report(const std::vector<const writer_t*>& writers,
@@ -28,6 +30,7 @@ public:
 
 private:
     std::vector<writer_phase> passed_;
+    bool aborted_ = false;
 };
 
 } // namespace hostsim

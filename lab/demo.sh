@@ -101,8 +101,8 @@ onhost_backup() {
 
     heading "The host afterwards"
     "$BIN/mirrack-lab" state "$host" | tee "$dir/state.txt"
-    if grep -q "^Prepared CSV files: [1-9]" "$dir/state.txt"; then
-        echo "(CSV preparations stay after a snapshot has been made; the tool undoes them only after a failed attempt.)"
+    if grep -q "^Cluster shared volumes in backup: 0" "$dir/state.txt"; then
+        echo "(No cluster shared volume is left in backup: its backup state ended with the job, as the cluster ends it.)"
     fi
 
     heading "The tool's log, in short"

@@ -43,11 +43,33 @@ void report_shadows(std::ostream& out, const hostsim::state_store_t& state) {
             << to_utf8(hostsim::guid_text(s.set_id)) << "\n";
 }
 
-void report_csv(std::ostream& out, const hostsim::state_store_t& state) {
-    auto files = state.csv_files();
-    out << "Prepared CSV files: " << files.size() << "\n";
-    for (auto& f : files)
-        out << "  " << to_utf8(f) << "\n";
+void report_creation(std::ostream& out, const hostsim::state_store_t& state) {
+    auto creations = state.creations();
+    if (creations.empty()) {
+        out << "Shadow-copy creation: none in progress\n";
+        return;
+    }
+    for (auto& c : creations)
+        out << "Shadow-copy creation: in progress for set " << to_utf8(hostsim::guid_text(c.set_id)) << ", "
+            << owner_text(c.owner) << ", since " << to_utf8(c.since) << "\n";
+}
+
+std::string job_text(const GUID& set_id) {
+    return set_id == GUID_NULL ? "no snapshot set" : "set " + to_utf8(hostsim::guid_text(set_id));
+}
+
+void report_csv(std::ostream& out, const hostsim::host_t& host, const hostsim::state_store_t& state) {
+    auto volumes = state.csv_volumes();
+    out << "Cluster shared volumes in backup: " << volumes.size() << "\n";
+    for (auto& v : volumes) {
+        auto target = host.find_target(v.volume_name);
+        out << "  " << to_utf8(v.volume_name);
+        if (target.volume)
+            out << "  " << to_utf8(target.volume->mounts.front());
+        out << "\n";
+        for (auto& p : v.preparations)
+            out << "    prepared by " << job_text(p.set_id) << " for " << to_utf8(p.path) << "\n";
+    }
 }
 
 void report_backups(std::ostream& out, const hostsim::host_t& host, unsigned last) {
@@ -77,7 +99,8 @@ void report_backups(std::ostream& out, const hostsim::host_t& host, unsigned las
 } // namespace
 
 std::string host_state_report(const std::filesystem::path& host_dir, unsigned last_backups) {
-    // Opening the host is what clears copies whose owner died, so the report shows what lives.
+    // Opening the host runs the sweep of copies and creations whose owner died, so the report
+    // shows what lives.
     auto host = hostsim::host_t::open(host_dir);
     std::ostringstream out;
     out << "Host " << to_utf8(host->model().name) << " in " << host_dir.string() << "\n";
@@ -87,8 +110,9 @@ std::string host_state_report(const std::filesystem::path& host_dir, unsigned la
     }
     const auto& state = *host->state();
     auto lock = state.lock();
+    report_creation(out, state);
     report_shadows(out, state);
-    report_csv(out, state);
+    report_csv(out, *host, state);
     report_backups(out, *host, last_backups);
     return out.str();
 }

@@ -14,14 +14,17 @@ namespace lab {
 namespace {
 
 const char usage[] = R"(Usage:
-  mirrack-lab create DIR [--vms N] [--files-per-vm N] [--file-size SIZE]
-      A sample Hyper-V host in DIR: N VMs on C: (3), one on a cluster shared volume, one on
+  mirrack-lab create DIR [--vms N] [--volumes N] [--files-per-vm N] [--file-size SIZE]
+      A sample Hyper-V host in DIR: N local VMs (3), one on a cluster shared volume, one on
       the share \\fs01\vms; each with N files (7: configuration, disk, checkpoints) and disks
       of SIZE bytes (1M; K, M and G suffixes); spec.xml and spec-offhost.xml beside host.xml.
+      --volumes N spreads the local VMs over N volumes (1): C: and volumes mounted at
+      C:\Mounts\VolumeNN\, so that a backup of every VM snapshots N + 2 volumes.
   mirrack-lab create DIR --proxy
       A proxy host for off-host backups of the sample host.
   mirrack-lab state DIR
-      Live shadow copies, prepared CSV files and the last backups' component results.
+      The shadow-copy creation in progress, live shadow copies, cluster shared volumes in
+      backup and the last backups' component results, after the sweep of dead owners.
   mirrack-lab resolve DIR PATH
       The local file of a Windows-form PATH on the host in DIR.
 Point the tool at a host with MIRRACK_HOST=DIR.
@@ -55,6 +58,8 @@ sample_options_t parse_create_options(const std::vector<std::string>& args) {
         const std::string& value = args[++i];
         if (option == "--vms")
             options.vms_on_c = static_cast<unsigned>(std::stoul(value));
+        else if (option == "--volumes")
+            options.local_volumes = static_cast<unsigned>(std::stoul(value));
         else if (option == "--files-per-vm")
             options.files_per_vm = static_cast<unsigned>(std::stoul(value));
         else if (option == "--file-size")

@@ -54,11 +54,16 @@ void add_writer(pugi::xml_node host, const wchar_t* id, const std::wstring& inst
     }
 }
 
-void write_host_xml(const fs::path& dir, const std::vector<sample_vm_t>& vms) {
+void write_host_xml(const fs::path& dir, const std::vector<sample_vm_t>& vms, unsigned local_volumes) {
     pugi::xml_document doc;
     auto host = add(doc, "Host", {{"name", L"HV01"}});
     add_common_parts(host);
     add(host, "Volume", {{"name", sample_c_volume}, {"dir", L"volumes/c"}, {"mount", L"C:\\"}});
+    for (unsigned k = 1; k < local_volumes; ++k) {
+        const auto mounted = mounted_volume(k);
+        add(host, "Volume",
+            {{"name", mounted.name}, {"dir", mounted.dir.wstring()}, {"mount", mounted.mount}});
+    }
     add(host, "Volume",
         {{"name", sample_csv_volume},
          {"dir", L"volumes/csv1"},
@@ -121,6 +126,8 @@ void create_sample_host(const fs::path& dir, const sample_options_t& options) {
         return;
     }
     fs::create_directories(dir / "volumes" / "c" / "ClusterStorage" / "Volume1");
+    for (unsigned k = 1; k < options.local_volumes; ++k)
+        fs::create_directories(dir / mounted_volume(k).dir);
     const auto vms = plan_sample_vms(options);
     for (auto& vm : vms) {
         for (auto& file : vm.files)
@@ -128,7 +135,7 @@ void create_sample_host(const fs::path& dir, const sample_options_t& options) {
         if (!vm.aux_file.empty())
             write_sample_file(dir / "volumes/c/Hyper-V" / to_utf8(vm.name) / "notes.txt", 512);
     }
-    write_host_xml(dir, vms);
+    write_host_xml(dir, vms, options.local_volumes);
     write_backup_spec(dir / "spec.xml", vms, false);
     write_backup_spec(dir / "spec-offhost.xml", vms, true);
 }

@@ -24,9 +24,15 @@ struct place_t {
     std::filesystem::path local; // relative to the host directory
 };
 
-place_t place_of(vm_place where) {
+place_t place_of(vm_place where, unsigned volume) {
     switch (where) {
     case vm_place::local:
+        if (volume > 0) {
+            const auto mounted = mounted_volume(volume);
+            // The mount point without its drive, for the search root that begins with a variable.
+            return {mounted.mount + L"Hyper-V\\", L"%SystemDrive%" + mounted.mount.substr(2) + L"Hyper-V\\",
+                    mounted.dir / "Hyper-V"};
+        }
         return {L"C:\\Hyper-V\\", L"%SystemDrive%\\Hyper-V\\", "volumes/c/Hyper-V"};
     case vm_place::csv:
         return {L"C:\\ClusterStorage\\Volume1\\", L"%SystemDrive%\\ClusterStorage\\Volume1\\",
@@ -42,13 +48,14 @@ std::filesystem::path local_name(const std::wstring& name) {
     return narrow;
 }
 
-sample_vm_t plan_vm(std::mt19937_64& engine, const std::wstring& name, vm_place where,
+sample_vm_t plan_vm(std::mt19937_64& engine, const std::wstring& name, vm_place where, unsigned volume,
                     const sample_options_t& options) {
     sample_vm_t vm;
     vm.id = sample_guid(engine);
     vm.name = name;
     vm.place = where;
-    const place_t place = place_of(where);
+    vm.volume = volume;
+    const place_t place = place_of(where, volume);
     const std::wstring root = place.root + name + L"\\";
     const std::wstring search_root = place.search_root + name + L"\\";
     const auto local = place.local / local_name(name);
@@ -83,13 +90,23 @@ sample_vm_t plan_vm(std::mt19937_64& engine, const std::wstring& name, vm_place 
 
 } // namespace
 
+mounted_volume_t mounted_volume(unsigned k) {
+    wchar_t number[8], name[64];
+    std::swprintf(number, 8, L"%02u", k + 1);
+    std::swprintf(name, 64, L"\\\\?\\Volume{6a1b0c3e-5d2f-4e11-9a70-%012x}\\", 0xd000u + k);
+    return {name, L"C:\\Mounts\\Volume" + std::wstring(number) + L"\\",
+            "volumes/v" + local_name(number).string()};
+}
+
 std::vector<sample_vm_t> plan_sample_vms(const sample_options_t& options) {
     std::mt19937_64 engine(20261121);
     std::vector<sample_vm_t> vms;
+    const unsigned volumes = options.local_volumes > 0 ? options.local_volumes : 1;
     for (unsigned i = 1; i <= options.vms_on_c; ++i)
-        vms.push_back(plan_vm(engine, L"vm" + std::to_wstring(i), vm_place::local, options));
-    vms.push_back(plan_vm(engine, L"vm-csv", vm_place::csv, options));
-    vms.push_back(plan_vm(engine, L"vm-smb", vm_place::smb, options));
+        vms.push_back(
+            plan_vm(engine, L"vm" + std::to_wstring(i), vm_place::local, (i - 1) % volumes, options));
+    vms.push_back(plan_vm(engine, L"vm-csv", vm_place::csv, 0, options));
+    vms.push_back(plan_vm(engine, L"vm-smb", vm_place::smb, 0, options));
     if (!vms.empty() && vms.front().place == vm_place::local)
         vms.front().aux_file = L"C:\\Hyper-V\\" + vms.front().name + L"\\notes.txt";
     return vms;

@@ -71,21 +71,6 @@ TEST(Faults, AStatusEndsTheOperationAndASnapshotThatFailedLeavesNothing) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(Faults, ADelayKeepsTheOperationPendingUntilCancelled) {
-    scratch_host_t host(sample_host_xml(R"(<Fault op="DoSnapshotSet" delayMs="600000"/>)"));
-    auto backup = prepared_backup();
-    com_ptr_t<IVssAsync> async;
-    ASSERT_EQ(backup->DoSnapshotSet(async.put()), S_OK);
-    HRESULT status = S_OK;
-    ASSERT_EQ(async->QueryStatus(&status, nullptr), S_OK);
-    EXPECT_EQ(status, VSS_S_ASYNC_PENDING);
-    EXPECT_EQ(async->Cancel(), S_OK);
-    ASSERT_EQ(async->QueryStatus(&status, nullptr), S_OK);
-    EXPECT_EQ(status, VSS_S_ASYNC_CANCELLED);
-    EXPECT_EQ(async->Cancel(), VSS_S_ASYNC_CANCELLED) << "a second cancel finds it cancelled";
-    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "a cancelled snapshot set leaves no copies";
-}
-
 TEST(Faults, QueryStatusAndCancelCanFailThemselves) {
     scratch_host_t host(sample_host_xml(R"(<Fault op="QueryStatus" match="PrepareForBackup" hr="0x1"/>
                                            <Fault op="Cancel" hr="0x80004005"/>)"));

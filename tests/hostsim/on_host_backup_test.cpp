@@ -20,28 +20,6 @@ std::wstring take(BSTR text) {
     return copy;
 }
 
-struct status_t {
-    std::wstring name;
-    VSS_WRITER_STATE state;
-    HRESULT failure;
-};
-
-std::vector<status_t> writer_statuses(IVssBackupComponents* backup) {
-    EXPECT_EQ(run(backup, &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
-    UINT count = 0;
-    EXPECT_EQ(backup->GetWriterStatusCount(&count), S_OK);
-    std::vector<status_t> statuses;
-    for (UINT i = 0; i < count; ++i) {
-        VSS_ID instance{}, writer{};
-        BSTR name = nullptr;
-        status_t s{};
-        EXPECT_EQ(backup->GetWriterStatus(i, &instance, &writer, &name, &s.state, &s.failure), S_OK);
-        s.name = take(name);
-        statuses.push_back(s);
-    }
-    return statuses;
-}
-
 } // namespace
 
 TEST(OnHostBackup, WritersPublishTheirComponentsAndFileSpecsFromTheHostDescription) {
@@ -165,15 +143,6 @@ TEST(OnHostBackup, WritersMoveThroughTheirStatesAndTheOutcomeIsRecordedAtComplet
     ASSERT_EQ(backups.size(), 2u);
     EXPECT_EQ(backups[0].rfind("backup\t{", 0), 0u);
     EXPECT_EQ(backups[1], "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tfailed");
-}
-
-TEST(OnHostBackup, ComponentsNeverReportedAreRecordedAsSuch) {
-    scratch_host_t host;
-    auto backup = prepared_backup();
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(host.state_lines("backups.txt").back(),
-              "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tnot-reported");
 }
 
 TEST(OnHostBackup, EveryCallIsJournaledWithItsMainArguments) {

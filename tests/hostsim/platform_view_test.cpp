@@ -96,7 +96,7 @@ TEST(PlatformView, FileMasksMatchAsOnWindows) {
     EXPECT_TRUE(hostsim::file_mask_matches(L"a*b*c", L"aXXbYYc"));
 }
 
-TEST(PlatformView, ClusterSharedVolumesArePreparedAndClearedPerFile) {
+TEST(PlatformView, ClusterSharedVolumesArePreparedAndClearedThroughTheirFiles) {
     scratch_host_t host;
     const wchar_t* file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
     EXPECT_TRUE(ClusterIsPathOnSharedVolume(file));
@@ -111,7 +111,10 @@ TEST(PlatformView, ClusterSharedVolumesArePreparedAndClearedPerFile) {
     EXPECT_STREQ(mount, L"C:\\ClusterStorage\\Volume1\\");
     EXPECT_STREQ(name, L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\");
     EXPECT_EQ(host.state_lines("csv.txt"),
-              std::vector<std::string>{"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"});
+              std::vector<std::string>{"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\\t"
+                                       "{00000000-0000-0000-0000-000000000000}\t"
+                                       "C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"})
+        << "prepared outside any snapshot creation";
     EXPECT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\VMs\\vm1\\vm1.vhdx", mount, &mount_length, name,
                                                   &name_length),
               DWORD(ERROR_INVALID_PARAMETER));

@@ -137,6 +137,23 @@ compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id) {
     return backup;
 }
 
+std::vector<writer_status_t> writer_statuses(IVssBackupComponents* backup) {
+    EXPECT_EQ(run(backup, &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
+    UINT count = 0;
+    EXPECT_EQ(backup->GetWriterStatusCount(&count), S_OK);
+    std::vector<writer_status_t> statuses;
+    for (UINT i = 0; i < count; ++i) {
+        VSS_ID instance{}, writer{};
+        BSTR name = nullptr;
+        writer_status_t s{};
+        EXPECT_EQ(backup->GetWriterStatus(i, &instance, &writer, &name, &s.state, &s.failure), S_OK);
+        s.name = name ? name : L"";
+        SysFreeString(name);
+        statuses.push_back(s);
+    }
+    return statuses;
+}
+
 bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument) {
     for (auto& record : host.journal())
         if (record.size() >= 2 && record[1] == op &&

@@ -45,6 +45,14 @@ compat::com_ptr_t<IVssBackupComponents> gathered_backup();
 // Gathered, vm1 added, C: in a started set with the system provider, prepared.
 compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id = nullptr);
 
+struct writer_status_t {
+    std::wstring name;
+    VSS_WRITER_STATE state;
+    HRESULT failure;
+};
+// Gathers the writers' status and reads it.
+std::vector<writer_status_t> writer_statuses(IVssBackupComponents* backup);
+
 bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument = "");
 
 } // namespace hostsim_test

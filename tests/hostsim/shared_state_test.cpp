@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 
 using namespace hostsim_test;
@@ -179,6 +180,33 @@ TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
     EXPECT_EQ(ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\"), FALSE);
     EXPECT_EQ(hostsim::win32_call("FindNextFileW", L"C:\\"), static_cast<std::uint32_t>(E_UNEXPECTED));
     EXPECT_EQ(hostsim::map_path(L"C:\\"), std::nullopt);
+}
+
+// The limit is far above any real description; the refusal comes before anything walks the tree.
+TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsIsMalformed) {
+    auto nested = [](std::size_t levels) {
+        std::string xml = "<Host name=\"HV01\">";
+        for (std::size_t i = 1; i < levels; ++i)
+            xml += "<x>";
+        for (std::size_t i = 1; i < levels; ++i)
+            xml += "</x>";
+        return xml + "</Host>";
+    };
+    {
+        scratch_host_t host(nested(256));
+        com_ptr_t<IVssBackupComponents> backup;
+        EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
+    }
+    scratch_host_t host(nested(100000));
+    com_ptr_t<IVssBackupComponents> backup;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
+    const auto complaint = testing::internal::GetCapturedStderr();
+    EXPECT_NE(complaint.find((host.dir() / "host.xml").string() +
+                             ": the document is nested deeper than 256 levels"),
+              std::string::npos)
+        << complaint;
+    EXPECT_EQ(std::count(complaint.begin(), complaint.end(), '\n'), 1) << "one line: " << complaint;
 }
 
 TEST(SharedState, AHostDescriptionWithWrongContentIsMalformedToo) {

@@ -12,7 +12,11 @@
 
 #include <pugixml.hpp>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -79,15 +83,15 @@ HRESULT wait(compat::com_ptr_t<IVssAsync> async) {
 
 TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAre) {
     lab_dir_t lab_dir;
-    ASSERT_EQ(
-        run_lab({"create", lab_dir.dir.string(), "--vms", "2", "--files-per-vm", "6", "--file-size", "3K"}),
-        0);
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "3", "--volumes", "2", "--files-per-vm", "6",
+                       "--file-size", "3K"}),
+              0);
     auto host = hostsim::host_t::open(lab_dir.dir);
     ASSERT_TRUE(host->usable()) << host->complaint();
 
     const auto& writer = host->model().writers.front();
     EXPECT_EQ(writer.id, hyperv_writer);
-    ASSERT_EQ(writer.components.size(), 4u) << "two on C:, one on the CSV, one on the share";
+    ASSERT_EQ(writer.components.size(), 5u) << "three local, one on the CSV, one on the share";
     std::vector<std::wstring> roots;
     for (auto& component : writer.components) {
         std::size_t files = 0;
@@ -103,8 +107,9 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAre) {
         EXPECT_EQ(files, 6u) << hostsim::to_utf8(component.caption);
         roots.push_back(host->locate(expanded(component.files.front().path)).root);
     }
-    EXPECT_EQ(roots, (std::vector<std::wstring>{L"C:\\", L"C:\\", L"C:\\ClusterStorage\\Volume1\\",
-                                                L"\\\\fs01\\vms\\"}));
+    EXPECT_EQ(roots, (std::vector<std::wstring>{L"C:\\", L"C:\\Mounts\\Volume02\\", L"C:\\",
+                                                L"C:\\ClusterStorage\\Volume1\\", L"\\\\fs01\\vms\\"}))
+        << "the local VMs take turns on the local volumes";
     EXPECT_EQ(fs::file_size(*host->map_path(L"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\vm1.vhdx")), 3072u);
 }
 
@@ -178,7 +183,7 @@ TEST(LabViews, ResolveMapsWindowsPathsOfTheHost) {
     EXPECT_EQ(run_lab({"resolve", lab_dir.dir.string(), "Q:\\nowhere"}, &out), 3);
 }
 
-TEST(LabViews, StateShowsShadowCopiesPreparedFilesAndComponentResults) {
+TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResults) {
     lab_dir_t lab_dir;
     ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "1", "--file-size", "1K"}), 0);
     setenv("MIRRACK_HOST", lab_dir.dir.c_str(), 1);
@@ -193,6 +198,7 @@ TEST(LabViews, StateShowsShadowCopiesPreparedFilesAndComponentResults) {
     ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
     VSS_ID set{}, snapshot{};
     ASSERT_EQ(backup->StartSnapshotSet(&set), S_OK);
+    const std::string set_text = hostsim::to_utf8(hostsim::guid_text(set));
     const GUID instance = host->model().writers.front().instance;
     ASSERT_EQ(backup->AddComponent(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str()), S_OK);
     WCHAR volume[] = L"C:\\";
@@ -202,6 +208,19 @@ TEST(LabViews, StateShowsShadowCopiesPreparedFilesAndComponentResults) {
     ASSERT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx", mount,
                                                   &mount_length, name, &name_length),
               DWORD(0));
+    std::string report;
+    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    EXPECT_NE(report.find("Shadow-copy creation: in progress for set " + set_text + ", pid " +
+                          std::to_string(getpid()) + ", since "),
+              std::string::npos)
+        << report;
+    EXPECT_NE(report.find("Cluster shared volumes in backup: 1\n  " +
+                          hostsim::to_utf8(lab::sample_csv_volume) +
+                          "  C:\\ClusterStorage\\Volume1\\\n    prepared by set " + set_text +
+                          " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"),
+              std::string::npos)
+        << report;
+
     ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
     ASSERT_EQ(backup->PrepareForBackup(async.put()), S_OK);
     ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
@@ -213,15 +232,32 @@ TEST(LabViews, StateShowsShadowCopiesPreparedFilesAndComponentResults) {
     ASSERT_EQ(backup->BackupComplete(async.put()), S_OK);
     ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
 
-    std::string report;
     ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
     EXPECT_NE(report.find("Live shadow copies: 1"), std::string::npos) << report;
     EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
-    EXPECT_NE(report.find("C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx"), std::string::npos) << report;
+    EXPECT_NE(report.find("Cluster shared volumes in backup: 0"), std::string::npos)
+        << "the job's end ends the volume's backup state\n"
+        << report;
     EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
     EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
 
     backup.reset();
     ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
     EXPECT_NE(report.find("Live shadow copies: 0"), std::string::npos) << report;
+}
+
+TEST(LabViews, StateSweepsWhatDeadOwnersLeftBeforeItReports) {
+    lab_dir_t lab_dir;
+    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "1", "--file-size", "1K"}), 0);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(0);
+    waitpid(child, nullptr, 0);
+    std::filesystem::create_directories(lab_dir.dir / "state");
+    std::ofstream(lab_dir.dir / "state" / "creation.txt")
+        << "{00000000-0000-0000-0000-0000000000aa}\t" << child << ":1\t2026-01-01 00:00:00 UTC\n";
+    std::string report;
+    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
 }

@@ -65,7 +65,7 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
         EXPECT_EQ(holder.AddBackupItem(csv_new_file, backup), csv_volume + L"vm2\\Disks\\new\\vm2.avhdx");
         EXPECT_EQ(holder.preparedCsvFiles, (std::vector<std::wstring>{csv_disk, csv_new_file}));
         EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
-        EXPECT_EQ(host.state_lines("csv.txt").size(), 2u);
+        EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the backup state is the volume's";
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
@@ -81,7 +81,7 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
         holder.AddBackupItem(csv_disk, backup);
         holder.AddBackupItem(csv_new_file, backup);
     }
-    EXPECT_EQ(host.state_lines("csv.txt"), std::vector<std::string>{to_ansi(csv_disk)});
+    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
     EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
 }

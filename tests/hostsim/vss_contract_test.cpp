@@ -1,0 +1,306 @@
+// The rules that the VSS and cluster reference documentation states, call by call: where it
+// forbids something the simulator refuses it with the documented answer, and where it allows
+// something the simulator allows it too.
+#include "scratch_host.h"
+
+#include "compat/cluster_api.h"
+#include "hostsim/host_access.h"
+#include "hostsim/wide_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace hostsim_test;
+using compat::com_ptr_t;
+
+namespace {
+
+const wchar_t csv_disk[] = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
+const wchar_t csv_folder[] = L"C:\\ClusterStorage\\Volume1\\vm2\\";
+const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
+
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL) {
+    VSS_ID id{};
+    return backup->AddToSnapshotSet(volume.data(), provider, &id);
+}
+
+GUID start_set(IVssBackupComponents* backup) {
+    VSS_ID set_id{};
+    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    return set_id;
+}
+
+std::string set_text(const GUID& set_id) {
+    return hostsim::to_utf8(hostsim::guid_text(set_id));
+}
+
+DWORD prepare_csv(const wchar_t* path) {
+    WCHAR mount[MAX_PATH], name[MAX_PATH];
+    DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
+    return ClusterPrepareSharedVolumeForBackup(path, mount, &mount_length, name, &name_length);
+}
+
+// Starts a set and prepares the cluster shared volume through two of its paths; the set's id.
+std::string start_and_prepare_twice(IVssBackupComponents* backup) {
+    const std::string set = set_text(start_set(backup));
+    EXPECT_EQ(prepare_csv(csv_disk), DWORD(0));
+    EXPECT_EQ(prepare_csv(csv_folder), DWORD(0));
+    return set;
+}
+
+HRESULT status_of(IVssAsync* async) {
+    HRESULT status = E_FAIL;
+    EXPECT_EQ(async->QueryStatus(&status, nullptr), S_OK);
+    return status;
+}
+
+std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup) {
+    std::vector<VSS_WRITER_STATE> states;
+    for (auto& s : writer_statuses(backup))
+        states.push_back(s.state);
+    return states;
+}
+
+// The pid of a process that has ended.
+int dead_pid() {
+    pid_t pid = fork();
+    if (pid == 0)
+        _exit(0);
+    waitpid(pid, nullptr, 0);
+    return static_cast<int>(pid);
+}
+
+} // namespace
+
+TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEnded) {
+    scratch_host_t host;
+    auto first = prepared_backup();
+    auto second = gathered_backup();
+    VSS_ID set_id{};
+    EXPECT_EQ(second->StartSnapshotSet(&set_id), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
+    const auto lock = host.state_lines("creation.txt");
+    ASSERT_EQ(lock.size(), 1u);
+    EXPECT_NE(lock[0].find("\t" + std::to_string(getpid()) + ":"), std::string::npos) << lock[0];
+    EXPECT_NE(lock[0].find(" UTC"), std::string::npos) << "since when: " << lock[0];
+
+    pid_t child = fork();
+    if (child == 0) {
+        auto other = gathered_backup();
+        VSS_ID id{};
+        _exit(other->StartSnapshotSet(&id) == VSS_E_SNAPSHOT_SET_IN_PROGRESS ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << "another process on the host meets the same lock";
+
+    ASSERT_EQ(run(first.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+    EXPECT_EQ(second->StartSnapshotSet(&set_id), S_OK) << "the first still holds its snapshot, not the lock";
+}
+
+TEST(StartSnapshotSet, TheLockGoesWithAFailedSnapshotTheReleaseAndADeadHolder) {
+    scratch_host_t host(sample_host_xml(R"(<Fault op="DoSnapshotSet" nth="1" status="0x80042306"/>)"));
+    EXPECT_EQ(run(prepared_backup().get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_PROVIDER_VETO);
+    start_set(gathered_backup().get()); // released at once, set and all
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+
+    const int gone = dead_pid();
+    host.write("state/creation.txt", "{00000000-0000-0000-0000-0000000000aa}\t" + std::to_string(gone) +
+                                         ":1\t2026-01-01 00:00:00 UTC\n");
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    EXPECT_TRUE(journal_has(host, "RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"));
+}
+
+TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
+    std::string volumes;
+    for (int i = 0; i < 64; ++i) {
+        char line[160];
+        std::snprintf(
+            line, sizeof line,
+            R"(<Volume name="\\?\Volume{7a000000-0000-0000-0000-%012d}\" dir="v%d" mount="M:\%d\"/>)", i, i,
+            i);
+        volumes += line;
+    }
+    scratch_host_t host(sample_host_xml(volumes));
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    for (int i = 0; i < 64; ++i)
+        ASSERT_EQ(add_volume(backup.get(), L"M:\\" + std::to_wstring(i) + L"\\"), S_OK) << i;
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\"), VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED);
+}
+
+TEST(AddToSnapshotSet, VolumeAndShareNamesMustEndInABackslash) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    BOOL supported = FALSE;
+    for (const wchar_t* name :
+         {L"C:", L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}", L"\\\\fs01\\vms"}) {
+        std::wstring volume = name;
+        EXPECT_EQ(add_volume(backup.get(), volume), E_INVALIDARG) << hostsim::to_utf8(volume);
+        EXPECT_EQ(backup->IsVolumeSupported(system_provider_id, volume.data(), &supported), E_INVALIDARG)
+            << hostsim::to_utf8(volume);
+    }
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\"), S_OK);
+}
+
+TEST(AddToSnapshotSet, AClusterSharedVolumeThatAnotherCreationHoldsIsInProgress) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    // Another creation (of another node of the cluster, say) has prepared the volume.
+    const std::string other = "{00000000-0000-0000-0000-0000000000bb}";
+    auto lock = host.state_lines("creation.txt");
+    lock.push_back(other + "\t" + std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC");
+    std::string text;
+    for (auto& line : lock)
+        text += line + "\n";
+    host.write("state/creation.txt", text);
+    host.write("state/csv.txt",
+               std::string(csv_volume) + "\t" + other + "\tC:\\ClusterStorage\\Volume1\\x\n");
+
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\"), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
+}
+
+TEST(SetContext, IsTakenOncePerObjectAndAfterTheMetadataToo) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    EXPECT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
+    EXPECT_EQ(backup->SetContext(VSS_CTX_BACKUP), VSS_E_BAD_STATE);
+    EXPECT_TRUE(journal_has(host, "SetContext", "0"));
+}
+
+TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
+    scratch_host_t host(sample_host_xml(
+        R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)"));
+    auto backup = prepared_backup();
+    EXPECT_EQ(writer_states(backup.get()),
+              (std::vector<VSS_WRITER_STATE>{VSS_WS_FAILED_AT_PREPARE_BACKUP, VSS_WS_WAITING_FOR_FREEZE}));
+    ASSERT_EQ(backup->AbortBackup(), S_OK);
+    EXPECT_EQ(writer_states(backup.get()), (std::vector<VSS_WRITER_STATE>{VSS_WS_STABLE, VSS_WS_STABLE}));
+    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
+    EXPECT_TRUE(host.state_lines("creation.txt").empty()) << "the creation ends with the backup";
+    backup = nullptr;
+    EXPECT_FALSE(journal_has(host, "ImplicitAbort"));
+    EXPECT_TRUE(host.state_lines("backups.txt").empty());
+}
+
+TEST(AbortBackup, IsImpliedByAReleaseBetweenThePrepareAndTheCompletion) {
+    scratch_host_t host;
+    start_set(gathered_backup().get());
+    EXPECT_FALSE(journal_has(host, "ImplicitAbort")) << "nothing was prepared";
+
+    auto completed = prepared_backup();
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+    completed = nullptr;
+    EXPECT_FALSE(journal_has(host, "ImplicitAbort")) << "the backup was complete";
+
+    VSS_ID snapshot{};
+    auto prepared = prepared_backup(&snapshot);
+    ASSERT_EQ(run(prepared.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    prepared = nullptr;
+    EXPECT_TRUE(journal_has(host, "ImplicitAbort"));
+}
+
+TEST(IVssAsyncCancel, AnswersHowTheOperationEnded) {
+    scratch_host_t host(sample_host_xml(R"(<Fault op="PrepareForBackup" nth="1" status="0x800423f4"/>
+                                           <Fault op="DoSnapshotSet" delayMs="600000"/>)"));
+    auto backup = gathered_backup();
+    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
+    com_ptr_t<IVssAsync> failed;
+    ASSERT_EQ(backup->PrepareForBackup(failed.put()), S_OK);
+    ASSERT_EQ(status_of(failed.get()), VSS_E_WRITERERROR_NONRETRYABLE);
+    EXPECT_EQ(failed->Cancel(), VSS_E_WRITERERROR_NONRETRYABLE) << "the error the operation met";
+
+    com_ptr_t<IVssAsync> finished;
+    ASSERT_EQ(backup->GatherWriterStatus(finished.put()), S_OK);
+    ASSERT_EQ(status_of(finished.get()), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(finished->Cancel(), VSS_S_ASYNC_FINISHED);
+
+    auto delayed = prepared_backup();
+    com_ptr_t<IVssAsync> pending;
+    ASSERT_EQ(delayed->DoSnapshotSet(pending.put()), S_OK);
+    ASSERT_EQ(status_of(pending.get()), VSS_S_ASYNC_PENDING);
+    EXPECT_EQ(pending->Cancel(), S_OK);
+    EXPECT_EQ(status_of(pending.get()), VSS_S_ASYNC_CANCELLED);
+    EXPECT_EQ(pending->Cancel(), VSS_S_ASYNC_CANCELLED);
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "a cancelled snapshot set leaves no copies";
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+}
+
+TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    EXPECT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
+    UINT count = 0;
+    ASSERT_EQ(backup->GetWriterMetadataCount(&count), S_OK);
+    EXPECT_EQ(count, 2u) << "the system writer still takes part";
+}
+
+TEST(DoSnapshotSet, AnEmptySetIsAccepted) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty());
+}
+
+TEST(GatherWriterStatus, WithoutGatheredMetadataReportsNoWriters) {
+    scratch_host_t host;
+    auto fresh = new_backup();
+    ASSERT_EQ(fresh->InitializeForBackup(), S_OK);
+    EXPECT_TRUE(writer_states(fresh.get()).empty());
+    EXPECT_EQ(writer_states(gathered_backup().get()).size(), 2u);
+}
+
+TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeAndEndsWithTheJobThatPreparedIt) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    const std::string set = start_and_prepare_twice(backup.get());
+    EXPECT_EQ(host.state_lines("csv.txt"),
+              std::vector<std::string>{std::string(csv_volume) + "\t" + set + "\t" +
+                                       hostsim::to_utf8(csv_disk) + "\t" + set + "\t" +
+                                       hostsim::to_utf8(csv_folder)});
+    backup = nullptr;
+    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the release ends the job";
+    EXPECT_TRUE(journal_has(host, "CsvBackupStateEnded", csv_volume));
+
+    auto completed = prepared_backup();
+    ASSERT_EQ(prepare_csv(csv_disk), DWORD(0)) << "prepared by a job whose creation runs";
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the snapshot alone doesn't end the job";
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+    EXPECT_TRUE(host.state_lines("csv.txt").empty());
+}
+
+TEST(ClusterSharedVolumeBackupState, AClearClearsTheVolumeForEveryJob) {
+    scratch_host_t host;
+    auto first = gathered_backup();
+    const std::string set = start_and_prepare_twice(first.get());
+    EXPECT_EQ(ClusterClearBackupStateForSharedVolume(L"C:\\VMs\\vm1\\vm1.vhdx"),
+              DWORD(ERROR_INVALID_PARAMETER));
+    ASSERT_EQ(ClusterClearBackupStateForSharedVolume(csv_folder), DWORD(0));
+    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the other path's preparation went too";
+    const auto journal = host.journal();
+    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(), [&](const std::vector<std::string>& record) {
+        return record.size() == 4 && record[1] == "CsvBackupStateCleared" && record[2] == csv_volume &&
+               record[3] == set;
+    })) << "the jobs that lost their preparation are named";
+}
+
+TEST(GetVolumePathNameW, KeepsTheLongPathPrefixOfTheQuestion) {
+    scratch_host_t host;
+    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\C:\\VMs\\vm1\\vm1.vhdx"), L"\\\\?\\C:\\");
+    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\UNC\\fs01\\vms\\vm3\\vm3.vhdx"), L"\\\\?\\UNC\\fs01\\vms\\");
+    EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
+}

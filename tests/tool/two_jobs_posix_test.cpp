@@ -1,0 +1,246 @@
+// What the tool meets on a host that keeps the VSS contract: two mirrack processes on one
+// simulated host, each driven through its pipe. One shadow-copy creation runs at a time,
+// a set holds at most 64 volumes, a failure after the prepare leaves the writers stable for
+// the next backup, and a cluster shared volume's backup state is the volume's, shared by
+// every job on it.
+#include "tool_run_posix.h"
+
+#include "client/invoke_client.h"
+#include "common/format/format.h"
+#include "lab/host_state_report.h"
+#include "lab/sample_host.h"
+#include "tests/snapshot/hyperv_test_host.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+using namespace snapshot_test;
+using client::CRequestArguments;
+using client::CResponse;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+std::string ReadText(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// One backup job: its own mirrack on the host, a connected client, and its verdict.
+class Job {
+public:
+    explicit Job(const fs::path& hostDir) : run(ToolRun::PipeMode(), {}, hostDir) {
+        ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+        connection = client::CInvokeClient::Connect(ToolRun::PipeName());
+    }
+
+    CResponse Call(const std::wstring& command, const CRequestArguments& arguments = CRequestArguments()) {
+        return connection->Call(command, arguments);
+    }
+    void Begin(const std::string& spec) {
+        const CResponse begin =
+            Call(L"BeginSnapshotCreation", CRequestArguments()
+                                               .AddText(L"JobName", L"Nightly")
+                                               .AddText(L"BackupConsole", L"Console")
+                                               .AddEncoded(L"SnapshotXmlSpec", to_unicode(spec)));
+        ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
+    }
+    // IsSucceeded once the task has completed; its error description in description.
+    bool Verdict(std::string& description) {
+        for (;;) {
+            const CResponse status = Call(L"GetAsyncOpStatus");
+            if (!status.IsSuccess() || status.Value(L"IsCompleted") == L"true") {
+                description = to_ansi(status.Value(L"ErrDescription"));
+                return status.Value(L"IsSucceeded") == L"true";
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+    bool Succeeds() {
+        std::string description;
+        const bool succeeded = Verdict(description);
+        EXPECT_TRUE(succeeded) << description;
+        return succeeded;
+    }
+    // Closes the task and ends the session; the log.
+    std::string Close() {
+        EXPECT_TRUE(Call(L"CloseSnapshot").IsSuccess());
+        connection->Disconnect();
+        EXPECT_EQ(run.WaitForExit(), 0);
+        return run.LogText();
+    }
+
+private:
+    ToolRun run;
+    std::unique_ptr<client::CInvokeClient> connection;
+};
+
+std::string Spec(const std::vector<spec_vm_t>& vms) {
+    return spec_xml(vms, usual_providers);
+}
+
+// The journal lines of one op, each with the calling process's id first.
+std::vector<std::string> JournalOf(const hyperv_host_t& host, const std::string& op) {
+    std::vector<std::string> lines;
+    for (const auto& line : host.state_lines("journal.txt"))
+        if (Contains(line, "\t" + op + "\t") || line.ends_with("\t" + op))
+            lines.push_back(line);
+    return lines;
+}
+
+} // namespace
+
+TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
+    // The first job's snapshot takes a while, long enough for the second to reach StartSnapshotSet.
+    hyperv_host_t host(R"(<Fault op="DoSnapshotSet" delayMs="3000"/>)");
+    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
+    Job first(host.dir());
+    Job second(host.dir());
+    first.Begin(Spec(vms));
+    while (host.count("DoSnapshotSet") == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const std::string csvStateOfTheFirst = ReadText(host.dir() / "state" / "csv.txt");
+
+    second.Begin(Spec(vms));
+    std::string description;
+    ASSERT_FALSE(second.Verdict(description));
+    EXPECT_TRUE(Contains(description,
+                         "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
+                         "already in progress. Wait a few moments and try again.\n--tr:Failed to "
+                         "perform pre-backup tasks."))
+        << description;
+    EXPECT_EQ(host.count("StartSnapshotSet"), 2u);
+    EXPECT_EQ(host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
+    EXPECT_EQ(ReadText(host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
+    second.Close();
+
+    ASSERT_TRUE(first.Succeeds());
+    first.Close();
+    EXPECT_TRUE(host.is_clean());
+    EXPECT_EQ(host.state_lines("backups.txt").size(), 3u) << "the first job's backup and its two VMs";
+
+    host.write("host.xml", hyperv_host_xml());
+    Job again(host.dir());
+    again.Begin(Spec(vms));
+    EXPECT_TRUE(again.Succeeds());
+    again.Close();
+    EXPECT_TRUE(host.is_clean());
+}
+
+TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
+    test_support::host_folder_t folder("mirrack-volumes");
+    const fs::path dir = folder.dir();
+    lab::sample_options_t options;
+    options.vms_on_c = 63;
+    options.local_volumes = 63;
+    options.files_per_vm = 3;
+    options.file_size = 1024;
+    lab::create_sample_host(dir, options); // 63 local volumes, a cluster shared volume and a share
+
+    Job job(dir);
+    job.Begin(ReadText(dir / "spec.xml"));
+    std::string description;
+    ASSERT_FALSE(job.Verdict(description));
+    EXPECT_TRUE(Contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
+                                      "operation has been reached.\n"))
+        << description;
+    job.Close();
+    for (const char* state : {"shadows.txt", "csv.txt", "creation.txt"})
+        EXPECT_EQ(ReadText(dir / "state" / state), "") << state;
+}
+
+namespace {
+
+struct prepared_failure_t {
+    const char* name;
+    std::string fault;
+    bool closeDuringPrepare;
+};
+
+const prepared_failure_t preparedFailures[] = {
+    {"WriterFaultAtPrepare",
+     R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)",
+     false},
+    {"FaultAtDoSnapshotSet", R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)", false},
+    {"CancelDuringPrepare", R"(<Fault op="PrepareForBackup" delayMs="600000"/>)", true},
+};
+
+class FailureAfterPrepare : public ::testing::TestWithParam<prepared_failure_t> {};
+
+} // namespace
+
+TEST_P(FailureAfterPrepare, LeavesTheWritersStableAndTheNextBackupSucceeds) {
+    const prepared_failure_t& c = GetParam();
+    hyperv_host_t host(c.fault);
+    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
+    {
+        Job failing(host.dir());
+        failing.Begin(Spec(vms));
+        if (c.closeDuringPrepare) {
+            while (host.count("PrepareForBackup") == 0)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        } else {
+            std::string description;
+            EXPECT_FALSE(failing.Verdict(description));
+        }
+        failing.Close();
+    }
+    EXPECT_EQ(host.count("AbortBackup"), 0u) << "the tool lets go of the object instead";
+    EXPECT_EQ(JournalOf(host, "ImplicitAbort").size(), 1u);
+    EXPECT_TRUE(host.is_clean());
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+
+    host.write("host.xml", hyperv_host_xml());
+    Job next(host.dir());
+    next.Begin(Spec(vms));
+    EXPECT_TRUE(next.Succeeds());
+    next.Close();
+    EXPECT_EQ(JournalOf(host, "ImplicitAbort").size(), 1u);
+    EXPECT_TRUE(host.is_clean());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, FailureAfterPrepare, ::testing::ValuesIn(preparedFailures),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
+    hyperv_host_t host;
+    Job first(host.dir());
+    first.Begin(Spec({{csv_vm}}));
+    ASSERT_TRUE(first.Succeeds());
+    const auto prepared = host.state_lines("csv.txt");
+    ASSERT_EQ(prepared.size(), 1u) << "the first job holds its snapshot, the volume stays in backup";
+    const std::string firstSet = prepared[0].substr(prepared[0].find('\t') + 1, 38);
+
+    host.write("host.xml", hyperv_host_xml(R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)"));
+    {
+        Job second(host.dir());
+        second.Begin(Spec({{csv_vm}}));
+        std::string description;
+        EXPECT_FALSE(second.Verdict(description));
+        second.Close();
+    }
+    const auto cleared = JournalOf(host, "CsvBackupStateCleared");
+    ASSERT_EQ(cleared.size(), 1u);
+    EXPECT_TRUE(Contains(cleared[0], std::string(csv_volume) + "\t" + firstSet + ";")) << cleared[0];
+    const std::string state = lab::host_state_report(host.dir());
+    EXPECT_TRUE(Contains(state, "Cluster shared volumes in backup: 0\n")) << state;
+    EXPECT_TRUE(Contains(state, "Live shadow copies: 1\n")) << state;
+    EXPECT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the first job's snapshot stands";
+
+    first.Close();
+    EXPECT_TRUE(host.is_clean());
+    EXPECT_EQ(host.state_lines("backups.txt").size(), 2u) << "the first job completed";
+}
