@@ -65,12 +65,12 @@ void CVssSnapshot::PreBackup() {
     }
 }
 
-std::shared_ptr<CVssSnapshotResult> CVssSnapshot::BuildResult() const {
-    auto info =
-        std::make_shared<CSnapshotInfo>(CSnapshotInfo{backupDocument, writerDocument, snapshotsDocument});
+std::shared_ptr<CVssSnapshotResult> CVssSnapshot::BuildResult() {
+    auto info = std::make_shared<CSnapshotInfo>(
+        CSnapshotInfo{std::move(backupDocument), std::move(writerDocument), std::move(snapshotsDocument)});
     CVssSnapshotResult::VmFilesMap vmFiles;
     for (const auto& [name, vm] : VMs)
-        vmFiles[string_to_guid(name)] = vm->files;
+        vmFiles[string_to_guid(name)] = std::move(vm->files);
     return std::make_shared<CVssSnapshotResult>(std::move(info), std::move(vmFiles));
 }
 

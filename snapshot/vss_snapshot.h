@@ -41,8 +41,10 @@ public:
     CVssSnapshot(const CVssSnapshot&) = delete;
     CVssSnapshot& operator=(const CVssSnapshot&) = delete;
 
-    // A copy of the documents and of each VM's items, keyed by the VM's id.
-    std::shared_ptr<CVssSnapshotResult> BuildResult() const;
+    // The documents and each VM's items, keyed by the VM's id. They are handed
+    // over, not copied: nothing of the task reads them again, and on a large host
+    // a second set of them would double the task's memory. Called once.
+    std::shared_ptr<CVssSnapshotResult> BuildResult();
     // Hands the server's verdict on one VM to the writer.
     void CompleteVm(const GUID& vmId, bool succeeded);
     VSSUtils::BackupComponentsPtr GetBackupComponents() const { return backupComponents; }

@@ -31,9 +31,12 @@ std::wstring share_mount_point(const std::wstring& path) {
 
 std::wstring VolumePath(const std::wstring& itemPath, const std::wstring& mountPoint,
                         const std::wstring& volumeName) {
-    std::wstring rest = itemPath;
-    rest.erase(0, std::min(mountPoint.size(), rest.size()));
-    return volumeName + rest;
+    // Built at its final size: one of these lives for each file of the snapshot.
+    const std::size_t cut = std::min(mountPoint.size(), itemPath.size());
+    std::wstring path;
+    path.reserve(volumeName.size() + itemPath.size() - cut);
+    path.append(volumeName).append(itemPath, cut);
+    return path;
 }
 
 CVolumesHolder::~CVolumesHolder() {

@@ -16,10 +16,9 @@ std::unique_ptr<impl::CVssSnapshot> take_snapshot(const std::string& spec) {
                                                 std::make_shared<win::win_manual_reset_event_t>());
 }
 
-ItemsList items_of(const impl::CVssSnapshot& snapshot, const std::string& vmId) {
-    auto result = snapshot.BuildResult();
-    auto vm = result->vmFiles.find(string_to_guid(vmId));
-    return vm == result->vmFiles.end() ? ItemsList() : vm->second;
+ItemsList items_of(const CVssSnapshotResult& result, const std::string& vmId) {
+    auto vm = result.vmFiles.find(string_to_guid(vmId));
+    return vm == result.vmFiles.end() ? ItemsList() : vm->second;
 }
 
 } // namespace snapshot_test

@@ -20,7 +20,7 @@ using test_support::log_capture_t;
 std::shared_ptr<CHvBackupSpec> parse_spec(const std::string& text);
 std::unique_ptr<impl::CVssSnapshot> take_snapshot(const std::string& spec);
 
-// The items of a VM in the snapshot's result, or an empty list.
-ItemsList items_of(const impl::CVssSnapshot& snapshot, const std::string& vmId);
+// The items of a VM in a snapshot's result, or an empty list.
+ItemsList items_of(const CVssSnapshotResult& result, const std::string& vmId);
 
 } // namespace snapshot_test

@@ -52,8 +52,9 @@ std::vector<item_t> shown(const ItemsList& items) {
 TEST(Snapshot, EachVmGetsItsFilesOnTheShadowCopiesInTheOrderOfFinding) {
     hyperv_host_t host;
     auto snapshot = take_snapshot(spec_xml(three_vms(), usual_providers));
+    const auto result = snapshot->BuildResult();
 
-    const ItemsList local = items_of(*snapshot, local_vm);
+    const ItemsList local = items_of(*result, local_vm);
     ASSERT_EQ(local.size(), 7u);
     for (const auto& item : local)
         EXPECT_EQ(item.fullPath.rfind(shadowPrefix, 0), 0u) << to_ansi(item.fullPath);
@@ -75,9 +76,9 @@ TEST(Snapshot, EachVmGetsItsFilesOnTheShadowCopiesInTheOrderOfFinding) {
     EXPECT_EQ(shown({local[6]}), (std::vector<item_t>{{L"C:\\VMs\\local", L"notes.txt", 0, L"notes.txt",
                                                        L"VMs\\local\\notes.txt"}}));
 
-    const ItemsList csv = items_of(*snapshot, csv_vm);
+    const ItemsList csv = items_of(*result, csv_vm);
     ASSERT_EQ(csv.size(), 2u);
-    const ItemsList smb = items_of(*snapshot, smb_vm);
+    const ItemsList smb = items_of(*result, smb_vm);
     ASSERT_EQ(smb.size(), 1u);
     EXPECT_EQ(shown(smb), (std::vector<item_t>{
                               {L"\\\\fs01\\vms\\smb\\", L"smb.vhdx", 0, L"smb.vhdx", L"smb\\smb.vhdx"}}));
@@ -95,8 +96,8 @@ TEST(Snapshot, EachVmGetsItsFilesOnTheShadowCopiesInTheOrderOfFinding) {
     EXPECT_EQ(read_through(csvDisk->fullPath), "csv disk, before");
     EXPECT_EQ(read_through(smb[0].fullPath), "smb disk, before");
 
-    EXPECT_TRUE(items_of(*snapshot, idle_vm).empty()) << "a VM nobody asked for isn't selected";
-    auto info = snapshot->BuildResult()->info;
+    EXPECT_TRUE(items_of(*result, idle_vm).empty()) << "a VM nobody asked for isn't selected";
+    const auto& info = result->info;
     EXPECT_FALSE(info->BackupDoc.empty());
     EXPECT_FALSE(info->WriterDoc.empty());
     EXPECT_TRUE(info->SnapshotsXML.empty());
@@ -118,10 +119,11 @@ TEST(Snapshot, TransportableSnapshotKeepsVolumeNamePathsAndListsItsSnapshots) {
     EXPECT_EQ(host.count("GetSnapshotProperties"), 0u);
     EXPECT_FALSE(log.has("Checking whether all files exist on snapshot volumes."));
 
-    const ItemsList local = items_of(*snapshot, local_vm);
+    const auto result = snapshot->BuildResult();
+    const ItemsList local = items_of(*result, local_vm);
     ASSERT_FALSE(local.empty());
     EXPECT_EQ(local[0].fullPath, to_unicode(c_volume) + L"VMs\\local\\local.vhdx");
     SnapshotIdList ids;
-    DeserializeSnapshotIds(snapshot->BuildResult()->info->SnapshotsXML, ids);
+    DeserializeSnapshotIds(result->info->SnapshotsXML, ids);
     EXPECT_EQ(ids.size(), 1u);
 }
