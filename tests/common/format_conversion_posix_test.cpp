@@ -1,3 +1,4 @@
+// POSIX only: the ANSI code page is UTF-8 here, and strictness is ours, not the Windows code page's.
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 
