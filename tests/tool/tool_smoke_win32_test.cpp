@@ -157,6 +157,17 @@ protected:
     int tools = 0;
 };
 
+// Waits for a tool's pipe to exist: WaitNamedPipeW fails at once while there is none yet.
+bool PipeIsUp(const std::wstring& pipe) {
+    const std::wstring path = L"\\\\.\\pipe\\" + pipe;
+    for (int attempt = 0; attempt < 600; ++attempt) {
+        if (::WaitNamedPipeW(path.c_str(), 50))
+            return true;
+        ::Sleep(50);
+    }
+    return false;
+}
+
 // Sets LogDirectory for the length of the object.
 class LogDirectoryValue {
 public:
@@ -251,7 +262,7 @@ TEST_F(ToolSmoke, WithoutOptionsTheToolRefusesAndLogsToTheConfiguredDirectory) {
 TEST_F(ToolSmoke, ASecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
     const std::wstring pipe = PipeName("twice");
     auto first = StartServingTool(pipe, folder / "first.log");
-    ASSERT_TRUE(::WaitNamedPipeW((L"\\\\.\\pipe\\" + pipe).c_str(), 30000)) << ::GetLastError();
+    ASSERT_TRUE(PipeIsUp(pipe));
     auto second = StartServingTool(pipe, folder / "second.log");
     EXPECT_EQ(second->Wait(), 0u);
     const std::string secondLog = ReadText(folder / "second.log");
@@ -268,7 +279,7 @@ TEST_F(ToolSmoke, ASecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
 TEST_F(ToolSmoke, TwoToolsOnOneLogWriteToNumberedNames) {
     const fs::path log = folder / "shared.log";
     auto first = StartServingTool(PipeName("one"), log);
-    ASSERT_TRUE(::WaitNamedPipeW((L"\\\\.\\pipe\\" + PipeName("one")).c_str(), 30000));
+    ASSERT_TRUE(PipeIsUp(PipeName("one")));
     auto second = StartServingTool(PipeName("two"), log);
     std::string answer;
     Client(PipeName("two"), {L"call", L"CloseSnapshot"}, answer);
