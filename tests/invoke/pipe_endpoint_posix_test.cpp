@@ -46,6 +46,7 @@ TEST(PipeEndpointPosix, SocketsLiveInAPrivateDirectoryAndGoWithTheirServer) {
 
 TEST(PipeEndpointPosix, AStaleSocketDoesNotKeepItsName) {
     const std::wstring stale = pipe_test::fresh_pipe_path();
+    std::filesystem::create_directories(pipe_test::socket_folder());
     leave_stale_socket(socket_of(stale));
     const auto server = create_server_channel(stale);
     const auto stale_client = connect_client_channel(stale, 1000);
