@@ -56,6 +56,12 @@ cmd_cross() {
     bash "$ROOT/.ci/cross-windows.sh"
 }
 
+cmd_wine() {
+    cmd_cross
+    need_packages wine wine64
+    bash "$ROOT/.ci/wine-tests.sh"
+}
+
 cmd_bench() {
     cmd_build
     for b in build/bin/*_bench; do
@@ -79,10 +85,11 @@ test) cmd_test ;;
 tsan) cmd_tsan ;;
 asan) cmd_asan ;;
 cross) cmd_cross ;;
+wine) cmd_wine ;;
 bench) cmd_bench ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|cross|bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|cross|wine|bench]" >&2
     exit 2
     ;;
 esac

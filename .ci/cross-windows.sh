@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Windows cross-build check: the same sources, with the *_win32.cpp files, compiled
-# and linked by MinGW-w64. zlib, TinyXML and Boost.Program_options for MinGW are
-# built from Debian's source packages (a deb-src entry, then apt-get source).
+# Windows cross-build: the same sources, with the *_win32.cpp files, compiled and linked
+# by MinGW-w64, the tool, the client and the test suites (which .ci/wine-tests.sh runs).
+# zlib, TinyXML, Boost.Program_options and GoogleTest for MinGW are built from Debian's
+# source packages (a deb-src entry, then apt-get source) into the build folder, once.
 set -euo pipefail
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
 OUT=${MIRRACK_CROSS_DIR:-$ROOT/build-win}
@@ -12,27 +13,56 @@ CXX=x86_64-w64-mingw32-g++-posix
 CC=x86_64-w64-mingw32-gcc-posix
 AR=x86_64-w64-mingw32-ar
 
+# The deb-src entries mirror the machine's own deb sources (deb822 stanzas and one-line
+# entries), so that no archive address is written here and a configured mirror or snapshot
+# serves the source packages too.
+deb822_src_stanzas() {
+    awk 'BEGIN { RS = ""; ORS = "\n\n" }
+         { n = split($0, lines, "\n"); keep = 0
+           for (i = 1; i <= n; i++)
+               if (lines[i] ~ /^Types:/ && (" " substr(lines[i], 7) " ") ~ /[ \t]deb[ \t]/) keep = 1
+           if (!keep) next
+           out = ""
+           for (i = 1; i <= n; i++) out = out (lines[i] ~ /^Types:/ ? "Types: deb-src" : lines[i]) "\n"
+           printf "%s\n", out }' "$@"
+}
+
+one_line_src_entries() {
+    sed -n 's/^[[:space:]]*deb\([[:space:]]\)/deb-src\1/p' "$@"
+}
+
+add_source_entries() { # file entries
+    [ -n "$2" ] || return 0
+    local sudo=""
+    [ "$(id -u)" = 0 ] || sudo="sudo"
+    $sudo tee "$1" >/dev/null <<<"$2"
+}
+
 ensure_deb_src() {
-    if ! grep -rqs '^Types: *deb-src' /etc/apt/sources.list.d/ && ! grep -qs '^deb-src' /etc/apt/sources.list; then
-        local sudo=""
-        [ "$(id -u)" = 0 ] || sudo="sudo"
-        $sudo tee /etc/apt/sources.list.d/mirrack-src.sources >/dev/null <<SRC
-Types: deb-src
-URIs: http://deb.debian.org/debian
-Suites: $(. /etc/os-release && echo "$VERSION_CODENAME")
-Components: main
-Signed-By: /usr/share/keyrings/debian-archive-keyring.gpg
-SRC
-        $sudo apt-get update -qq
+    if grep -rqsE '^Types:.*deb-src' /etc/apt/sources.list.d/ ||
+        grep -rqs '^[[:space:]]*deb-src' /etc/apt/sources.list /etc/apt/sources.list.d/; then
+        return
     fi
+    local stanzas lines
+    stanzas=$(deb822_src_stanzas /dev/null /etc/apt/sources.list.d/*.sources 2>/dev/null || true)
+    lines=$(one_line_src_entries /dev/null /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null || true)
+    if [ -z "$stanzas$lines" ]; then
+        echo "No deb source is configured on this machine to derive a deb-src entry from." >&2
+        exit 1
+    fi
+    add_source_entries /etc/apt/sources.list.d/mirrack-src.sources "$stanzas"
+    add_source_entries /etc/apt/sources.list.d/mirrack-src.list "$lines"
+    local sudo=""
+    [ "$(id -u)" = 0 ] || sudo="sudo"
+    $sudo apt-get update -qq
 }
 
 fetch_sources() {
     mkdir -p "$SRC"
     cd "$SRC"
-    ls zlib_*.dsc tinyxml_*.dsc boost1.74_*.dsc >/dev/null 2>&1 && return
+    ls zlib_*.dsc tinyxml_*.dsc boost1.74_*.dsc googletest_*.dsc >/dev/null 2>&1 && return
     ensure_deb_src
-    apt-get source --download-only zlib tinyxml boost1.74 >/dev/null
+    apt-get source --download-only zlib tinyxml boost1.74 googletest >/dev/null
 }
 
 build_zlib() {
@@ -88,17 +118,37 @@ build_boost_program_options() {
     cp libboost_program_options.a "$DEPS/lib/"
 }
 
-if [ ! -f "$DEPS/.built" ]; then
-    echo "Building zlib, TinyXML and Boost.Program_options for MinGW-w64 from Debian sources"
-    fetch_sources
-    build_zlib
-    build_tinyxml
-    build_boost_program_options
-    touch "$DEPS/.built"
-fi
+build_googletest() {
+    cd "$SRC"
+    rm -rf googletest && mkdir googletest
+    tar -xf googletest_*.orig.tar.* -C googletest --strip-components=1
+    cd googletest/googletest
+    "$CXX" -O2 -std=c++17 -Iinclude -I. -c src/gtest-all.cc -o gtest-all.o &
+    "$CXX" -O2 -std=c++17 -Iinclude -I. -c src/gtest_main.cc -o gtest_main.o
+    wait
+    "$AR" rcs libgtest.a gtest-all.o
+    "$AR" rcs libgtest_main.a gtest_main.o
+    rm -rf "$DEPS/include/gtest"
+    cp -r include/gtest "$DEPS/include/"
+    cp libgtest.a libgtest_main.a "$DEPS/lib/"
+}
 
+# Each library is built once into the build folder; a marker per library keeps a folder made
+# before a library was added.
+for lib in zlib tinyxml boost_program_options googletest; do
+    if [ ! -f "$DEPS/.built-$lib" ]; then
+        echo "Building $lib for MinGW-w64 from its Debian source package"
+        fetch_sources
+        mkdir -p "$DEPS/include" "$DEPS/lib"
+        "build_$lib"
+        touch "$DEPS/.built-$lib"
+    fi
+done
+
+# ctest runs the cross-built tests under Wine (.ci/wine-tests.sh prepares its prefix).
 cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake" \
-    -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH=OFF -DMIRRACK_TESTS=OFF -DCMAKE_BUILD_TYPE=Release >/dev/null
+    -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH=OFF -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build "$OUT/build" -j "$JOBS"
-echo "Windows cross-build: OK"
-ls "$OUT/build/bin" 2>/dev/null || true
+echo "Windows cross-build: OK. The executables:"
+ls -1 "$OUT"/build/bin/*.exe

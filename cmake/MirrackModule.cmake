@@ -53,10 +53,40 @@ function(mirrack_test name)
     return()
   endif()
   add_executable(${name} ${kept})
+  mirrack_version_resource(${name} "Mirrack tests")
   target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   target_compile_definitions(${name} PRIVATE MIRRACK_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
                                              MIRRACK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  if(NOT CMAKE_CROSSCOMPILING)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  mirrack_add_tests(${name})
+endfunction()
+
+# mirrack_add_tests(<target> [LABELS ...]): natively every case is a ctest test of its own; a
+# cross-built executable runs whole under CMAKE_CROSSCOMPILING_EMULATOR (Wine), as listing its
+# cases at build time would start the emulator once per executable for nothing.
+function(mirrack_add_tests target)
+  cmake_parse_arguments(A "" "" "LABELS" ${ARGN})
+  if(CMAKE_CROSSCOMPILING)
+    add_test(NAME ${target} COMMAND ${target})
+    set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+    if(A_LABELS)
+      set_tests_properties(${target} PROPERTIES LABELS "${A_LABELS}")
+    endif()
+  elseif(A_LABELS)
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 LABELS ${A_LABELS})
+  else()
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
   endif()
+endfunction()
+
+# mirrack_version_resource(<target> <description>): a Windows executable carries the
+# project's version in a VERSIONINFO resource, which the start banner reads back.
+function(mirrack_version_resource target description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(MIRRACK_FILE_DESCRIPTION "${description}")
+  set(MIRRACK_INTERNAL_NAME "${target}")
+  set(rc ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${rc} @ONLY)
+  target_sources(${target} PRIVATE ${rc})
 endfunction()

@@ -29,9 +29,15 @@ std::string seek_method_name(seek_method_t method) {
     return num_to_string(static_cast<std::uint64_t>(method));
 }
 
+// The sign goes in front afterwards: the Windows compiler misreads "-" + text as an overlapping copy.
 std::string signed_text(std::int64_t value) {
-    return value < 0 ? "-" + num_to_string(static_cast<std::uint64_t>(0) - static_cast<std::uint64_t>(value))
-                     : num_to_string(static_cast<std::uint64_t>(value));
+    const std::uint64_t magnitude = value < 0
+                                        ? static_cast<std::uint64_t>(0) - static_cast<std::uint64_t>(value)
+                                        : static_cast<std::uint64_t>(value);
+    std::string text = num_to_string(magnitude);
+    if (value < 0)
+        text.insert(text.begin(), '-');
+    return text;
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include "invoke/invoke_dispatcher.h"
 #include "invoke/pipe_channel.h"
 #include "invoke/pipe_invoke_server.h"
+#include "tests/support/process_env.h"
 
 #include <gtest/gtest.h>
 
@@ -20,17 +21,16 @@
 #include <future>
 #include <sstream>
 #include <thread>
-#include <unistd.h>
 
 namespace client_test {
 
 inline std::filesystem::path scratch_folder() {
     static const std::filesystem::path folder = [] {
-        auto path =
-            std::filesystem::temp_directory_path() / ("mirrack-client-tests-" + std::to_string(::getpid()));
+        auto path = std::filesystem::temp_directory_path() /
+                    ("mirrack-client-tests-" + std::to_string(test_env::process_id()));
         std::filesystem::remove_all(path);
         std::filesystem::create_directories(path);
-        ::setenv("MIRRACK_PIPE_DIR", (path / "pipes").c_str(), 1);
+        test_env::set("MIRRACK_PIPE_DIR", (path / "pipes").string());
         return path;
     }();
     return folder;
@@ -100,7 +100,7 @@ private:
     static std::wstring fresh_name() {
         static std::atomic<int> counter{0};
         scratch_folder();
-        return L"c" + std::to_wstring(::getpid()) + L"-" + std::to_wstring(++counter);
+        return L"c" + std::to_wstring(test_env::process_id()) + L"-" + std::to_wstring(++counter);
     }
 
     std::wstring name_;

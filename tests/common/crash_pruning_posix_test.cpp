@@ -1,3 +1,4 @@
+// POSIX only: the refusal to delete is a fault of the simulated host.
 // Old dumps that the system refuses to delete: no new dump, and the reason in the log.
 #include "common/crash/crash_filter.h"
 #include "crash_test_support.h"

@@ -1,3 +1,4 @@
+// POSIX only: the signal road; Windows reaches the same filter through structured exceptions.
 // A worker that crashes: a text dump in the dump folder, the crash handlers,
 // the crash code for the waiter, and a process that goes on.
 #include "common/crash/crash_filter.h"

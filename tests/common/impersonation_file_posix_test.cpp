@@ -1,3 +1,4 @@
+// POSIX only: the share lives on the simulated host.
 // A file on a share with a token holds its impersonation scope for as long as it is open.
 #include "common/logging/common_lib_ctx.h"
 #include "common/win/file.h"

@@ -18,7 +18,7 @@ using logging::receiver::numbered_log_name;
 namespace {
 
 std::string gunzip(const fs::path& archive) {
-    gzFile file = ::gzopen(archive.c_str(), "rb");
+    gzFile file = ::gzopen(archive.string().c_str(), "rb");
     EXPECT_NE(file, nullptr) << archive;
     if (file == nullptr)
         return "";

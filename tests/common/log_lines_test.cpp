@@ -100,7 +100,7 @@ TEST_F(log_file_test, indent_belongs_to_the_thread) {
     log_indent_in(h);
     long other_id = 0;
     std::thread other([&] {
-        other_id = ::gettid();
+        other_id = win::current_thread_id();
         log_info(h, "other thread");
     });
     other.join();
@@ -151,10 +151,10 @@ TEST(log_receiver, nothing_is_written_or_queued_before_a_receiver_and_a_message_
 
 TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
     const std::time_t moment = 1794806578;
-    std::tm parts{};
-    ASSERT_NE(::localtime_r(&moment, &parts), nullptr);
+    const std::tm* parts = std::localtime(&moment);
+    ASSERT_NE(parts, nullptr);
     char expected[64];
-    std::strftime(expected, sizeof expected, "[%d.%m.%Y %H:%M:%S] ", &parts);
+    std::strftime(expected, sizeof expected, "[%d.%m.%Y %H:%M:%S] ", parts);
     EXPECT_EQ(logging::format::timestamp_text(moment), expected);
     EXPECT_EQ(logging::format::timestamp_text(std::numeric_limits<std::time_t>::max()), "TIME ---");
 }

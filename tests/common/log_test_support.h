@@ -6,6 +6,8 @@
 #include "common/logging/log_install.h"
 #include "common/logging/log_rotation.h"
 #include "common/logging/log_t.h"
+#include "common/win/thread_id.h"
+#include "tests/support/process_env.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +18,6 @@
 #include <regex>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace log_test {
@@ -24,7 +25,8 @@ namespace log_test {
 inline std::filesystem::path fresh_folder(const std::string& purpose) {
     static std::atomic<int> counter{0};
     auto folder = std::filesystem::temp_directory_path() /
-                  ("mirrack-" + purpose + "-" + std::to_string(::getpid()) + "-" + std::to_string(++counter));
+                  ("mirrack-" + purpose + "-" + std::to_string(test_env::process_id()) + "-" +
+                   std::to_string(++counter));
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     return folder;
@@ -54,7 +56,7 @@ inline std::vector<std::string> file_lines(const std::filesystem::path& path) {
 }
 
 // What follows the time stamp and the thread head; checks both on the way.
-inline std::string body(const std::string& line, long thread_id = ::gettid()) {
+inline std::string body(const std::string& line, long thread_id = win::current_thread_id()) {
     static const std::regex head(R"(^\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <( *)(\d+)> )");
     std::smatch match;
     if (!std::regex_search(line, match, head)) {

@@ -1,3 +1,4 @@
+// POSIX only: the registry is the simulated host's.
 // The debug receiver against a simulated host's registry and a UDP listener on
 // the loopback: whole messages as datagrams when switched on, nothing when off,
 // and the registry read once in either case.

@@ -60,7 +60,7 @@ TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwn) {
     perf_record_t record;
     std::memcpy(&record, data.data(), sizeof record);
     EXPECT_EQ(record.code, logging::perf::file_set_size);
-    EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(::gettid()));
+    EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(win::current_thread_id()));
 }
 
 TEST_F(perf_logger_test, FolderThatCannotBeMadeEmptiesTheBuffer) {

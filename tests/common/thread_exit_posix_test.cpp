@@ -1,3 +1,4 @@
+// POSIX only: Windows ends a crashed thread without unwinding it.
 // Ending a worker from inside, as crash handling does where the stack can be unwound.
 #include "common/monitoring/thread_states.h"
 #include "common/win/thread.h"

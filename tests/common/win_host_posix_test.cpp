@@ -1,3 +1,4 @@
+// POSIX only: the simulated host stands in for the registry and the volumes.
 // The wrappers against a simulated host: registry, volume names and injected
 // failures of the file-system calls.
 #include "common/exc/exc.h"

@@ -1,3 +1,4 @@
+// POSIX only: the mapping of native paths, which Windows does not have.
 #include "common/win/local_path.h"
 
 #include <gtest/gtest.h>

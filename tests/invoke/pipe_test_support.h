@@ -5,16 +5,17 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <unistd.h>
+
+#include "tests/support/process_env.h"
 
 namespace pipe_test {
 
 inline std::filesystem::path socket_folder() {
     static const std::filesystem::path folder = [] {
-        auto path =
-            std::filesystem::temp_directory_path() / ("mirrack-pipe-tests-" + std::to_string(::getpid()));
+        auto path = std::filesystem::temp_directory_path() /
+                    ("mirrack-pipe-tests-" + std::to_string(test_env::process_id()));
         std::filesystem::remove_all(path);
-        ::setenv("MIRRACK_PIPE_DIR", path.c_str(), 1);
+        test_env::set("MIRRACK_PIPE_DIR", path.string());
         return path;
     }();
     return folder;
@@ -23,7 +24,7 @@ inline std::filesystem::path socket_folder() {
 inline std::wstring fresh_pipe_name() {
     static std::atomic<int> counter{0};
     socket_folder();
-    return L"p" + std::to_wstring(::getpid()) + L"-" + std::to_wstring(++counter);
+    return L"p" + std::to_wstring(test_env::process_id()) + L"-" + std::to_wstring(++counter);
 }
 
 inline std::wstring fresh_pipe_path() {

@@ -1,3 +1,4 @@
+// POSIX only: the road runs on a simulated host made by mirrack-lab.
 // The road of a snapshot through the real tool on a simulated Hyper-V host: from
 // BeginSnapshotCreation to the close, as the backup server drives it, and the
 // failures on the way. Whatever happens, the tool goes on serving and the host is

@@ -1,4 +1,6 @@
+// POSIX only: the tool is started with fork and exec; the Windows smoke test covers the same starts.
 // How the tool starts and ends, seen from outside: exit status, log, pipe.
+#include "tool_expectations.h"
 #include "tool_run_posix.h"
 
 #include "client/invoke_client.h"
@@ -33,7 +35,7 @@ TEST(ToolStartup, WithoutPipeModeTellsTheRefusalCreatesNoPipeAndExitsZero) {
         ToolRun run(arguments);
         EXPECT_EQ(run.WaitForExit(), 0);
         const std::string log = run.LogText();
-        EXPECT_TRUE(Contains(log, "ERR |Tool was not started in pipe mode.")) << log;
+        EXPECT_TRUE(Contains(log, tool_expect::notPipeMode)) << log;
         EXPECT_TRUE(PipeFolderIsEmpty(run));
         EXPECT_FALSE(Contains(log, "Process will be finished normally."));
     }
@@ -99,9 +101,7 @@ TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
 
     ToolRun second(ToolRun::PipeMode(), first.PipeFolder());
     EXPECT_EQ(second.WaitForExit(), 0);
-    EXPECT_TRUE(
-        Contains(second.LogText(), "Failed to create instance of invoke server. Pipe name: 'tool-test'."))
-        << second.LogText();
+    EXPECT_TRUE(Contains(second.LogText(), tool_expect::PipeInUse(ToolRun::pipeName))) << second.LogText();
     EXPECT_FALSE(Contains(second.LogText(), "Process will be finished normally."));
 
     EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());

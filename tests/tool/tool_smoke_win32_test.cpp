@@ -1,0 +1,305 @@
+// The Windows executables end to end: mirrack.exe started as a backup server starts it and
+// driven by mirrack-client.exe over a real named pipe. Each session is one client, so one
+// call; the answers and log lines are those that the POSIX end-to-end tests expect.
+#include "tool_expectations.h"
+
+#include "common/format/format.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const wchar_t* const logKey = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+std::string Narrow(const std::wstring& text) {
+    return to_ansi_nothrow(text);
+}
+
+std::string ReadText(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The folder of this test executable, which is where the build puts the tool and the client.
+fs::path BinFolder() {
+    wchar_t path[MAX_PATH] = {};
+    ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return fs::path(path).parent_path();
+}
+
+// A process with its standard output and error in a file; killed if a test leaves it running.
+class Process {
+public:
+    Process(const fs::path& program, const std::vector<std::wstring>& arguments, const fs::path& output) {
+        std::wstring line = L"\"" + program.wstring() + L"\"";
+        for (const auto& argument : arguments)
+            line += L" \"" + argument + L"\"";
+        SECURITY_ATTRIBUTES inherit{sizeof(inherit), nullptr, TRUE};
+        HANDLE out = ::CreateFileW(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                   &inherit, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = out;
+        startup.hStdError = out;
+        PROCESS_INFORMATION started{};
+        if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                             &started)) {
+            ::CloseHandle(started.hThread);
+            handle = started.hProcess;
+        } else {
+            ADD_FAILURE() << "cannot start " << program << ": error " << ::GetLastError();
+        }
+        if (out != INVALID_HANDLE_VALUE)
+            ::CloseHandle(out);
+    }
+    ~Process() {
+        if (handle == nullptr)
+            return;
+        if (::WaitForSingleObject(handle, 0) == WAIT_TIMEOUT)
+            ::TerminateProcess(handle, 255);
+        ::CloseHandle(handle);
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    // The exit code; a process that has not ended within a minute fails the test, not the run.
+    DWORD Wait() {
+        if (handle == nullptr)
+            return ~DWORD(0);
+        if (::WaitForSingleObject(handle, 60000) != WAIT_OBJECT_0) {
+            ADD_FAILURE() << "a process did not end within a minute";
+            ::TerminateProcess(handle, 255);
+            ::WaitForSingleObject(handle, INFINITE);
+        }
+        DWORD code = ~DWORD(0);
+        ::GetExitCodeProcess(handle, &code);
+        return code;
+    }
+
+private:
+    HANDLE handle = nullptr;
+};
+
+class ToolSmoke : public ::testing::Test {
+protected:
+    void SetUp() override {
+        static std::atomic<int> counter{0};
+        folder = fs::temp_directory_path() / ("mirrack-smoke-" + std::to_string(::GetCurrentProcessId()) +
+                                              "-" + std::to_string(++counter));
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    std::wstring PipeName(const std::string& purpose) const {
+        return from_utf8("smoke-" + std::to_string(::GetCurrentProcessId()) + "-" + purpose);
+    }
+
+    // mirrack.exe with the given tokens, its console output in a file of the test.
+    std::unique_ptr<Process> StartTool(const std::vector<std::wstring>& tokens) {
+        return std::make_unique<Process>(BinFolder() / "mirrack.exe", tokens,
+                                         folder / ("tool-" + std::to_string(++tools) + ".out"));
+    }
+    // The pipe-mode tokens of a backup server, with the log in the test's folder.
+    std::unique_ptr<Process> StartServingTool(const std::wstring& pipe, const fs::path& log) {
+        return StartTool({L"-p", L"-n", pipe, L"-o", L"Mirrack.log", L"-log", log.wstring()});
+    }
+
+    // mirrack-client.exe: its exit code, and its output with Windows line ends made plain.
+    DWORD Client(const std::wstring& pipe, const std::vector<std::wstring>& tokens, std::string& output) {
+        std::vector<std::wstring> line{L"--pipe", pipe, L"--timeout", L"30000", L"--raw"};
+        line.insert(line.end(), tokens.begin(), tokens.end());
+        const fs::path file = folder / "client.out";
+        const DWORD code = Process(BinFolder() / "mirrack-client.exe", line, file).Wait();
+        output.clear();
+        for (char c : ReadText(file))
+            if (c != '\r')
+                output += c;
+        if (!output.empty() && output.back() == '\n')
+            output.pop_back();
+        return code;
+    }
+
+    // One session of one call: the client's answer; the tool must end normally.
+    std::string Session(const std::vector<std::wstring>& call, std::string& log) {
+        const fs::path logFile = folder / "Mirrack.log";
+        auto tool = StartServingTool(PipeName("session"), logFile);
+        std::string answer;
+        Client(PipeName("session"), call, answer);
+        EXPECT_EQ(tool->Wait(), 0u);
+        log = ReadText(logFile);
+        EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
+        return answer;
+    }
+
+    fs::path folder;
+    int tools = 0;
+};
+
+// Waits for a tool's pipe to exist: WaitNamedPipeW fails at once while there is none yet.
+bool PipeIsUp(const std::wstring& pipe) {
+    const std::wstring path = L"\\\\.\\pipe\\" + pipe;
+    for (int attempt = 0; attempt < 600; ++attempt) {
+        if (::WaitNamedPipeW(path.c_str(), 50))
+            return true;
+        ::Sleep(50);
+    }
+    return false;
+}
+
+// Sets LogDirectory for the length of the object.
+class LogDirectoryValue {
+public:
+    explicit LogDirectoryValue(const fs::path& directory) {
+        EXPECT_EQ(::RegCreateKeyExW(HKEY_LOCAL_MACHINE, logKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
+                                    nullptr),
+                  ERROR_SUCCESS);
+        const std::wstring data = directory.wstring();
+        EXPECT_EQ(::RegSetValueExW(key, L"LogDirectory", 0, REG_SZ,
+                                   reinterpret_cast<const BYTE*>(data.c_str()),
+                                   static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+    ~LogDirectoryValue() {
+        ::RegDeleteValueW(key, L"LogDirectory");
+        ::RegCloseKey(key);
+    }
+
+private:
+    HKEY key = nullptr;
+};
+
+} // namespace
+
+TEST_F(ToolSmoke, CommandsWithoutATaskGetTheirFailuresAndTheBannerNamesTheModuleVersion) {
+    std::string log;
+    EXPECT_EQ(Session({L"call", L"GetAsyncOpStatus"}, log), Narrow(tool_expect::statusWithoutTask));
+    EXPECT_TRUE(Contains(log, tool_expect::statusFailedLine)) << log;
+    EXPECT_TRUE(Contains(log, "  Module version:1.0.0.0")) << log;
+    EXPECT_EQ(Session({L"call", L"GetSnapshotInfo"}, log), Narrow(tool_expect::infoWithoutTask));
+}
+
+TEST_F(ToolSmoke, CommandNamesAreMatchedInAnyCaseAndUnknownOnesAreRefused) {
+    std::string log;
+    EXPECT_EQ(Session({L"call", L"closesnapshot"}, log), Narrow(tool_expect::emptyOutput));
+    EXPECT_TRUE(Contains(log, tool_expect::closeWithoutTaskError)) << log;
+    EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
+    EXPECT_EQ(Session({L"call", L"Frobnicate"}, log), Narrow(tool_expect::UnknownCommand(L"Frobnicate")));
+}
+
+TEST_F(ToolSmoke, SpecificationsThatArentFailWithTheParserThenTheCommandLine) {
+    for (const wchar_t* encoded : {L"!!!!", L"PEhW"}) {
+        std::string log;
+        const std::string answer = Session({L"call", L"BeginSnapshotCreation", L"JobName=J",
+                                            L"BackupConsole=C", std::wstring(L"SnapshotXmlSpec=") + encoded},
+                                           log);
+        EXPECT_TRUE(Contains(answer, Narrow(tool_expect::specParseFailure))) << answer;
+        EXPECT_TRUE(answer.ends_with(Narrow(tool_expect::createTaskFailedTrace))) << answer;
+    }
+}
+
+TEST_F(ToolSmoke, AnEncodedArgumentArrivesWhole) {
+    const std::wstring items = L"<FilesList><File Recursive=\"false\" Path=\"C:\\VMs\\\" Mask=\"*\" "
+                               L"FullPath=\"C:\\VMs\\disk.vhdx\" RelativePath=\"\"/></FilesList>";
+    std::ofstream(folder / "items.xml", std::ios::binary) << Narrow(items);
+    std::string log;
+    EXPECT_EQ(
+        Session({L"call", L"ConvertOffhostPaths", L"InPathsXML=@" + (folder / "items.xml").wstring()}, log),
+        Narrow(tool_expect::ConversionWithoutTask(items)));
+}
+
+// Wine's VSS is a stub that fails to create the backup components, which is as far as a
+// snapshot gets here; the worker's failure must reach the client and leave the tool serving.
+TEST_F(ToolSmoke, ABackupThatFailsInTheVssLayerEndsCleanly) {
+    std::ofstream(folder / "spec.xml", std::ios::binary)
+        << "<HVBackupSpec><VMs><VM id=\"{11111111-2222-3333-4444-555555555555}\"/></VMs></HVBackupSpec>";
+    const fs::path logFile = folder / "Mirrack.log";
+    auto tool = StartServingTool(PipeName("backup"), logFile);
+    std::string answer;
+    EXPECT_EQ(
+        Client(PipeName("backup"),
+               {L"backup", L"--spec", (folder / "spec.xml").wstring(), L"--to", (folder / "copy").wstring()},
+               answer),
+        1u)
+        << answer;
+    EXPECT_TRUE(Contains(answer, tool_expect::snapshotTaskFailed)) << answer;
+    EXPECT_TRUE(Contains(answer, "Failed to create VSS component.")) << answer;
+    EXPECT_EQ(tool->Wait(), 0u);
+    const std::string log = ReadText(logFile);
+    EXPECT_TRUE(Contains(log, "Failed to create VSS component.")) << log;
+    EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
+}
+
+TEST_F(ToolSmoke, WithoutOptionsTheToolRefusesAndLogsToTheConfiguredDirectory) {
+    const LogDirectoryValue configured(folder / "logs");
+    EXPECT_EQ(StartTool({})->Wait(), 0u);
+    const std::string log = ReadText(folder / "logs" / "Mirrack.log");
+    EXPECT_TRUE(Contains(log, tool_expect::notPipeMode)) << log;
+    EXPECT_FALSE(Contains(log, tool_expect::normalEnd)) << log;
+}
+
+TEST_F(ToolSmoke, ASecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
+    const std::wstring pipe = PipeName("twice");
+    auto first = StartServingTool(pipe, folder / "first.log");
+    ASSERT_TRUE(PipeIsUp(pipe));
+    auto second = StartServingTool(pipe, folder / "second.log");
+    EXPECT_EQ(second->Wait(), 0u);
+    const std::string secondLog = ReadText(folder / "second.log");
+    EXPECT_TRUE(Contains(secondLog, tool_expect::PipeInUse(Narrow(pipe)))) << secondLog;
+    EXPECT_FALSE(Contains(secondLog, tool_expect::normalEnd)) << secondLog;
+
+    std::string answer;
+    Client(pipe, {L"call", L"CloseSnapshot"}, answer);
+    EXPECT_EQ(answer, Narrow(tool_expect::emptyOutput));
+    EXPECT_EQ(first->Wait(), 0u);
+    EXPECT_TRUE(Contains(ReadText(folder / "first.log"), tool_expect::normalEnd));
+}
+
+TEST_F(ToolSmoke, TwoToolsOnOneLogWriteToNumberedNames) {
+    const fs::path log = folder / "shared.log";
+    auto first = StartServingTool(PipeName("one"), log);
+    ASSERT_TRUE(PipeIsUp(PipeName("one")));
+    auto second = StartServingTool(PipeName("two"), log);
+    std::string answer;
+    Client(PipeName("two"), {L"call", L"CloseSnapshot"}, answer);
+    Client(PipeName("one"), {L"call", L"CloseSnapshot"}, answer);
+    EXPECT_EQ(first->Wait(), 0u);
+    EXPECT_EQ(second->Wait(), 0u);
+    for (const char* name : {"shared.log", "shared.1.log"}) {
+        const std::string text = ReadText(folder / name);
+        EXPECT_TRUE(Contains(text, tool_expect::closeLine)) << name << ": " << text;
+        EXPECT_TRUE(Contains(text, tool_expect::normalEnd)) << name << ": " << text;
+    }
+}
+
+TEST_F(ToolSmoke, ThePipeModeLogGoesToTheLogDirectoryOfTheRegistry) {
+    const LogDirectoryValue configured(folder / "configured");
+    auto tool = StartTool({L"-p", L"-n", PipeName("registry"), L"-o", L"Mirrack.log"});
+    std::string answer;
+    Client(PipeName("registry"), {L"call", L"CloseSnapshot"}, answer);
+    EXPECT_EQ(tool->Wait(), 0u);
+    const std::string log = ReadText(folder / "configured" / "Mirrack.log");
+    EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
+    EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
+}
