@@ -3,6 +3,7 @@
 #include "common/win/wait.h"
 
 #include <chrono>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -44,20 +45,25 @@ DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD 
         objects.push_back(object);
     }
 
-    std::unique_lock<std::mutex> lock(posix::signal_mutex());
-    std::optional<DWORD> result = satisfied(objects, wait_all);
-    if (result)
-        return *result;
-    if (timeout_ms == wait_infinite) {
-        posix::signal_condition().wait(lock,
-                                       [&] { return (result = satisfied(objects, wait_all)).has_value(); });
-        return *result;
-    }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    if (posix::signal_condition().wait_until(
-            lock, deadline, [&] { return (result = satisfied(objects, wait_all)).has_value(); }))
-        return *result;
-    return wait_timed_out;
+    for (;;) {
+        std::uint32_t seen = 0;
+        {
+            std::lock_guard<posix::robust_mutex_t> guard(posix::signal_mutex());
+            if (const std::optional<DWORD> result = satisfied(objects, wait_all))
+                return *result;
+            seen = posix::signal_changes();
+        }
+        DWORD sleep_ms = wait_infinite;
+        if (timeout_ms != wait_infinite) {
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0)
+                return wait_timed_out;
+            sleep_ms = static_cast<DWORD>(left.count());
+        }
+        posix::wait_for_signal_change(seen, sleep_ms);
+    }
 }
 
 DWORD wait_for_object(HANDLE handle, DWORD timeout_ms) {
