@@ -5,7 +5,7 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
-#include <vector>
+#include <span>
 
 namespace win {
 
@@ -14,7 +14,7 @@ namespace {
 constexpr DWORD maximum_wait_objects = 64; // MAXIMUM_WAIT_OBJECTS
 
 // The result when the wait is satisfied now; asked under the signal lock.
-std::optional<DWORD> satisfied(const std::vector<posix::kernel_object_t*>& objects, bool wait_all) {
+std::optional<DWORD> satisfied(std::span<posix::kernel_object_t* const> objects, bool wait_all) {
     if (wait_all) {
         for (auto* object : objects)
             if (!object->signalled_locked())
@@ -34,15 +34,16 @@ DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD 
         set_last_error(ERROR_INVALID_PARAMETER);
         return wait_failed;
     }
-    std::vector<posix::kernel_object_t*> objects;
-    objects.reserve(count);
+    // On the stack: a worker abandoned in its wait by the crash frame leaves nothing on the heap.
+    posix::kernel_object_t* storage[maximum_wait_objects];
+    const std::span<posix::kernel_object_t* const> objects(storage, count);
     for (DWORD i = 0; i < count; ++i) {
         posix::kernel_object_t* object = posix::from_handle(handles[i]);
         if (object == nullptr || !object->is_waitable()) {
             set_last_error(ERROR_INVALID_HANDLE);
             return wait_failed;
         }
-        objects.push_back(object);
+        storage[i] = object;
     }
 
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
