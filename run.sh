@@ -39,16 +39,36 @@ cmd_test() {
     (cd build && ctest --output-on-failure -j "$JOBS" --timeout 600)
 }
 
+# The sanitizer builds: tests only, lightly optimised, line tables alone for the reports; full
+# debug info and the benchmarks would cost build time and give the reports nothing.
+LIGHT_DEBUG=("-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG")
+
 cmd_tsan() {
     need_packages "${PACKAGES[@]}"
-    configure_and_build build-tsan -DMIRRACK_SANITIZE=thread -DMIRRACK_BENCH=OFF
+    configure_and_build build-tsan -DMIRRACK_SANITIZE=thread -DMIRRACK_BENCH=OFF "${LIGHT_DEBUG[@]}"
     (cd build-tsan && TSAN_OPTIONS="halt_on_error=1" ctest --output-on-failure -j "$JOBS" --timeout 900)
 }
 
 cmd_asan() {
     need_packages "${PACKAGES[@]}"
-    configure_and_build build-asan -DMIRRACK_SANITIZE=address -DMIRRACK_BENCH=OFF
-    (cd build-asan && ctest --output-on-failure -j "$JOBS" --timeout 900)
+    configure_and_build build-asan -DMIRRACK_SANITIZE=address -DMIRRACK_BENCH=OFF "${LIGHT_DEBUG[@]}"
+    # UBSan goes on after a report unless told to stop: a report must fail its test.
+    (cd build-asan && UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1" ctest --output-on-failure -j "$JOBS" \
+        --timeout 900)
+}
+
+# Every fuzz target over its seeds and the inputs it once failed on, with clang's libFuzzer.
+cmd_fuzz_replay() {
+    need_packages "${PACKAGES[@]}" clang libclang-rt-dev
+    cmake -S "$ROOT" -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+        -DCMAKE_CXX_COMPILER=clang++ -DMIRRACK_FUZZ=ON -DMIRRACK_TESTS=ON -DMIRRACK_BENCH=OFF \
+        "${LIGHT_DEBUG[@]}" >/dev/null
+    local targets=()
+    for source in "$ROOT"/fuzz/*_fuzz.cpp; do
+        targets+=("fuzz_$(basename "$source" _fuzz.cpp)")
+    done
+    cmake --build build-fuzz -j "$JOBS" --target "${targets[@]}"
+    (cd build-fuzz && ctest --output-on-failure -j "$JOBS" -R '^fuzz_' --timeout 600)
 }
 
 cmd_cross() {
@@ -84,12 +104,13 @@ build) cmd_build ;;
 test) cmd_test ;;
 tsan) cmd_tsan ;;
 asan) cmd_asan ;;
+fuzz-replay) cmd_fuzz_replay ;;
 cross) cmd_cross ;;
 wine) cmd_wine ;;
 bench) cmd_bench ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|cross|wine|bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|bench]" >&2
     exit 2
     ;;
 esac

@@ -10,17 +10,54 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <string>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
+// Every allocation of the process is counted, so that a benchmark can say how many its items cost.
 namespace {
+std::atomic<std::uint64_t> g_allocations{0};
+}
+
+// All out of line: inlined, they show the compiler malloc() and free() meeting operator new and
+// delete, which it warns of.
+__attribute__((noinline)) void* operator new(std::size_t size) {
+    g_allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+__attribute__((noinline)) void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+__attribute__((noinline)) void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+// Allocations per item of a benchmark's timed loop.
+class allocation_count_t {
+public:
+    allocation_count_t() : start_(g_allocations.load()) {}
+    void report(benchmark::State& state) const {
+        state.counters["allocs_per_item"] = benchmark::Counter(
+            static_cast<double>(g_allocations.load() - start_) / static_cast<double>(state.iterations()));
+    }
+
+private:
+    std::uint64_t start_;
+};
 
 const std::string message = "Creating VSS backup object.";
 
@@ -40,13 +77,33 @@ void BM_log_write(benchmark::State& state) {
     logging::receiver::set_log_size_limit_for_tests(UINT64_MAX); // no rotation inside the timing
     logging::install_log_file(path.string());
     const auto& handle = logging::tool_logger();
+    handle.log->write(logging::level_info, 0, handle.format.get(), message); // the buffers are made
+    const allocation_count_t allocations;
     for (auto _ : state)
         handle.log->write(logging::level_info, 0, handle.format.get(), message);
+    allocations.report(state);
     state.SetItemsProcessed(state.iterations());
     logging::main_log()->install(nullptr, false);
     logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
 }
 BENCHMARK(BM_log_write)->UseRealTime();
+
+// The same through the call that the code uses, at the thread's own indent.
+void BM_log_info(benchmark::State& state) {
+    const fs::path path = bench_folder() / "through-log-info.log";
+    fs::remove(path);
+    logging::receiver::set_log_size_limit_for_tests(UINT64_MAX);
+    logging::install_log_file(path.string());
+    log_info(logging::tool_logger(), message);
+    const allocation_count_t allocations;
+    for (auto _ : state)
+        log_info(logging::tool_logger(), message);
+    allocations.report(state);
+    state.SetItemsProcessed(state.iterations());
+    logging::main_log()->install(nullptr, false);
+    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
+}
+BENCHMARK(BM_log_info)->UseRealTime();
 
 // The same bytes, written by a plain loop of write() on the same kind of file.
 void BM_plain_write(benchmark::State& state) {
@@ -56,8 +113,10 @@ void BM_plain_write(benchmark::State& state) {
     const logging::format::message_head_t head{stamp, win::current_thread_id(), 0, "Mirrack| ", "\r\n"};
     const std::string line = logging::format::message_text(head, logging::level_info, 0, message);
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    const allocation_count_t allocations;
     for (auto _ : state)
         benchmark::DoNotOptimize(::write(fd, line.data(), line.size()));
+    allocations.report(state);
     ::close(fd);
     state.SetItemsProcessed(state.iterations());
 }

@@ -9,10 +9,13 @@ set -eu
 seconds=${1:-30}
 [ $# -gt 0 ] && shift
 source_dir=$(cd "$(dirname "$0")/.." && pwd)
-build_dir=${MIRRACK_FUZZ_BUILD_DIR:-/work/build-fuzz}
+build_dir=${MIRRACK_FUZZ_BUILD_DIR:-$source_dir/build-fuzz}
 
-cmake -S "$source_dir" -B "$build_dir" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang \
-    -DMIRRACK_FUZZ=ON -DMIRRACK_TESTS=OFF -DMIRRACK_BENCH=OFF >/dev/null
+# The options of "./run.sh fuzz-replay", which shares the folder: switching between the two
+# rebuilds nothing.
+cmake -S "$source_dir" -B "$build_dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+    -DCMAKE_C_COMPILER=clang -DMIRRACK_FUZZ=ON -DMIRRACK_TESTS=ON -DMIRRACK_BENCH=OFF \
+    "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" >/dev/null
 
 if [ $# -gt 0 ]; then
     targets="$*"

@@ -76,6 +76,7 @@ DWORD CTaskWorker::Run(void* run) {
     } catch (const std::exception& e) {
         log_exception(logging::tool_logger(), e);
     } catch (...) {
+        log_error(logging::tool_logger(), "Unknown exception.");
     }
     return 0;
 }

@@ -3,7 +3,8 @@
 // jumps back into the worker's crash frame. The dump is written from that frame,
 // on the worker's own stack, and the worker ends with the crash code. The frames
 // between the crash and the frame are abandoned without unwinding: locks they
-// held stay held (see the README).
+// held stay held (see the README), but for the event and log locks, which the
+// next owner takes over, and the frames sleep in no wait that holds a lock.
 #include "common/crash/crash_filter.h"
 #include "common/crash/fault_posix.h"
 #include "common/crash/thread_frame.h"

@@ -3,6 +3,7 @@
 #include "common/logging/log_platform.h"
 #include "common/logging/log_t.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace logging::format {
@@ -25,17 +26,26 @@ const char* level_word(int level) {
     return "Info     ";
 }
 
-std::string thread_head(const message_head_t& head) {
-    char text[32];
-    if (head.mode == 0)
-        std::snprintf(text, sizeof text, "<%6u> ", static_cast<unsigned>(head.thread_id));
-    else
-        std::snprintf(text, sizeof text, "<%2u> ", static_cast<unsigned>(head.thread_id % 100));
-    return text;
+// "<  2840> ", or "<40> " in the short layout; built by hand, as it is on every line.
+std::string_view thread_head(const message_head_t& head, char (&text)[16]) {
+    unsigned value = head.mode == 0 ? head.thread_id : head.thread_id % 100;
+    const std::size_t width = head.mode == 0 ? 6 : 2;
+    char* end = text + sizeof text;
+    char* start = end;
+    *--start = ' ';
+    *--start = '>';
+    do {
+        *--start = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    while (static_cast<std::size_t>(end - start) < width + 2)
+        *--start = ' ';
+    *--start = '<';
+    return std::string_view(start, static_cast<std::size_t>(end - start));
 }
 
-void append_line(std::string& out, const message_head_t& head, const std::string& thread, int level,
-                 std::int32_t indent, bool first_line, const char* text, std::size_t length) {
+void append_line(std::string& out, const message_head_t& head, std::string_view thread, int level,
+                 std::int32_t indent, bool first_line, std::string_view text) {
     out += head.timestamp;
     out += thread;
     if (head.mode == 0) {
@@ -46,39 +56,53 @@ void append_line(std::string& out, const message_head_t& head, const std::string
     }
     if (indent > 0)
         out.append(static_cast<std::size_t>(indent) * 2, ' ');
-    out.append(text, length);
+    out += text;
     out += head.eol;
 }
 
 } // namespace
 
-std::string timestamp_text(std::time_t moment) {
+std::size_t write_timestamp(std::time_t moment, char* text) {
     std::tm parts{};
-    if (!platform::local_time(moment, parts))
-        return "TIME ---";
-    char text[48];
-    std::snprintf(text, sizeof text, "[%02d.%02d.%04d %02d:%02d:%02d] ", parts.tm_mday, parts.tm_mon + 1,
-                  parts.tm_year + 1900, parts.tm_hour, parts.tm_min, parts.tm_sec);
-    return text;
+    if (!platform::local_time(moment, parts)) {
+        constexpr std::string_view none = "TIME ---";
+        none.copy(text, none.size());
+        return none.size();
+    }
+    const int length =
+        std::snprintf(text, timestamp_capacity, "[%02d.%02d.%04d %02d:%02d:%02d] ", parts.tm_mday,
+                      parts.tm_mon + 1, parts.tm_year + 1900, parts.tm_hour, parts.tm_min, parts.tm_sec);
+    return length < 0 ? 0 : std::min(static_cast<std::size_t>(length), timestamp_capacity - 1);
+}
+
+std::string timestamp_text(std::time_t moment) {
+    char text[timestamp_capacity];
+    return std::string(text, write_timestamp(moment, text));
 }
 
 std::string message_text(const message_head_t& head, int level, std::int32_t indent,
-                         const std::string& message) {
-    const std::string thread = thread_head(head);
+                         std::string_view message) {
     std::string out;
-    out.reserve(message.size() + 64);
+    assign_message_text(out, head, level, indent, message);
+    return out;
+}
+
+void assign_message_text(std::string& out, const message_head_t& head, int level, std::int32_t indent,
+                         std::string_view message) {
+    char thread_text[16];
+    const std::string_view thread = thread_head(head, thread_text);
+    out.clear();
     // The piece behind a closing line feed is empty and gives no line; an empty message gives one.
     std::size_t start = 0;
     bool first_line = true;
     do {
         std::size_t end = message.find('\n', start);
-        if (end == std::string::npos)
+        if (end == std::string_view::npos)
             end = message.size();
-        append_line(out, head, thread, level, indent, first_line, message.data() + start, end - start);
+        append_line(out, head, thread, level, indent, first_line, message.substr(start, end - start));
         first_line = false;
         start = end + 1;
     } while (start < message.size());
-    return out;
 }
 
 } // namespace logging::format

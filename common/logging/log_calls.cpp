@@ -20,7 +20,7 @@ void write_at(const logger_t& h, int level, std::int32_t indent, const std::stri
 void write_at_current_indent(const logger_t& h, int level, const std::string& message) {
     std::shared_ptr<logging::log_t> log = h.log;
     if (log)
-        log->write(level, log->indent(), h.format.get(), message);
+        log->write_at_current_indent(level, h.format.get(), message);
 }
 
 // The text, then every line of the exception; the text alone when the exception has none.

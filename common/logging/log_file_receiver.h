@@ -18,7 +18,7 @@ public:
     virtual std::string path() const = 0;
     virtual std::string eol() const = 0;
     virtual std::uint64_t size() = 0;
-    // Moves the whole content into the writer and leaves the log empty.
+    // Moves the whole content into the writer, closes it, and only then leaves the log empty.
     virtual void compress(const std::shared_ptr<util::zip_writer_t>& writer) = 0;
     virtual ~log_file_t() = default;
 };

@@ -51,10 +51,20 @@ void check_log_size(const std::shared_ptr<log_file_t>& receiver) {
         if (receiver->size() < current_log_size_limit())
             return;
         const std::string archive = path + ".gz";
-        age_file(archive, "gz", archive_generations);
-        // Names first, then the archive, then the emptied log: a failure loses no lines.
-        auto writer = std::make_shared<util::zip_writer_t>(archive, archive_compression_level);
-        receiver->compress(writer);
+        const std::filesystem::path archive_file = platform::native_path(archive);
+        // Names first, then the archive, then the emptied log. A failed attempt leaves the newest
+        // name free: ageing again on the next try would push the good archives out one by one.
+        if (std::filesystem::exists(archive_file))
+            age_file(archive, "gz", archive_generations);
+        try {
+            auto writer = std::make_shared<util::zip_writer_t>(archive, archive_compression_level);
+            receiver->compress(writer);
+        } catch (...) {
+            // A part-written archive would pass for a good one; the log still holds every line.
+            std::error_code ignored;
+            std::filesystem::remove(archive_file, ignored);
+            throw;
+        }
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Unable to validate log size limit. Log path: [%1].", path, e);
     }

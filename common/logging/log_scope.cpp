@@ -8,7 +8,7 @@ namespace {
 void write_line(const logger_t& h, int level, const std::string& text) {
     std::shared_ptr<logging::log_t> log = h.log;
     if (log)
-        log->write(level, log->indent(), h.format.get(), text);
+        log->write_at_current_indent(level, h.format.get(), text);
 }
 
 } // namespace

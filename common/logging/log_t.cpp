@@ -11,25 +11,45 @@ namespace logging {
 
 log_t::log_t() = default;
 
+namespace {
+
+// A buffer that once held a huge message gives its storage back rather than keep it for good.
+constexpr std::size_t kept_buffer_capacity = 0x10000;
+
+} // namespace
+
 void log_t::write(int level, std::int32_t indent, const format::line_format_t* format,
                   const std::string& message) {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
+    write_locked(level, indent, format, message);
+}
+
+void log_t::write_at_current_indent(int level, const format::line_format_t* format,
+                                    const std::string& message) {
+    std::lock_guard<log_lock_t> guard(lock_);
+    write_locked(level, indent_locked(), format, message);
+}
+
+void log_t::write_locked(int level, std::int32_t indent, const format::line_format_t* format,
+                         const std::string& message) {
     if (disabled_ != 0 || !receiver_ || format == nullptr)
         return;
     const std::time_t now = std::time(nullptr);
     if (now != stamp_moment_) {
-        stamp_text_ = format::timestamp_text(now);
+        stamp_length_ = format::write_timestamp(now, stamp_text_);
         stamp_moment_ = now;
     }
-    const std::string eol = receiver_->eol();
     format::message_head_t head;
-    head.timestamp = stamp_text_;
+    head.timestamp = std::string_view(stamp_text_, stamp_length_);
     head.thread_id = win::current_thread_id();
     head.mode = format_mode_;
     head.prefix = format->prefix;
-    head.eol = eol;
+    head.eol = eol_;
     // One write per message: the lines of a message never mix with another thread's.
-    receiver_->write(format::message_text(head, level, indent, message));
+    format::assign_message_text(line_buffer_, head, level, indent, message);
+    receiver_->write(line_buffer_);
+    if (line_buffer_.capacity() > kept_buffer_capacity)
+        std::string().swap(line_buffer_);
     if (size_check_ != 0)
         count_message_for_size_check();
 }
@@ -46,34 +66,44 @@ void log_t::count_message_for_size_check() {
 }
 
 void log_t::install(std::shared_ptr<receiver::log_file_t> receiver, bool size_check) {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
     receiver_ = std::move(receiver);
+    eol_ = receiver_ ? receiver_->eol() : std::string();
     initialised_ = 1;
     size_check_ = size_check ? 1 : 0;
     line_counter_ = 0;
 }
 
 std::shared_ptr<receiver::log_file_t> log_t::receiver() const {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
     return receiver_;
 }
 
 std::int32_t log_t::indent() const {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
+    return indent_locked();
+}
+
+std::int32_t log_t::indent_locked() const {
     const auto found = indents_.find(win::current_thread_id());
     return found == indents_.end() ? 0 : found->second;
 }
 
 void log_t::indent_in() {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
     ++indents_[win::current_thread_id()];
 }
 
 void log_t::indent_out() {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<log_lock_t> guard(lock_);
     const auto found = indents_.find(win::current_thread_id());
     if (found != indents_.end() && --found->second <= 0)
         indents_.erase(found);
+}
+
+void log_t::forget_indent() {
+    std::lock_guard<log_lock_t> guard(lock_);
+    indents_.erase(win::current_thread_id());
 }
 
 std::shared_ptr<log_t> main_log() {

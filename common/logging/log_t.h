@@ -1,6 +1,7 @@
 // The logger behind every handle: one lock around formatting, writing and the size check.
 #pragma once
 
+#include "common/logging/line_layout.h"
 #include "common/logging/log.h"
 
 #include <cstdint>
@@ -9,6 +10,10 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+
+#ifndef _WIN32
+#include "common/win/robust_mutex_posix.h"
+#endif
 
 namespace logging {
 
@@ -24,6 +29,13 @@ constexpr int level_error = 4;
 // Messages between two looks at the size of the log file.
 constexpr std::int32_t messages_between_size_checks = 1000;
 
+#ifdef _WIN32
+using log_lock_t = std::recursive_mutex;
+#else
+// A worker that crashes inside a write is abandoned holding the lock; every later line must still go out.
+using log_lock_t = win::posix::robust_recursive_mutex_t;
+#endif
+
 class log_t {
 public:
     log_t();
@@ -33,6 +45,8 @@ public:
     // The one entry under all log calls. Writes nothing before a receiver is installed.
     void write(int level, std::int32_t indent, const format::line_format_t* format,
                const std::string& message);
+    // The same at the calling thread's indent depth, looked up under the same lock.
+    void write_at_current_indent(int level, const format::line_format_t* format, const std::string& message);
 
     // From here on lines go to the receiver; with size_check the file is kept under its limit.
     void install(std::shared_ptr<receiver::log_file_t> receiver, bool size_check);
@@ -43,10 +57,16 @@ public:
     void indent_in();
     void indent_out();
 
+    // Forgets the calling thread's indent depth: a thread abandoned by the crash frame never left its blocks.
+    void forget_indent();
+
 private:
+    void write_locked(int level, std::int32_t indent, const format::line_format_t* format,
+                      const std::string& message);
+    std::int32_t indent_locked() const;
     void count_message_for_size_check();
 
-    mutable std::recursive_mutex lock_;
+    mutable log_lock_t lock_;
     std::shared_ptr<receiver::log_file_t> receiver_;
     // Only threads that stand indented have an entry: nothing is left behind by a thread that ends at
     // the margin, and nothing depends on thread-local storage, which is gone before the last lines
@@ -59,7 +79,13 @@ private:
     std::int32_t line_counter_ = 0;
     // The time stamp changes once a second; it is made anew only then.
     std::time_t stamp_moment_ = -1;
-    std::string stamp_text_;
+    char stamp_text_[format::timestamp_capacity] = {};
+    std::size_t stamp_length_ = 0;
+    std::string eol_;
+    // The text of the message being written: formatting happens under the lock anyway, so one
+    // buffer reused by every writer spares an allocation per message. Thread-local storage would
+    // not do: it is gone before the last lines of process exit.
+    std::string line_buffer_;
 };
 
 // The process-wide log of the tool, and the second one that serves the debug receiver.

@@ -60,6 +60,8 @@ void win_log_file_t::compress(const std::shared_ptr<util::zip_writer_t>& writer)
                 break;
             writer->add(buffer.data(), got);
         }
+        // The lines leave the log only once their archive is known to be whole.
+        writer->close();
         file_set_size(*file_, 0);
         file_seek(*file_, 0, seek_method_t::begin);
     } catch (const std::exception& e) {

@@ -36,19 +36,30 @@ zip_writer_t::zip_writer_t(const std::string& path, int level) : path_(path), fi
 }
 
 zip_writer_t::~zip_writer_t() {
+    if (file_ == nullptr)
+        return;
+    try {
+        close();
+    } catch (const std::exception& e) {
+        try {
+            log_exception(logging::lib_logger(), e);
+        } catch (...) {
+            // Reporting must not throw out of a destructor.
+        }
+    }
+}
+
+void zip_writer_t::close() {
     int result = ::gzflush(file_, Z_FINISH);
     const int closed = ::gzclose(file_);
+    file_ = nullptr;
     if (result == Z_OK)
         result = closed;
     if (result == Z_OK)
         return;
-    try {
-        exc::runtime_exc_t failure("Cannot close GZ archive [%1].", path_);
-        failure.append_message("Error code: %1", num_to_string(result));
-        log_exception(logging::lib_logger(), failure);
-    } catch (...) {
-        // Reporting must not turn a finished rotation into a failed one.
-    }
+    exc::runtime_exc_t failure("Cannot close GZ archive [%1].", path_);
+    failure.append_message("Error code: %1", num_to_string(result));
+    throw failure;
 }
 
 void zip_writer_t::add(const void* data, std::size_t length) {

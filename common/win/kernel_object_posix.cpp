@@ -2,6 +2,15 @@
 
 #include "common/win/handle.h"
 #include "common/win/last_error.h"
+#include "common/win/wait.h"
+
+#include <climits>
+#include <ctime>
+#include <mutex>
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace win {
 
@@ -33,28 +42,49 @@ void kernel_object_t::release() noexcept {
         delete this;
 }
 
+namespace {
+
+std::atomic<std::uint32_t>& change_count() noexcept {
+    static std::atomic<std::uint32_t> count{0};
+    return count;
+}
+
+std::uint32_t* futex_word() noexcept {
+    static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
+    return reinterpret_cast<std::uint32_t*>(&change_count());
+}
+
+} // namespace
+
 // Never destroyed: a detached thread may still signal while the process exits.
-std::mutex& signal_mutex() noexcept {
-    static auto* mutex = new std::mutex;
+robust_mutex_t& signal_mutex() noexcept {
+    static auto* mutex = new robust_mutex_t;
     return *mutex;
 }
 
-std::condition_variable& signal_condition() noexcept {
-    static auto* condition = new std::condition_variable;
-    return *condition;
+std::uint32_t signal_changes() noexcept {
+    return change_count().load(std::memory_order_acquire);
+}
+
+void wait_for_signal_change(std::uint32_t seen, DWORD timeout_ms) noexcept {
+    timespec limit = {static_cast<time_t>(timeout_ms / 1000), static_cast<long>(timeout_ms % 1000) * 1000000};
+    ::syscall(SYS_futex, futex_word(), FUTEX_WAIT_PRIVATE, seen,
+              timeout_ms == wait_infinite ? nullptr : &limit, nullptr, 0);
 }
 
 void waitable_object_t::set_signalled(bool signalled) {
-    std::lock_guard<std::mutex> guard(signal_mutex());
-    signalled_ = signalled;
-    // Under the lock: no waiter can see the state and move on before the
-    // notification is through.
+    {
+        std::lock_guard<robust_mutex_t> guard(signal_mutex());
+        signalled_ = signalled;
+        if (signalled)
+            change_count().fetch_add(1, std::memory_order_release);
+    }
     if (signalled)
-        signal_condition().notify_all();
+        ::syscall(SYS_futex, futex_word(), FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
 }
 
 bool waitable_object_t::signalled() const {
-    std::lock_guard<std::mutex> guard(signal_mutex());
+    std::lock_guard<robust_mutex_t> guard(signal_mutex());
     return signalled_;
 }
 

@@ -1,14 +1,15 @@
 // What a HANDLE points to where there is no Win32 kernel: a counted object,
 // some of which can be waited on. Waitable objects keep their state under one
-// process-wide signal lock, so that a wait on several objects is one
-// condition-variable wait.
+// process-wide signal lock, so that a wait on several objects looks at all of
+// them at once. Waiters sleep without that lock, on a count of the changes: a
+// worker abandoned by the crash frame while it waits then holds nothing.
 #pragma once
 
+#include "common/win/robust_mutex_posix.h"
 #include "compat/win_types.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
+#include <cstdint>
 
 namespace win::posix {
 
@@ -33,8 +34,13 @@ private:
     std::atomic<long> refs_{1};
 };
 
-std::mutex& signal_mutex() noexcept;
-std::condition_variable& signal_condition() noexcept;
+robust_mutex_t& signal_mutex() noexcept;
+
+// The number of times an object became signalled; read under signal_mutex().
+std::uint32_t signal_changes() noexcept;
+// Sleeps until the count differs from seen, or timeout_ms passes (wait_infinite: no limit), or
+// for no reason at all: the caller looks again under the lock.
+void wait_for_signal_change(std::uint32_t seen, DWORD timeout_ms) noexcept;
 
 // A kernel object with a signalled state (events, threads).
 class waitable_object_t : public kernel_object_t {

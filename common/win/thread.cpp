@@ -4,6 +4,7 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "common/logging/log_t.h"
 #include "common/monitoring/thread_states.h"
 #include "common/win/last_error.h"
 #include "common/win/sync_os.h"
@@ -19,18 +20,26 @@ std::string id_text(DWORD id) {
     return num_to_string(static_cast<std::uint64_t>(id));
 }
 
+// The end of a thread: out of the monitor, then the closing line (the collection's lock is never
+// taken inside the log's).
+void end_thread(DWORD thread_id, const std::string& role) {
+    monitoring::CThreadStatesCollection::get()->remove(thread_id);
+    log_trace(logging::lib_logger(), "Thread finished. Role: '%1'.", role);
+}
+
 // The thread's entry in the monitor, for as long as the routine runs; removed
 // on return and when the stack unwinds.
 class monitor_registration_t {
 public:
-    monitor_registration_t(const std::string& role, DWORD thread_id) : thread_id_(thread_id), role_(role) {
+    monitor_registration_t(const std::string& role, DWORD thread_id, bool& ended)
+        : thread_id_(thread_id), role_(role), ended_(ended) {
         monitoring::CThreadStatesCollection::get()->add(
             std::make_shared<monitoring::CThreadState>(role, thread_id));
     }
     ~monitor_registration_t() {
+        ended_ = true;
         try {
-            monitoring::CThreadStatesCollection::get()->remove(thread_id_);
-            log_trace(logging::lib_logger(), "Thread finished. Role: '%1'.", role_);
+            end_thread(thread_id_, role_);
         } catch (...) {
         }
     }
@@ -40,6 +49,7 @@ public:
 private:
     DWORD thread_id_;
     const std::string& role_;
+    bool& ended_;
 };
 
 } // namespace
@@ -81,14 +91,21 @@ DWORD win_thread_t::entry(void* self) {
         frame != nullptr
             ? frame([](void* context) { return static_cast<win_thread_t*>(context)->run(); }, thread)
             : thread->run();
-    // A frame that left the routine without unwinding leaves the entry behind.
-    monitoring::CThreadStatesCollection::get()->remove(thread_id);
+    // A frame that left the routine without unwinding skipped its end, and the blocks it had open.
+    if (!thread->ended_) {
+        try {
+            logging::main_log()->forget_indent();
+            logging::debug_log()->forget_indent();
+            end_thread(thread_id, thread->role_);
+        } catch (...) {
+        }
+    }
     return code;
 }
 
 DWORD win_thread_t::run() {
     const DWORD thread_id = thread_id_.load();
-    monitor_registration_t registration(role_, thread_id);
+    monitor_registration_t registration(role_, thread_id, ended_);
     log_trace(logging::lib_logger(), "%1",
               format_message("Thread started. Thread id: %1, parent id: %2, role: %3", id_text(thread_id),
                              id_text(parent_id_), role_));

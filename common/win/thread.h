@@ -54,6 +54,8 @@ private:
     std::string role_;
     DWORD parent_id_;
     std::atomic<DWORD> thread_id_{0};
+    // Set by the thread itself when its routine's end ran; it stays clear after a crash.
+    bool ended_ = false;
 };
 
 // GetExitCodeThread: thread_still_active while the thread runs. False with

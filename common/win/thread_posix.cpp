@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <mutex>
 
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -53,7 +54,7 @@ private:
 
     void finish() {
         {
-            std::lock_guard<std::mutex> guard(posix::signal_mutex());
+            std::lock_guard<posix::robust_mutex_t> guard(posix::signal_mutex());
             exit_code_ = pending_exit_code_;
         }
         set_signalled(true);
@@ -105,7 +106,7 @@ bool thread_exit_code(HANDLE thread, DWORD& code) {
         set_last_error(ERROR_INVALID_HANDLE);
         return false;
     }
-    std::lock_guard<std::mutex> guard(posix::signal_mutex());
+    std::lock_guard<posix::robust_mutex_t> guard(posix::signal_mutex());
     code = object->exit_code_locked();
     return true;
 }

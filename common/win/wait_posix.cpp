@@ -3,8 +3,9 @@
 #include "common/win/wait.h"
 
 #include <chrono>
+#include <mutex>
 #include <optional>
-#include <vector>
+#include <span>
 
 namespace win {
 
@@ -13,7 +14,7 @@ namespace {
 constexpr DWORD maximum_wait_objects = 64; // MAXIMUM_WAIT_OBJECTS
 
 // The result when the wait is satisfied now; asked under the signal lock.
-std::optional<DWORD> satisfied(const std::vector<posix::kernel_object_t*>& objects, bool wait_all) {
+std::optional<DWORD> satisfied(std::span<posix::kernel_object_t* const> objects, bool wait_all) {
     if (wait_all) {
         for (auto* object : objects)
             if (!object->signalled_locked())
@@ -33,31 +34,37 @@ DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD 
         set_last_error(ERROR_INVALID_PARAMETER);
         return wait_failed;
     }
-    std::vector<posix::kernel_object_t*> objects;
-    objects.reserve(count);
+    // On the stack: a worker abandoned in its wait by the crash frame leaves nothing on the heap.
+    posix::kernel_object_t* storage[maximum_wait_objects];
+    const std::span<posix::kernel_object_t* const> objects(storage, count);
     for (DWORD i = 0; i < count; ++i) {
         posix::kernel_object_t* object = posix::from_handle(handles[i]);
         if (object == nullptr || !object->is_waitable()) {
             set_last_error(ERROR_INVALID_HANDLE);
             return wait_failed;
         }
-        objects.push_back(object);
+        storage[i] = object;
     }
 
-    std::unique_lock<std::mutex> lock(posix::signal_mutex());
-    std::optional<DWORD> result = satisfied(objects, wait_all);
-    if (result)
-        return *result;
-    if (timeout_ms == wait_infinite) {
-        posix::signal_condition().wait(lock,
-                                       [&] { return (result = satisfied(objects, wait_all)).has_value(); });
-        return *result;
-    }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    if (posix::signal_condition().wait_until(
-            lock, deadline, [&] { return (result = satisfied(objects, wait_all)).has_value(); }))
-        return *result;
-    return wait_timed_out;
+    for (;;) {
+        std::uint32_t seen = 0;
+        {
+            std::lock_guard<posix::robust_mutex_t> guard(posix::signal_mutex());
+            if (const std::optional<DWORD> result = satisfied(objects, wait_all))
+                return *result;
+            seen = posix::signal_changes();
+        }
+        DWORD sleep_ms = wait_infinite;
+        if (timeout_ms != wait_infinite) {
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0)
+                return wait_timed_out;
+            sleep_ms = static_cast<DWORD>(left.count());
+        }
+        posix::wait_for_signal_change(seen, sleep_ms);
+    }
 }
 
 DWORD wait_for_object(HANDLE handle, DWORD timeout_ms) {

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
 
 namespace {
@@ -27,6 +28,18 @@ DWORD throw_out_of_routine(void*) {
 
 DWORD return_seven(void*) {
     return 7;
+}
+
+struct unwind_probe_t {
+    std::atomic<bool>* unwound;
+    ~unwind_probe_t() { unwound->store(true); }
+};
+
+std::atomic<bool> g_unwound{false};
+
+DWORD end_itself(void*) {
+    unwind_probe_t probe{&g_unwound};
+    win::exit_current_thread(5);
 }
 
 class crashing_worker_test : public crash_test::dump_folder_test {
@@ -63,6 +76,7 @@ TEST_F(crashing_worker_test, NullDereferenceWritesADumpAndEndsOnlyThatThread) {
     EXPECT_NE(dump.find("Backtrace:\n"), std::string::npos);
     EXPECT_GT(std::count(dump.begin(), dump.end(), '\n'), 3) << "no frames in the backtrace";
     EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
+    EXPECT_EQ(log_count("Thread finished. Role: 'Crasher'."), 1u);
 
     // The process goes on: a second crash is caught in the same way, and a sound worker runs.
     EXPECT_EQ(run_worker(&dereference_null), 0xFFFFFFFFu);
@@ -83,8 +97,8 @@ TEST_F(crashing_worker_test, CrashWithoutDumpFolderStillEndsTheThreadWithTheCras
     EXPECT_TRUE(dump_names().empty());
 }
 
-TEST_F(crashing_worker_test, ThreadEndingItselfIsNoCrash) {
-    const DWORD code = run_worker([](void*) -> DWORD { win::exit_current_thread(5); });
-    EXPECT_EQ(code, 5u);
+TEST_F(crashing_worker_test, ThreadEndingItselfIsNoCrashAndUnwinds) {
+    EXPECT_EQ(run_worker(&end_itself), 5u);
+    EXPECT_TRUE(g_unwound.load());
     EXPECT_TRUE(dump_names().empty());
 }

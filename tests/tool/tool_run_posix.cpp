@@ -1,5 +1,7 @@
 #include "tool_run_posix.h"
 
+#include "tests/support/sanitizer_report.h"
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -29,7 +31,8 @@ std::filesystem::path MakeTempFolder() {
         ::unsetenv("MIRRACK_HOST");
     else
         ::setenv("MIRRACK_HOST", hostFolder.c_str(), 1);
-    // The tool prints a line or two on standard output; keep the test's output clean.
+    // The tool prints a line or two on standard output; keep the test's output clean. A sanitizer's
+    // report lands there too, and is looked for before the folder goes.
     const int output = ::open((folder / "stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (output >= 0) {
         ::dup2(output, 1);
@@ -68,6 +71,7 @@ ToolRun::~ToolRun() {
         ::kill(pid, SIGKILL);
         ::waitpid(pid, nullptr, 0);
     }
+    test_support::expect_no_sanitizer_report(folder / "stdout.txt");
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
 }

@@ -1,0 +1,112 @@
+// Workers abandoned by the crash frame while they wait or write: the locks they held do not
+// take the rest of the process with them.
+#include "common/logging/log_t.h"
+#include "common/monitoring/thread_states.h"
+#include "common/win/event.h"
+#include "common/win/thread.h"
+#include "common/win/wait.h"
+#include "crash_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+// Runs action on a thread of its own: false instead of a test that hangs with it.
+bool finishes_in_time(const std::function<void()>& action) {
+    auto task = std::make_shared<std::packaged_task<void()>>(action);
+    auto done = task->get_future();
+    std::thread([task] { (*task)(); }).detach();
+    return done.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+}
+
+// True once the thread sleeps in the kernel, as a worker waiting for its close event does.
+bool asleep(long thread_id) {
+    const std::string stat = log_test::read_file("/proc/self/task/" + std::to_string(thread_id) + "/stat");
+    const auto end_of_name = stat.rfind(") ");
+    return end_of_name != std::string::npos && stat.compare(end_of_name + 2, 1, "S") == 0;
+}
+
+struct holder_t {
+    win::win_manual_reset_event_t close_event;
+    std::atomic<long> thread_id{0};
+};
+
+DWORD hold_until_closed(void* argument) {
+    auto* holder = static_cast<holder_t*>(argument);
+    log_indent_in(logging::lib_logger());
+    holder->thread_id.store(::syscall(SYS_gettid));
+    return win::wait_for_object(holder->close_event.handle(), win::wait_infinite);
+}
+
+// A log file that crashes the thread writing a marked message.
+class crashing_receiver_t : public logging::receiver::log_file_t {
+public:
+    explicit crashing_receiver_t(std::shared_ptr<log_file_t> file) : file_(std::move(file)) {}
+    void write(const std::string& text) override {
+        if (text.find("crash here") != std::string::npos)
+            ::raise(SIGSEGV);
+        file_->write(text);
+    }
+    std::string path() const override { return file_->path(); }
+    std::string eol() const override { return file_->eol(); }
+    std::uint64_t size() override { return file_->size(); }
+    void compress(const std::shared_ptr<util::zip_writer_t>& writer) override { file_->compress(writer); }
+
+private:
+    std::shared_ptr<log_file_t> file_;
+};
+
+DWORD log_and_crash(void*) {
+    log_info(logging::lib_logger(), "crash here");
+    return 0;
+}
+
+using abandoned_worker_test = crash_test::dump_folder_test;
+
+} // namespace
+
+TEST_F(abandoned_worker_test, a_worker_killed_while_it_waits_leaves_events_and_threads_working) {
+    holder_t holder;
+    win::win_thread_t worker(&hold_until_closed, &holder, "Holder");
+    for (int i = 0; i < 5000 && (holder.thread_id.load() == 0 || !asleep(holder.thread_id.load())); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_TRUE(asleep(holder.thread_id.load()));
+    ::syscall(SYS_tgkill, ::getpid(), holder.thread_id.load(), SIGSEGV);
+
+    const bool finished = finishes_in_time([&] {
+        worker.stop_wait_for(10000);
+        EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
+        holder.close_event.set();
+        win::win_thread_t next(&hold_until_closed, &holder, "Next");
+        next.stop_wait_for(10000);
+        EXPECT_EQ(next.exit_code(), win::wait_object_0);
+    });
+    ASSERT_TRUE(finished) << "waits and events hang after the worker's death";
+    EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(worker.thread_id()), nullptr);
+    EXPECT_EQ(log_count("Thread finished. Role: 'Holder'."), 1u);
+}
+
+TEST_F(abandoned_worker_test, a_worker_that_crashes_inside_a_log_write_leaves_the_log_working) {
+    logging::main_log()->install(std::make_shared<crashing_receiver_t>(logging::main_log()->receiver()),
+                                 false);
+    win::win_thread_t worker(&log_and_crash, nullptr, "Writer");
+    const bool finished = finishes_in_time([&] {
+        worker.stop_wait_for(10000);
+        log_info(logging::lib_logger(), "the main thread goes on");
+    });
+    ASSERT_TRUE(finished) << "the log hangs after the worker's death";
+    EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
+    EXPECT_EQ(dump_names().size(), 1u);
+    EXPECT_TRUE(log_has("the main thread goes on"));
+    EXPECT_EQ(log_count("Thread finished. Role: 'Writer'."), 1u);
+}
