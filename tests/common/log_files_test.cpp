@@ -6,82 +6,20 @@
 #include "common/logging/prepare_log.h"
 #include "common/logging/win_log_file.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include <fcntl.h>
-#include <sys/mount.h>
-#include <unistd.h>
-#include <zlib.h>
-
 namespace fs = std::filesystem;
+using log_test::gunzip;
 using log_test::log_file_test;
 using log_test::read_file;
+using log_test::write_archive;
 using logging::receiver::aged_name;
 using logging::receiver::check_log_size;
 using logging::receiver::numbered_log_name;
 
 namespace {
 
-std::string gunzip(const fs::path& archive) {
-    gzFile file = ::gzopen(archive.string().c_str(), "rb");
-    EXPECT_NE(file, nullptr) << archive;
-    if (file == nullptr)
-        return "";
-    std::string text;
-    char buffer[4096];
-    int got = 0;
-    while ((got = ::gzread(file, buffer, sizeof buffer)) > 0)
-        text.append(buffer, static_cast<std::size_t>(got));
-    EXPECT_EQ(got, 0) << archive;
-    ::gzclose(file);
-    return text;
-}
-
 void write_file(const fs::path& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
-
-void write_archive(const fs::path& path, const std::string& text) {
-    gzFile file = ::gzopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr) << path;
-    EXPECT_EQ(::gzwrite(file, text.data(), static_cast<unsigned>(text.size())),
-              static_cast<int>(text.size()));
-    EXPECT_EQ(::gzclose(file), Z_OK);
-}
-
-// The log on a small file system of its own, so that its disk can run full. Mounting needs the
-// right to; where it is missing, the tests are skipped.
-class full_disk_test : public log_file_test {
-protected:
-    void SetUp() override {
-        log_file_test::SetUp();
-        logging::main_log()->install(nullptr, false);
-        if (::mount("tmpfs", folder_.c_str(), "tmpfs", 0, "size=1m") != 0)
-            GTEST_SKIP() << "cannot mount a tmpfs: " << std::strerror(errno);
-        mounted_ = true;
-        logging::install_log_file(log_path_.string());
-    }
-
-    void TearDown() override {
-        logging::main_log()->install(nullptr, false);
-        if (mounted_)
-            ::umount2(folder_.c_str(), MNT_DETACH);
-        log_file_test::TearDown();
-    }
-
-    // Takes every free block; what the file system has left is gone with the filler.
-    void fill_disk() const {
-        const int fd = ::open((folder_ / "filler").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        ASSERT_GE(fd, 0);
-        const std::string block(65536, 'f');
-        while (::write(fd, block.data(), block.size()) > 0) {
-        }
-        ::close(fd);
-    }
-
-    bool mounted_ = false;
-};
 
 } // namespace
 
@@ -149,33 +87,6 @@ TEST_F(log_file_test, failed_rotation_keeps_logging_at_the_end_of_the_file) {
     EXPECT_THROW(check_log_size(logging::main_log()->receiver()), exc::exc_base_t);
     log_info(logging::lib_logger(), "appended");
     EXPECT_EQ(bodies(), (std::vector<std::string>{"kept", "appended"}));
-}
-
-TEST_F(full_disk_test, a_rotation_that_fails_keeps_the_lines_and_the_good_archives_where_they_are) {
-    write_archive(folder_ / "Mirrack.log.gz", "newest");
-    write_archive(folder_ / "Mirrack.log.1.gz", "older");
-    logging::receiver::set_log_size_limit_for_tests(1);
-    log_info(logging::lib_logger(), "before the disk ran full");
-    fill_disk();
-    auto receiver = logging::main_log()->receiver();
-    for (int attempt = 0; attempt < 3; ++attempt)
-        EXPECT_THROW(check_log_size(receiver), exc::exc_base_t) << attempt;
-    // Aged once for all attempts, the archive that could not be finished removed, no line lost.
-    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.gz"));
-    EXPECT_EQ(gunzip(folder_ / "Mirrack.log.1.gz"), "newest");
-    EXPECT_EQ(gunzip(folder_ / "Mirrack.log.2.gz"), "older");
-    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.3.gz"));
-    log_info(logging::lib_logger(), "while it was full");
-    EXPECT_EQ(bodies(), (std::vector<std::string>{"before the disk ran full", "while it was full"}));
-
-    fs::remove(folder_ / "filler");
-    check_log_size(receiver);
-    EXPECT_EQ(fs::file_size(log_path_), 0u);
-    const std::string archived = gunzip(folder_ / "Mirrack.log.gz");
-    EXPECT_NE(archived.find("> before the disk ran full\r\n"), std::string::npos) << archived;
-    EXPECT_NE(archived.find("> while it was full\r\n"), std::string::npos) << archived;
-    EXPECT_EQ(gunzip(folder_ / "Mirrack.log.1.gz"), "newest");
-    EXPECT_EQ(gunzip(folder_ / "Mirrack.log.2.gz"), "older");
 }
 
 TEST(log_file_opening, a_log_that_another_writer_holds_gives_way_to_a_numbered_name) {

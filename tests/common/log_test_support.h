@@ -20,7 +20,32 @@
 #include <string>
 #include <vector>
 
+#include <zlib.h>
+
 namespace log_test {
+
+inline std::string gunzip(const std::filesystem::path& archive) {
+    gzFile file = ::gzopen(archive.string().c_str(), "rb");
+    EXPECT_NE(file, nullptr) << archive;
+    if (file == nullptr)
+        return "";
+    std::string text;
+    char buffer[4096];
+    int got = 0;
+    while ((got = ::gzread(file, buffer, sizeof buffer)) > 0)
+        text.append(buffer, static_cast<std::size_t>(got));
+    EXPECT_EQ(got, 0) << archive;
+    ::gzclose(file);
+    return text;
+}
+
+inline void write_archive(const std::filesystem::path& path, const std::string& text) {
+    gzFile file = ::gzopen(path.string().c_str(), "wb");
+    ASSERT_NE(file, nullptr) << path;
+    EXPECT_EQ(::gzwrite(file, text.data(), static_cast<unsigned>(text.size())),
+              static_cast<int>(text.size()));
+    EXPECT_EQ(::gzclose(file), Z_OK);
+}
 
 inline std::filesystem::path fresh_folder(const std::string& purpose) {
     static std::atomic<int> counter{0};
