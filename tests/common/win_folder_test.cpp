@@ -36,7 +36,12 @@ TEST(FolderCreation, RacingCreatorsAllSucceed) {
     win_test::temp_tree_t tree;
     const int creators = 8;
     for (int round = 0; round < 20; ++round) {
-        const std::wstring deep = tree.wide("r" + std::to_string(round) + "\\a\\b\\c");
+        // Appended, not joined with operator+: MinGW's g++ warns falsely on a literal before a
+        // temporary.
+        std::string relative = "r";
+        relative += std::to_string(round);
+        relative += "\\a\\b\\c";
+        const std::wstring deep = tree.wide(relative);
         std::latch start(creators);
         std::atomic<int> failures{0};
         std::vector<std::thread> threads;
