@@ -115,6 +115,11 @@ struct writer_fault_case {
     HRESULT hr;
 };
 
+// Listed by its case, not by a dump of its bytes.
+void PrintTo(const writer_fault_case& c, std::ostream* os) {
+    *os << c.phase;
+}
+
 class WriterFaults : public testing::TestWithParam<writer_fault_case> {};
 
 TEST_P(WriterFaults, TheWriterReportsTheFaultFromItsPhaseOn) {

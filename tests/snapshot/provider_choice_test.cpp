@@ -20,6 +20,11 @@ struct provider_case_t {
     std::string line;
 };
 
+// Listed by its case, not by a dump of its bytes.
+void PrintTo(const provider_case_t& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class ProviderChoice : public ::testing::TestWithParam<provider_case_t> {};
 
 } // namespace

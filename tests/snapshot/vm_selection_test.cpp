@@ -42,6 +42,11 @@ struct missing_case_t {
     std::string listed;
 };
 
+// Listed by its case, not by a dump of its bytes.
+void PrintTo(const missing_case_t& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class MissingVms : public ::testing::TestWithParam<missing_case_t> {};
 
 // The matched VMs go with the task: one missing VM fails the whole of it.

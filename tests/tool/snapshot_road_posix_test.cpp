@@ -158,6 +158,11 @@ struct road_failure_t {
     std::string neverCalled;
 };
 
+// Listed by its case, not by a dump of its bytes.
+void PrintTo(const road_failure_t& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class SnapshotRoadFailure : public ::testing::TestWithParam<road_failure_t> {};
 
 const char* const createFailed =

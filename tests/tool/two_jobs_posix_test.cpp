@@ -170,6 +170,11 @@ struct prepared_failure_t {
     bool closeDuringPrepare;
 };
 
+// Listed by its case, not by a dump of its bytes.
+void PrintTo(const prepared_failure_t& c, std::ostream* os) {
+    *os << c.name;
+}
+
 const prepared_failure_t preparedFailures[] = {
     {"WriterFaultAtPrepare",
      R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)",
