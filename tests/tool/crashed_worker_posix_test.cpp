@@ -12,7 +12,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <regex>
 #include <string>
 #include <thread>
 
@@ -25,17 +24,22 @@ using client::CResponse;
 
 namespace {
 
-// The kernel's id of the worker with this role, read from its "Thread started" line.
-long WorkerThreadId(const std::string& log, const std::string& role) {
-    const std::regex started("Thread started\\. Thread id: (\\d+), parent id: \\d+, role: " + role);
-    std::smatch match;
-    return std::regex_search(log, match, started) ? std::stol(match[1]) : 0;
+// The number that follows marker in text, or 0.
+long NumberAfter(const std::string& text, const std::string& marker) {
+    const std::size_t at = text.find(marker);
+    return at == std::string::npos ? 0 : std::strtol(text.c_str() + at + marker.size(), nullptr, 10);
 }
 
+// The kernel's id of the worker with this role, read from its "Thread started" line.
+long WorkerThreadId(const std::string& log, const std::string& role) {
+    const std::size_t line = log.find("role: " + role);
+    const std::size_t start = line == std::string::npos ? line : log.rfind("Thread started.", line);
+    return start == std::string::npos ? 0 : NumberAfter(log.substr(start), "Thread id: ");
+}
+
+// The first log line is the main thread's, whose id is the process id.
 long ToolProcessId(const std::string& log) {
-    const std::regex head("<\\s*(\\d+)> ");
-    std::smatch match;
-    return std::regex_search(log, match, head) ? std::stol(match[1]) : 0;
+    return NumberAfter(log, "<");
 }
 
 } // namespace
@@ -70,7 +74,6 @@ TEST(CrashedWorker, ASignalDuringTheHoldLeavesTheToolServingAndNoShadowCopyBehin
     }
     ASSERT_FALSE(host.state_lines("shadows.txt").empty());
 
-    // The main thread's id is the process id; the first log line is the main thread's.
     const std::string log = run.LogText();
     const long worker = WorkerThreadId(log, "VssSnapshotThread");
     const long process = ToolProcessId(log);
