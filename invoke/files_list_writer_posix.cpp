@@ -3,6 +3,8 @@
 // tree and widen the whole text again.
 #include "invoke/files_list_writer.h"
 
+#include "common/format/unicode_units.h"
+
 #include <cstdint>
 #include <iterator>
 
@@ -10,11 +12,9 @@ namespace files_list_impl {
 
 namespace {
 
-constexpr wchar_t replacement_character = 0xFFFD;
-
 bool needs_care(wchar_t c) {
-    return c < 0x20 || c == L'&' || c == L'<' || c == L'"' || (c >= 0xD800 && c <= 0xDFFF) ||
-           static_cast<std::uint32_t>(c) > 0x10FFFF;
+    return c < 0x20 || c == L'&' || c == L'<' || c == L'"' ||
+           !unicode::is_scalar_value(static_cast<std::uint32_t>(c));
 }
 
 // As the serialiser escapes an attribute's value; the value ends at its first zero, as its
@@ -44,7 +44,7 @@ void append_value(std::wstring& out, const std::wstring& value) {
                                              static_cast<wchar_t>(L'0' + *it % 10), L';'};
                 out.append(reference, std::size(reference));
             } else {
-                out += replacement_character;
+                out += static_cast<wchar_t>(unicode::replacement_character);
             }
         }
     }
