@@ -4,11 +4,9 @@
 #include "common/win/file.h"
 #include "common/win/impersonation.h"
 #include "common/win/sync_os.h"
-#include "log_test_support.h"
+#include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 using namespace win;
 
@@ -26,11 +24,7 @@ public:
 class share_file_test : public ::testing::Test {
 protected:
     void SetUp() override {
-        host_ = log_test::fresh_folder("host");
-        std::filesystem::create_directories(host_ / "shares" / "fs01-vms");
-        std::ofstream(host_ / "host.xml")
-            << R"(<Host name="T"><Share unc="\\fs01\vms\" root="\\fs01\vms\" dir="shares/fs01-vms"/></Host>)";
-        ::setenv("MIRRACK_HOST", host_.c_str(), 1);
+        host_.tree().add_folder("shares/fs01-vms");
         previous_ = set_token_calls(calls_);
         CCommonLibCtx::get()->impersonation_tokens()->add(
             L"\\\\fs01\\vms", std::make_shared<win_handle_t>(detail::os_create_manual_reset_event()));
@@ -38,11 +32,10 @@ protected:
     void TearDown() override {
         CCommonLibCtx::get()->impersonation_tokens()->remove(L"\\\\fs01\\vms");
         set_token_calls(previous_);
-        ::unsetenv("MIRRACK_HOST");
-        std::filesystem::remove_all(host_);
     }
 
-    std::filesystem::path host_;
+    win_test::selected_host_t host_{
+        R"(<Host name="T"><Share unc="\\fs01\vms\" root="\\fs01\vms\" dir="shares/fs01-vms"/></Host>)"};
     std::shared_ptr<counting_token_calls_t> calls_ = std::make_shared<counting_token_calls_t>();
     std::shared_ptr<token_calls_t> previous_;
 };
@@ -57,7 +50,7 @@ TEST_F(share_file_test, OpenFileKeepsTheScopeUntilItIsReleased) {
     EXPECT_EQ(calls_->reverts, 0);
     file.reset();
     EXPECT_EQ(calls_->reverts, 1);
-    EXPECT_TRUE(std::filesystem::exists(host_ / "shares" / "fs01-vms" / "vm1.vhdx"));
+    EXPECT_TRUE(std::filesystem::exists(host_.root() / "shares" / "fs01-vms" / "vm1.vhdx"));
 }
 
 TEST_F(share_file_test, FailedOpenEndsItsScopeAtOnce) {

@@ -6,10 +6,9 @@
 #include "common/logging/debug_receiver_setup.h"
 #include "common/logging/log_t.h"
 #include "log_test_support.h"
+#include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -53,30 +52,20 @@ private:
 
 class external_log_test : public ::testing::Test {
 protected:
-    void SetUp() override {
-        host_ = log_test::fresh_folder("host");
-        ::setenv("MIRRACK_HOST", host_.c_str(), 1);
-        log_.install(receiver_, false);
-    }
-    void TearDown() override {
-        ::unsetenv("MIRRACK_HOST");
-        std::filesystem::remove_all(host_);
-    }
+    external_log_test() { log_.install(receiver_, false); }
 
-    void set_registry(const std::string& values) const {
-        std::ofstream(host_ / "host.xml")
-            << R"(<Host name="T"><Registry><Key path="SOFTWARE\OrliX\Orlix NFS">)" << values
-            << "</Key></Registry></Host>";
-    }
-    std::string values(int enabled, const std::string& host, std::uint16_t port) const {
-        return R"(<Value name="ExtLogEnabled" type="REG_DWORD" data=")" + std::to_string(enabled) +
-               R"("/><Value name="ExtLogHost" type="REG_SZ" data=")" + host +
-               R"("/><Value name="ExtLogPort" type="REG_DWORD" data=")" + std::to_string(port) + R"("/>)";
+    // The external log's settings, switched on or off, with the listener's port.
+    void set_registry(int enabled, const std::string& host) const {
+        host_.describe(R"(<Host name="T"><Registry><Key path="SOFTWARE\OrliX\Orlix NFS">)"
+                       R"(<Value name="ExtLogEnabled" type="REG_DWORD" data=")" +
+                       std::to_string(enabled) + R"("/><Value name="ExtLogHost" type="REG_SZ" data=")" +
+                       host + R"("/><Value name="ExtLogPort" type="REG_DWORD" data=")" +
+                       std::to_string(listener_.port()) + R"("/></Key></Registry></Host>)");
     }
     void write(const std::string& message) { log_.write(logging::level_info, 0, &format_, message); }
 
     std::size_t journal_count(const std::string& op) const {
-        std::ifstream journal(host_ / "state" / "journal.txt");
+        std::ifstream journal(host_.root() / "state" / "journal.txt");
         std::size_t count = 0;
         for (std::string line; std::getline(journal, line);)
             if (line.find("\t" + op + "\t") != std::string::npos)
@@ -84,7 +73,7 @@ protected:
         return count;
     }
 
-    std::filesystem::path host_;
+    win_test::selected_host_t host_{R"(<Host name="T"/>)"};
     std::shared_ptr<COutputDebugStringLog> receiver_ = std::make_shared<COutputDebugStringLog>();
     logging::log_t log_;
     logging::format::line_format_t format_{"dbg"};
@@ -93,12 +82,15 @@ protected:
 
 } // namespace
 
-TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagram) {
-    set_registry(values(1, "127.0.0.1", listener_.port()));
+TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagramWithSettingsReadOnce) {
+    set_registry(1, "127.0.0.1");
     write("first");
     write("two\nlines");
+    // Switched off too late: the settings were read with the first message.
+    set_registry(0, "127.0.0.1");
+    write("after");
     const auto datagrams = listener_.received();
-    ASSERT_EQ(datagrams.size(), 2u);
+    ASSERT_EQ(datagrams.size(), 3u);
     EXPECT_EQ(log_test::body(datagrams[0].substr(0, datagrams[0].size() - 1)), "dbg| first");
     EXPECT_EQ(datagrams[0].back(), '\n');
     const std::size_t break_at = datagrams[1].find('\n');
@@ -107,19 +99,11 @@ TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagram) {
     EXPECT_EQ(log_test::body(datagrams[1].substr(break_at + 1, datagrams[1].size() - break_at - 2)),
               "dbg| lines");
     EXPECT_EQ(datagrams[1].back(), '\n');
-}
-
-TEST_F(external_log_test, SettingsAreReadOnceAndLaterChangesHaveNoEffect) {
-    set_registry(values(1, "127.0.0.1", listener_.port()));
-    write("before");
-    set_registry(values(0, "127.0.0.1", listener_.port()));
-    write("after");
-    EXPECT_EQ(listener_.received().size(), 2u);
     EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
 }
 
 TEST_F(external_log_test, SwitchedOffSendsNothingAndReadsNoFurther) {
-    set_registry(values(0, "127.0.0.1", listener_.port()));
+    set_registry(0, "127.0.0.1");
     write("one");
     write("two");
     write("three");
@@ -131,7 +115,6 @@ TEST_F(external_log_test, SwitchedOffSendsNothingAndReadsNoFurther) {
 }
 
 TEST_F(external_log_test, MissingKeyLeavesTheLogOffWithItsDefaults) {
-    std::ofstream(host_ / "host.xml") << R"(<Host name="T"/>)";
     write("one");
     write("two");
     EXPECT_FALSE(receiver_->external_log_enabled());
@@ -141,7 +124,7 @@ TEST_F(external_log_test, MissingKeyLeavesTheLogOffWithItsDefaults) {
 }
 
 TEST_F(external_log_test, HostNameIsNotLookedUp) {
-    set_registry(values(1, "localhost", listener_.port()));
+    set_registry(1, "localhost");
     write("one");
     EXPECT_TRUE(receiver_->external_log_enabled());
     EXPECT_EQ(receiver_->target().sin_addr.s_addr, INADDR_NONE);

@@ -6,29 +6,15 @@
 #include "common/win/folder.h"
 #include "common/win/registry.h"
 #include "common/win/volume.h"
+#include "sys_failure.h"
+#include "tests/invoke/documents_test_lines.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 using namespace win;
 
 namespace {
-
-// MIRRACK_HOST set to a folder with the given host.xml, unset again at the end.
-class selected_host_t {
-public:
-    explicit selected_host_t(const std::string& host_xml) {
-        std::ofstream(tree_.root() / "host.xml") << host_xml;
-        ::setenv("MIRRACK_HOST", tree_.root().c_str(), 1);
-    }
-    ~selected_host_t() { ::unsetenv("MIRRACK_HOST"); }
-    const win_test::temp_tree_t& tree() const { return tree_; }
-
-private:
-    win_test::temp_tree_t tree_;
-};
 
 const char* const host_xml = R"(<Host name="T">
   <Registry>
@@ -52,7 +38,7 @@ protected:
         host.tree().add_file("volumes/c/VMs/faulty/a.vhdx");
         host.tree().add_file("volumes/c/VMs/faulty/b.vhdx");
     }
-    selected_host_t host;
+    win_test::selected_host_t host;
 };
 
 const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
@@ -82,35 +68,19 @@ TEST_F(SimulatedHost, RegistryThingsNotThereAreQuietAnswers) {
     EXPECT_TRUE(text.empty());
 }
 
-TEST_F(SimulatedHost, RegistryValueOfAnotherTypeFails) {
-    win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
-    DWORD number = 0;
-    try {
-        reg_read_dword(key, L"LogDirectory", number);
-        FAIL() << "no exception";
-    } catch (const exc::runtime_exc_t& e) {
-        ASSERT_EQ(e.messages().size(), 2u);
-        EXPECT_EQ(e.messages()[0].text, "Unexpected registry type: [1].");
-        EXPECT_EQ(e.messages()[1].text,
-                  "Cannot retrieve a registry value. Value name: [LogDirectory]. Expected value type: [4].");
-    }
-}
-
 TEST_F(SimulatedHost, RegistryFailuresOtherThanNotThereThrow) {
-    try {
-        reg_open_subkey(L"SOFTWARE\\Denied", reg_access_read_64);
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 5u);
-        EXPECT_EQ(e.messages().back().text, "Failed to open subkey. Path: [SOFTWARE\\Denied].");
-    }
+    DWORD number = 0;
+    EXPECT_EQ(
+        failure_lines(
+            [&] { reg_read_dword(reg_open_subkey(keepsafe, reg_access_read_64), L"LogDirectory", number); }),
+        (std::vector<std::string>{
+            "Unexpected registry type: [1].",
+            "Cannot retrieve a registry value. Value name: [LogDirectory]. Expected value type: [4]."}));
+    EXPECT_EQ(sys_failure([] { reg_open_subkey(L"SOFTWARE\\Denied", reg_access_read_64); }),
+              "5 Failed to open subkey. Path: [SOFTWARE\\Denied].");
     std::wstring text;
-    try {
-        reg_read_string(win_reg_key_t(), L"X", text);
-        FAIL() << "no exception";
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(e.messages().front().text, "Registry key object is not initialized.");
-    }
+    EXPECT_EQ(failure_lines([&] { reg_read_string(win_reg_key_t(), L"X", text); }).front(),
+              "Registry key object is not initialized.");
 }
 
 TEST_F(SimulatedHost, VolumeNamesAndMountPoints) {
@@ -122,19 +92,11 @@ TEST_F(SimulatedHost, VolumeNamesAndMountPoints) {
 }
 
 TEST_F(SimulatedHost, VolumeFailuresCarryTheirTexts) {
-    try {
-        volume_mount_point(L"C:\\notready\\x");
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 21u);
-        EXPECT_EQ(e.messages().back().text, "Failed to get volume mount point. File name: [C:\\notready\\x]");
-    }
-    try {
-        volume_device_name(L"Z:\\");
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.messages().back().text, "Failed to get volume device name. Volume mount point: [Z:\\]");
-    }
+    EXPECT_EQ(sys_failure([] { volume_mount_point(L"C:\\notready\\x"); }),
+              "21 Failed to get volume mount point. File name: [C:\\notready\\x]");
+    EXPECT_TRUE(sys_failure([] {
+                    volume_device_name(L"Z:\\");
+                }).ends_with(" Failed to get volume device name. Volume mount point: [Z:\\]"));
 }
 
 TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNames) {
@@ -145,29 +107,17 @@ TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNames) {
     EXPECT_TRUE(folder_exists(L"C:\\"));
 }
 
-TEST_F(SimulatedHost, SearchThatCannotStartIsEmpty) {
+TEST_F(SimulatedHost, SearchFailuresNameTheirMask) {
     host.tree().add_file("volumes/c/locked/a.vhdx");
     EXPECT_FALSE(win_file_search_t(L"C:\\locked\\*").found());
-    try {
-        win_file_search_t(L"C:\\locked\\*", win_file_search_t::start_failure_t::raise);
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 5u);
-        EXPECT_EQ(e.messages().back().text,
-                  "File search operation has failed. Search mask: [C:\\locked\\*].");
-    }
-}
+    EXPECT_EQ(
+        sys_failure([] { win_file_search_t(L"C:\\locked\\*", win_file_search_t::start_failure_t::raise); }),
+        "5 File search operation has failed. Search mask: [C:\\locked\\*].");
 
-TEST_F(SimulatedHost, SearchThatFailsAfterItsFirstEntryThrows) {
+    // A search that fails after its first entry throws, and is over.
     win_file_search_t search(L"C:\\VMs\\faulty\\*.vhdx");
     ASSERT_TRUE(search.found());
-    try {
-        search.next();
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 1117u);
-        EXPECT_EQ(e.messages().back().text,
-                  "File search operation has failed. Search mask: [C:\\VMs\\faulty\\*.vhdx].");
-    }
+    EXPECT_EQ(sys_failure([&] { search.next(); }),
+              "1117 File search operation has failed. Search mask: [C:\\VMs\\faulty\\*.vhdx].");
     EXPECT_FALSE(search.found());
 }

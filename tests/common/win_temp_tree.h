@@ -2,6 +2,8 @@
 // host selected for the length of a test.
 #pragma once
 
+#include "tests/support/process_env.h"
+
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -43,6 +45,26 @@ public:
 
 private:
     std::filesystem::path root_;
+};
+
+// MIRRACK_HOST set to a folder of its own with the given host.xml, unset again at the end.
+class selected_host_t {
+public:
+    explicit selected_host_t(const std::string& host_xml) {
+        describe(host_xml);
+        test_env::set("MIRRACK_HOST", tree_.root().string());
+    }
+    ~selected_host_t() { test_env::unset("MIRRACK_HOST"); }
+    selected_host_t(const selected_host_t&) = delete;
+    selected_host_t& operator=(const selected_host_t&) = delete;
+
+    // Takes effect where the host is next read.
+    void describe(const std::string& host_xml) const { std::ofstream(tree_.root() / "host.xml") << host_xml; }
+    const temp_tree_t& tree() const { return tree_; }
+    const std::filesystem::path& root() const { return tree_.root(); }
+
+private:
+    temp_tree_t tree_;
 };
 
 } // namespace win_test
