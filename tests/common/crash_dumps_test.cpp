@@ -16,8 +16,8 @@ namespace {
 
 using crash_test::dump_folder_test;
 
-std::string next_name(const std::filesystem::path& folder, const std::string& extension = "txt") {
-    const std::wstring path = crash::next_dump_path(folder.string(), "RZ", extension);
+std::string next_name(const std::filesystem::path& folder) {
+    const std::wstring path = crash::next_dump_path(folder.string(), "RZ", "txt");
     return std::filesystem::path(to_utf8(path.substr(path.find_last_of(L"\\/") + 1))).string();
 }
 
@@ -35,18 +35,18 @@ private:
     bool fails_;
 };
 
-// A handler sequence of the test's own in place of the process's, restored afterwards.
-class handler_sequence_t {
-public:
-    handler_sequence_t() : saved_(crash::crash_context().deinit_seq) {
-        crash::crash_context().deinit_seq = sequence;
-    }
-    ~handler_sequence_t() { crash::crash_context().deinit_seq = saved_; }
-    std::shared_ptr<crash::deinit_seq_t> sequence = std::make_shared<crash::deinit_seq_t>();
-
-private:
-    std::shared_ptr<crash::deinit_seq_t> saved_;
-};
+// The crash filter with a handler sequence of the test's own in place of the process's: one handler
+// per entry, which throws where the entry is true. How many handlers ran.
+int filter_with_handlers(std::initializer_list<bool> failing, bool pass_on = false) {
+    const auto saved = crash::crash_context().deinit_seq;
+    crash::crash_context().deinit_seq = std::make_shared<crash::deinit_seq_t>();
+    std::atomic<int> runs{0};
+    for (const bool fails : failing)
+        crash::crash_context().deinit_seq->add(std::make_shared<counting_handler_t>(runs, fails));
+    EXPECT_EQ(crash::crash_filter(nullptr, pass_on), crash::execute_handler);
+    crash::crash_context().deinit_seq = saved;
+    return runs.load();
+}
 
 } // namespace
 
@@ -78,13 +78,8 @@ TEST_F(dump_folder_test, MoreThanTwentyDumpsArePrunedToNineteen) {
     EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_5.txt"));
 }
 
-TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlersInOrder) {
-    handler_sequence_t handlers;
-    std::atomic<int> runs{0};
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
-    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
-    EXPECT_EQ(runs.load(), 2);
+TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlers) {
+    EXPECT_EQ(filter_with_handlers({false, false}), 2);
     ASSERT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("Writing dump. Dump path: "));
     EXPECT_TRUE(log_has("Executing crash handlers."));
@@ -93,11 +88,7 @@ TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlersInOrder) {
 
 TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers) {
     crash::crash_context().dump_folder.clear();
-    handler_sequence_t handlers;
-    std::atomic<int> runs{0};
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
-    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
-    EXPECT_EQ(runs.load(), 1);
+    EXPECT_EQ(filter_with_handlers({false}), 1);
     EXPECT_TRUE(log_has("Invalid folder path: []."));
     EXPECT_TRUE(log_has("Cannot create folder. Folder path: []."));
     EXPECT_TRUE(log_has("Cannot define the name of the next crash dump. Dumps folder: []."));
@@ -106,25 +97,16 @@ TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers
 }
 
 TEST_F(dump_folder_test, FailingHandlerStopsTheRestAndStaysInsideTheFilter) {
-    handler_sequence_t handlers;
-    std::atomic<int> runs{0};
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs, true));
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
-    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
-    EXPECT_EQ(runs.load(), 1);
+    EXPECT_EQ(filter_with_handlers({true, false}), 1);
     EXPECT_TRUE(log_has("Crash handlers cannot be executed."));
     EXPECT_TRUE(log_has("handler broke"));
     EXPECT_FALSE(log_has("Crash handlers were successfully executed."));
 }
 
 TEST_F(dump_folder_test, DisabledContextWritesNothingAndRunsNoHandler) {
-    handler_sequence_t handlers;
-    std::atomic<int> runs{0};
-    handlers.sequence->add(std::make_shared<counting_handler_t>(runs));
     crash::crash_context().disabled = 1;
-    EXPECT_EQ(crash::crash_filter(nullptr, true), crash::execute_handler);
+    EXPECT_EQ(filter_with_handlers({false}, true), 0);
     crash::crash_context().disabled = 0;
-    EXPECT_EQ(runs.load(), 0);
     EXPECT_TRUE(dump_names().empty());
 }
 

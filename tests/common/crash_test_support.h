@@ -42,18 +42,6 @@ protected:
         return names;
     }
 
-    bool log_has(const std::string& text) const {
-        return log_test::read_file(log_path_).find(text) != std::string::npos;
-    }
-
-    std::size_t log_count(const std::string& text) const {
-        const std::string log = log_test::read_file(log_path_);
-        std::size_t count = 0;
-        for (auto at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
-            ++count;
-        return count;
-    }
-
     std::filesystem::path dumps_;
 };
 

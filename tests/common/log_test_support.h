@@ -114,6 +114,18 @@ protected:
         return result;
     }
 
+    bool log_has(const std::string& text) const {
+        return read_file(log_path_).find(text) != std::string::npos;
+    }
+
+    std::size_t log_count(const std::string& text) const {
+        const std::string log = read_file(log_path_);
+        std::size_t count = 0;
+        for (auto at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
+            ++count;
+        return count;
+    }
+
     std::filesystem::path folder_;
     std::filesystem::path log_path_;
 };

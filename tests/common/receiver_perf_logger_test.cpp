@@ -12,12 +12,7 @@ using logging::perf::perf_record_t;
 
 namespace {
 
-class perf_logger_test : public log_test::log_file_test {
-protected:
-    bool log_has(const std::string& text) const {
-        return log_test::read_file(log_path_).find(text) != std::string::npos;
-    }
-};
+using perf_logger_test = log_test::log_file_test;
 
 // Word 1 enables bit 3: code 0x103 (set size) and every code whose low five bits are 3 in 0x100-0x1FF.
 std::vector<std::uint32_t> set_size_only() {
