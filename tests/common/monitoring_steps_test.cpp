@@ -1,7 +1,5 @@
 #include "common/monitoring/thread_states.h"
-#include "common/win/event.h"
-#include "common/win/thread.h"
-#include "common/win/wait.h"
+#include "common/win/thread_id.h"
 
 #include <gtest/gtest.h>
 
@@ -17,24 +15,6 @@ std::vector<std::string> texts_of(const CThreadState& state) {
     return texts;
 }
 
-struct worker_steps_t {
-    win::win_manual_reset_event_t pushed;
-    win::win_manual_reset_event_t may_finish;
-    std::shared_ptr<CThreadState> state;
-};
-
-DWORD push_nested_steps(void* argument) {
-    auto* steps = static_cast<worker_steps_t*>(argument);
-    steps->state = CThreadStatesCollection::get()->find(win::current_thread_id());
-    monitoring::push_step("Creating VSS backup object.");
-    monitoring::push_step("Gathering writer metadata.");
-    monitoring::push_step("Inner step.");
-    monitoring::pop_step();
-    steps->pushed.set();
-    win::wait_for_object(steps->may_finish.handle(), win::wait_infinite);
-    return 0;
-}
-
 } // namespace
 
 TEST(ThreadSteps, PopTakesTheLastPushedAndIgnoresAnEmptyStack) {
@@ -45,18 +25,6 @@ TEST(ThreadSteps, PopTakesTheLastPushedAndIgnoresAnEmptyStack) {
     state.pop();
     state.push("second inner");
     EXPECT_EQ(texts_of(state), (std::vector<std::string>{"outer", "second inner"}));
-}
-
-TEST(ThreadSteps, LogBlocksOfAWorkerLandInItsOwnState) {
-    worker_steps_t steps;
-    win::win_thread_t worker(&push_nested_steps, &steps, "VssSnapImport");
-    win::wait_for_object(steps.pushed.handle(), win::wait_infinite);
-    ASSERT_NE(steps.state, nullptr);
-    EXPECT_EQ(steps.state->role(), "VssSnapImport");
-    EXPECT_EQ(texts_of(*steps.state),
-              (std::vector<std::string>{"Creating VSS backup object.", "Gathering writer metadata."}));
-    steps.may_finish.set();
-    worker.stop_wait();
 }
 
 TEST(ThreadSteps, ThreadWithoutStatePushesNothing) {

@@ -56,20 +56,6 @@ TEST(BackupSpecParsing, ReadsEveryPartOfTheDocument) {
     EXPECT_TRUE(spec.useCsvVssWriter);
 }
 
-TEST(BackupSpecParsing, EmptyVmListAndNothingElseGivesDefaults) {
-    const CHvBackupSpec spec = parse_body("<VMs/>");
-    EXPECT_TRUE(spec.vms.empty());
-    ASSERT_TRUE(spec.defaultProvider);
-    EXPECT_EQ(spec.defaultProvider->providerType, 0u);
-    EXPECT_EQ(spec.defaultProvider->providerId, GUID_NULL);
-    EXPECT_EQ(spec.defaultProvider->mountPoint, L"");
-    EXPECT_TRUE(spec.volumeProviders.empty());
-    ASSERT_TRUE(spec.offhost);
-    EXPECT_EQ(spec.offhost->mode, COffhostInfo::NotSpecified);
-    EXPECT_FALSE(spec.useCsvVssWriter);
-    EXPECT_EQ(parse_body("<VMs/><Offhost type='7'/>").offhost->mode, 7);
-}
-
 TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeRead) {
     const std::pair<const char*, bool> cases[] = {{"abc", false}, {"2", true},   {"0", false},
                                                   {"-1", true},   {" 3x", true}, {"", false}};
@@ -147,13 +133,11 @@ TEST(VolumeProviderLookup, MatchesMountPointsByComponentsIgnoringCase) {
     EXPECT_EQ(spec.FindVolumeProvider(L"E:"), spec.volumeProviders[1]); // the first of two
     EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage"), spec.defaultProvider);
     EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91\\sub"), spec.defaultProvider);
-}
-
-TEST(VolumeProviderLookup, RawUtf8MountPointAndNoEntries) {
-    const CHvBackupSpec spec = parse_body(
+    // A mount point in raw UTF-8; a document without entries.
+    const CHvBackupSpec raw = parse_body(
         "<VMs/><volumes><volProvider type='1' "
         "id='{00000000-0000-0000-0000-000000000001}' volMountPoint='F:\\Dat\xc3\xa9\\'/></volumes>");
-    EXPECT_EQ(spec.FindVolumeProvider(L"f:\\DAT\u00e9")->providerType, 1u);
+    EXPECT_EQ(raw.FindVolumeProvider(L"f:\\DAT\u00e9")->providerType, 1u);
     EXPECT_EQ(parse_body("<VMs/>").FindVolumeProvider(L"C:\\")->providerType, 0u);
 }
 

@@ -70,7 +70,7 @@ TEST(SpecXmlIntegers, MissingAndUnreadableValuesReportEachOthersText) {
               std::vector<std::string>{"Attribute value is not specified. Attribute: [N]."});
 }
 
-TEST(SpecXmlChildren, LookupIsExactAndTakesTheFirstOfAnyKind) {
+TEST(SpecXmlChildren, LookupIsExactAndTakesTheFirstOfAnyKindInOrder) {
     const xml_node_t node = root_of("<a><!--VMs--><vms/><VMs id='1'/></a>");
     EXPECT_TRUE(find_child(node, "Vms").is_null());
     EXPECT_EQ(failure_lines([&] { get_child(node, "Vms"); }),
@@ -78,9 +78,7 @@ TEST(SpecXmlChildren, LookupIsExactAndTakesTheFirstOfAnyKind) {
     EXPECT_FALSE(get_child(node, "VMs").is_element()); // the comment comes first
     EXPECT_EQ(failure_lines([] { node_name(xml_node_t()); }),
               std::vector<std::string>{"Unable to retrieve name of the uninitialized node."});
-}
-
-TEST(SpecXmlChildren, ChildrenIncludeCommentsAndTextInOrder) {
+    // Children are comments and text as well, in order.
     const std::vector<xml_node_t> children = get_children(root_of("<a>text<!--note--><b/></a>"));
     ASSERT_EQ(children.size(), 3u);
     EXPECT_EQ(node_name(children[0]), "text");
