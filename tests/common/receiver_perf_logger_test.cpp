@@ -58,20 +58,18 @@ TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwn) {
     EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(win::current_thread_id()));
 }
 
-TEST_F(perf_logger_test, FolderThatCannotBeMadeEmptiesTheBuffer) {
-    perf_logger_t logger(set_size_only(), L"", 2);
-    logger.note(logging::perf::file_set_size);
-    logger.note(logging::perf::file_set_size);
-    EXPECT_EQ(logger.buffered(), 0u);
+TEST_F(perf_logger_test, FolderOrFileThatCannotBeWrittenEmptiesTheBuffer) {
+    perf_logger_t no_folder(set_size_only(), L"", 2);
+    no_folder.note(logging::perf::file_set_size);
+    no_folder.note(logging::perf::file_set_size);
+    EXPECT_EQ(no_folder.buffered(), 0u);
     EXPECT_TRUE(log_has("Performance logger failed to create directory."));
-}
 
-TEST_F(perf_logger_test, FileThatCannotBeWrittenEmptiesTheBuffer) {
     // A folder where the file should be.
     std::filesystem::create_directories(folder_ / "perf" / "perflog.bin");
-    perf_logger_t logger(set_size_only(), (folder_ / "perf").wstring(), 1);
-    logger.note(logging::perf::file_set_size);
-    EXPECT_EQ(logger.buffered(), 0u);
+    perf_logger_t no_file(set_size_only(), (folder_ / "perf").wstring(), 1);
+    no_file.note(logging::perf::file_set_size);
+    EXPECT_EQ(no_file.buffered(), 0u);
     EXPECT_TRUE(
         log_has("Unable to flush performance log data. Perflog buffer will be erased, data will be lost."));
 }

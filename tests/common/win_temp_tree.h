@@ -55,8 +55,6 @@ public:
         test_env::set("MIRRACK_HOST", tree_.root().string());
     }
     ~selected_host_t() { test_env::unset("MIRRACK_HOST"); }
-    selected_host_t(const selected_host_t&) = delete;
-    selected_host_t& operator=(const selected_host_t&) = delete;
 
     // Takes effect where the host is next read.
     void describe(const std::string& host_xml) const { std::ofstream(tree_.root() / "host.xml") << host_xml; }
