@@ -20,16 +20,13 @@ namespace {
 struct seen_t {
     DWORD thread_id = 0;
     std::string role;
-    bool had_state = false;
 };
 
 DWORD return_42(void* argument) {
     auto* seen = static_cast<seen_t*>(argument);
     seen->thread_id = current_thread_id();
-    if (auto state = monitoring::CThreadStatesCollection::get()->find(seen->thread_id)) {
-        seen->had_state = true;
+    if (auto state = monitoring::CThreadStatesCollection::get()->find(seen->thread_id))
         seen->role = state->role();
-    }
     return 42;
 }
 
@@ -58,7 +55,6 @@ TEST(WorkerThread, RunsUnderItsRoleAndHandsBackTheExitCode) {
     win_thread_t thread(&return_42, &seen, "VssSnapshotThread");
     thread.stop_wait();
     EXPECT_EQ(thread.exit_code(), 42u);
-    EXPECT_TRUE(seen.had_state);
     EXPECT_EQ(seen.role, "VssSnapshotThread");
     EXPECT_EQ(thread.thread_id(), seen.thread_id);
     EXPECT_NE(seen.thread_id, current_thread_id());

@@ -30,7 +30,7 @@ std::vector<std::string> dump_of(const std::string& body) {
     return log->lines;
 }
 
-TEST(BackupSpecDump, SingleVmHasALineOfItsOwn) {
+TEST(BackupSpecDump, ASingleVmHasALineOfItsOwnSeveralOrNoneAreListed) {
     EXPECT_EQ(
         dump_of("<VMs><VM id='{A}' crashConsistent='1'/></VMs>"),
         (std::vector<std::string>{
@@ -38,9 +38,7 @@ TEST(BackupSpecDump, SingleVmHasALineOfItsOwn) {
             "Provider ID: '{00000000-0000-0000-0000-000000000000}'. Type: 'Not specified'. Mount point: ''.",
             "Providers for volumes:", "Offhost settings are not specified.",
             "Use CSV Vss Writer: 'false'."}));
-}
-
-TEST(BackupSpecDump, SeveralVmsOrNoneAreListed) {
+    // Several are listed under a head line of their own.
     const std::vector<std::string> two = dump_of("<VMs><VM id='a'/><VM id='b' crashConsistent='5'/></VMs>");
     EXPECT_EQ(std::vector<std::string>(two.begin(), two.begin() + 3),
               (std::vector<std::string>{"VMs to process:", "-   VmID: 'a', is crash consistent: 'false'.",
