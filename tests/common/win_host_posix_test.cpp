@@ -45,7 +45,7 @@ const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
 } // namespace
 
-TEST_F(SimulatedHost, RegistryValuesOfTheRightType) {
+TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeAndQuietAnswersForWhatIsNotThere) {
     win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
     ASSERT_TRUE(key.valid());
     std::wstring text;
@@ -58,12 +58,9 @@ TEST_F(SimulatedHost, RegistryValuesOfTheRightType) {
     EXPECT_TRUE(reg_read_dword(key, L"Level", number));
     EXPECT_EQ(number, 7u);
     EXPECT_THROW((void)&key, exc::runtime_exc_t);
-}
-
-TEST_F(SimulatedHost, RegistryThingsNotThereAreQuietAnswers) {
+    // What is not there is a quiet answer.
     EXPECT_FALSE(reg_open_subkey(L"SOFTWARE\\OrliX\\Orlix NFS", reg_access_read_64).valid());
-    win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
-    std::wstring text;
+    text.clear();
     EXPECT_FALSE(reg_read_string(key, L"ExtLogHost", text));
     EXPECT_TRUE(text.empty());
 }
