@@ -5,81 +5,42 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <fstream>
-
 using namespace hostsim_test;
 using compat::com_ptr_t;
 
-namespace {
-
-std::wstring take(BSTR text) {
-    std::wstring copy(text ? text : L"");
-    SysFreeString(text);
-    return copy;
-}
-
-} // namespace
-
+// What the requester needs of the metadata is read through the VSS layer's own tests; here, what
+// only the raw interfaces show.
 TEST(OnHostBackup, WritersPublishTheirComponentsAndFileSpecsFromTheHostDescription) {
     scratch_host_t host;
     auto backup = new_backup();
     ASSERT_EQ(backup->InitializeForBackup(), S_OK);
     ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
-
     UINT writers = 0;
     ASSERT_EQ(backup->GetWriterMetadataCount(&writers), S_OK);
     ASSERT_EQ(writers, 1u) << "only the enabled writer takes part";
     VSS_ID instance{};
     com_ptr_t<IVssExamineWriterMetadata> metadata;
     ASSERT_EQ(backup->GetWriterMetadata(0, &instance, metadata.put()), S_OK);
-    EXPECT_EQ(instance, hyperv_writer_instance);
 
-    VSS_ID writer{};
-    BSTR name = nullptr;
-    VSS_USAGE_TYPE usage{};
-    VSS_SOURCE_TYPE source{};
-    ASSERT_EQ(metadata->GetIdentity(&instance, &writer, &name, &usage, &source), S_OK);
-    EXPECT_EQ(writer, hyperv_writer_id);
-    EXPECT_EQ(take(name), L"Microsoft Hyper-V VSS Writer");
-
-    UINT includes = 9, excludes = 9, components = 0;
-    ASSERT_EQ(metadata->GetFileCounts(&includes, &excludes, &components), S_OK);
-    EXPECT_EQ(components, 2u);
-
-    com_ptr_t<IVssWMComponent> component;
+    com_ptr_t<IVssWMComponent> component, second;
     ASSERT_EQ(metadata->GetComponent(0, component.put()), S_OK);
     PVSSCOMPONENTINFO info = nullptr;
     ASSERT_EQ(component->GetComponentInfo(&info), S_OK);
-    EXPECT_STREQ(info->bstrComponentName, vm1_component);
     EXPECT_STREQ(info->bstrCaption, L"vm1");
     EXPECT_STREQ(info->bstrLogicalPath, L"");
-    EXPECT_EQ(info->type, VSS_CT_FILEGROUP);
-    EXPECT_EQ(info->cFileCount, 2u);
     ASSERT_EQ(component->FreeComponentInfo(info), S_OK);
-
-    com_ptr_t<IVssWMFiledesc> file;
-    ASSERT_EQ(component->GetFile(1, file.put()), S_OK);
-    BSTR path = nullptr, spec = nullptr;
-    boolean recursive = true;
-    ASSERT_EQ(file->GetPath(&path), S_OK);
-    ASSERT_EQ(file->GetFilespec(&spec), S_OK);
-    ASSERT_EQ(file->GetRecursive(&recursive), S_OK);
-    EXPECT_EQ(take(path), L"%VmRoot%\\vm1\\") << "environment variables stay for the requester to expand";
-    EXPECT_EQ(take(spec), L"*.avhdx");
-    EXPECT_FALSE(recursive);
-
-    com_ptr_t<IVssWMComponent> second;
     ASSERT_EQ(metadata->GetComponent(1, second.put()), S_OK);
     ASSERT_EQ(second->GetComponentInfo(&info), S_OK);
     EXPECT_EQ(info->bstrLogicalPath, nullptr) << "a component without logicalPath has none";
     second->FreeComponentInfo(info);
 
-    BSTR document = nullptr;
-    ASSERT_EQ(metadata->SaveAsXML(&document), S_OK);
-    EXPECT_NE(take(document).find(vm1_component), std::wstring::npos);
+    com_ptr_t<IVssWMFiledesc> file;
+    ASSERT_EQ(component->GetFile(1, file.put()), S_OK);
+    BSTR path = nullptr;
+    ASSERT_EQ(file->GetPath(&path), S_OK);
+    EXPECT_STREQ(path, L"%VmRoot%\\vm1\\") << "environment variables stay for the requester to expand";
+    SysFreeString(path);
 }
 
 TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
@@ -117,43 +78,28 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
     EXPECT_TRUE(host.state_lines("shadows.txt").empty());
 }
 
-TEST(OnHostBackup, WritersMoveThroughTheirStatesAndTheOutcomeIsRecordedAtCompletion) {
+TEST(OnHostBackup, WritersMoveThroughTheirStatesAndEveryCallIsJournaledWithItsMainArguments) {
     scratch_host_t host;
     auto backup = prepared_backup();
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_WAITING_FOR_FREEZE) << "after prepare";
-
+    using states = std::vector<VSS_WRITER_STATE>;
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_FREEZE));
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_WAITING_FOR_BACKUP_COMPLETE) << "after the snapshot";
-
-    BSTR document = nullptr;
-    ASSERT_EQ(backup->SaveAsXML(&document), S_OK);
-    EXPECT_GT(SysStringLen(document), 0u);
-    SysFreeString(document);
-
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_BACKUP_COMPLETE));
     ASSERT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
                                          vm1_component, false),
               S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_STABLE) << "after completion";
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_STABLE));
 
     auto backups = host.state_lines("backups.txt");
     ASSERT_EQ(backups.size(), 2u);
     EXPECT_EQ(backups[0].rfind("backup\t{", 0), 0u);
     EXPECT_EQ(backups[1], "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tfailed");
-}
-
-TEST(OnHostBackup, EveryCallIsJournaledWithItsMainArguments) {
-    scratch_host_t host;
-    auto backup = prepared_backup();
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
 
     auto journal = host.journal();
     ASSERT_FALSE(journal.empty());
-    EXPECT_EQ(journal.front()[0], std::to_string(getpid()));
-    EXPECT_EQ(journal.front()[1], "CreateVssBackupComponentsInternal");
+    EXPECT_EQ(journal.front(),
+              (std::vector<std::string>{std::to_string(getpid()), "CreateVssBackupComponentsInternal"}));
     EXPECT_TRUE(journal_has(host, "AddComponent", "B1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B"));
     EXPECT_TRUE(journal_has(host, "AddToSnapshotSet", "Volume{6a1b0c3e-0000-0000-0000-000000000001}"));
     EXPECT_TRUE(journal_has(host, "DoSnapshotSet", "{"));

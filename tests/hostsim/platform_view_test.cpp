@@ -40,6 +40,9 @@ TEST(PlatformView, VolumeNamesAndMountPointsAnswerFromTheHost) {
               L"C:\\ClusterStorage\\Volume1\\");
     EXPECT_EQ(hostsim::volume_path_name(L"\\\\fs01\\vms\\vm3\\vm3.vhdx"), L"\\\\fs01\\vms\\");
     EXPECT_EQ(hostsim::volume_path_name(L"Q:\\x"), std::nullopt);
+    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\C:\\VMs\\vm1\\vm1.vhdx"), L"\\\\?\\C:\\")
+        << "the long path prefix stays";
+    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\UNC\\fs01\\vms\\vm3\\vm3.vhdx"), L"\\\\?\\UNC\\fs01\\vms\\");
     EXPECT_EQ(hostsim::volume_name_for_mount_point(L"c:\\"), c_volume_name);
     EXPECT_EQ(hostsim::volume_name_for_mount_point(L"C:"), std::nullopt)
         << "a mount point ends with a backslash";

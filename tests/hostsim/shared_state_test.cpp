@@ -8,9 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <fstream>
 
@@ -18,22 +15,6 @@ using namespace hostsim_test;
 using compat::com_ptr_t;
 
 namespace {
-
-// Runs body in a child process; true if it ended with status 0.
-template <class Body> bool in_child_process(Body body) {
-    pid_t pid = fork();
-    if (pid == 0) {
-        int code = 1;
-        try {
-            code = body();
-        } catch (...) {
-        }
-        _exit(code);
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 bool ok(HRESULT hr) {
     return hr == S_OK || hr == VSS_S_ASYNC_FINISHED;
@@ -61,6 +42,14 @@ int make_transportable_set(const std::filesystem::path& document_file, bool rele
     if (!release)
         backup.detach(); // as if the process died holding it
     return 0;
+}
+
+// What the simulator says of a host description that it cannot use.
+std::string complaint() {
+    com_ptr_t<IVssBackupComponents> backup;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
+    return testing::internal::GetCapturedStderr();
 }
 
 std::wstring read_document(const std::filesystem::path& file) {
@@ -170,12 +159,9 @@ TEST(SharedState, ShadowNumbersGrowAcrossProcessesAndAreNeverReused) {
 
 TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
     scratch_host_t host("<Host name=\"HV01\"><Volume name=\"x\" dir=\"v\" mount=\"C:\\\"></Host>");
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    auto complaint = testing::internal::GetCapturedStderr();
-    EXPECT_NE(complaint.find((host.dir() / "host.xml").string()), std::string::npos) << complaint;
-    EXPECT_NE(complaint.find("mismatch"), std::string::npos) << complaint;
+    const auto said = complaint();
+    EXPECT_NE(said.find((host.dir() / "host.xml").string()), std::string::npos) << said;
+    EXPECT_NE(said.find("mismatch"), std::string::npos) << said;
     EXPECT_TRUE(hostsim::host_selected());
     EXPECT_EQ(ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\"), FALSE);
     EXPECT_EQ(hostsim::win32_call("FindNextFileW", L"C:\\"), static_cast<std::uint32_t>(E_UNEXPECTED));
@@ -198,21 +184,15 @@ TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsIsMalformed) {
         EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
     }
     scratch_host_t host(nested(100000));
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    const auto complaint = testing::internal::GetCapturedStderr();
-    EXPECT_NE(complaint.find((host.dir() / "host.xml").string() +
-                             ": the document is nested deeper than 256 levels"),
-              std::string::npos)
-        << complaint;
-    EXPECT_EQ(std::count(complaint.begin(), complaint.end(), '\n'), 1) << "one line: " << complaint;
+    const auto said = complaint();
+    EXPECT_NE(
+        said.find((host.dir() / "host.xml").string() + ": the document is nested deeper than 256 levels"),
+        std::string::npos)
+        << said;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << "one line: " << said;
 }
 
 TEST(SharedState, AHostDescriptionWithWrongContentIsMalformedToo) {
     scratch_host_t host(sample_host_xml(R"(<Provider id="not a guid" type="system"/>)"));
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("<Provider>"), std::string::npos);
+    EXPECT_NE(complaint().find("<Provider>"), std::string::npos);
 }
