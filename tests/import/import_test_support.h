@@ -63,6 +63,8 @@ ItemsList AllItems(const host_snapshot_t& snapshot);
 // the path leads nowhere.
 std::string ReadThrough(const std::wstring& windowsPath);
 
+std::string ReadFile(const std::filesystem::path& file);
+
 bool Contains(const std::string& text, const std::string& part);
 
 } // namespace import_test

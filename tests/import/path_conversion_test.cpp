@@ -58,39 +58,47 @@ TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
     }
 }
 
-TEST(PathConversion, VolumeMatchesInAnyCaseAndTheRestKeepsItsOwn) {
+// A path's volume is matched in any case, one closing separator is taken off each part and one
+// put between, and each snapshot walks the list once in the result's order.
+TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
     std::wstring upper = volumeC;
     for (wchar_t& c : upper)
         c = static_cast<wchar_t>(std::towupper(c));
-    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}});
-    EXPECT_EQ(FullPaths(Convert(result, {Item(upper + L"VMs\\Vm1\\Disk.VHDX")})),
-              (std::vector<std::wstring>{shadow7 + L"\\VMs\\Vm1\\Disk.VHDX"}));
-}
-
-TEST(PathConversion, JoiningTakesOneClosingSeparatorOffEachPartAndPutsOneBetween) {
-    // The volume itself: the device without a closing separator.
-    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7}}), {Item(volumeC)})),
-              (std::vector<std::wstring>{shadow7}));
-    // A device given with its closing backslash joins the same way.
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7 + L"\\"}}), {Item(volumeC + L"a.vhd")})),
-        (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
-    // An old volume without its closing backslash leaves the rest's leading one in place.
     const std::wstring bare = volumeC.substr(0, volumeC.size() - 1);
-    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, bare, shadow7}}), {Item(volumeC + L"a.vhd")})),
-              (std::vector<std::wstring>{shadow7 + L"\\\\a.vhd"}));
-}
-
-TEST(PathConversion, EachSnapshotWalksTheListOnceInTheResultsOrder) {
-    // A device that begins with another snapshot's volume is rewritten again by it.
     const std::wstring nested = volumeD + L"inner";
-    const ItemsList items{Item(volumeC + L"a.vhd")};
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, nested}, {GUID_NULL, volumeD, shadow8}}), items)),
-        (std::vector<std::wstring>{shadow8 + L"\\inner\\a.vhd"}));
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeD, shadow8}, {GUID_NULL, volumeC, nested}}), items)),
-        (std::vector<std::wstring>{nested + L"\\a.vhd"}));
+    struct case_t {
+        const char* name;
+        std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots;
+        std::wstring fullPath, converted;
+    };
+    const case_t cases[] = {
+        {"VolumeInAnyCaseTheRestAsItCame",
+         {{GUID_NULL, volumeC, shadow7}},
+         upper + L"VMs\\Vm1\\Disk.VHDX",
+         shadow7 + L"\\VMs\\Vm1\\Disk.VHDX"},
+        {"TheVolumeItself", {{GUID_NULL, volumeC, shadow7}}, volumeC, shadow7},
+        {"DeviceWithItsClosingSeparator",
+         {{GUID_NULL, volumeC, shadow7 + L"\\"}},
+         volumeC + L"a.vhd",
+         shadow7 + L"\\a.vhd"},
+        {"OldVolumeWithoutItsClosingSeparator",
+         {{GUID_NULL, bare, shadow7}},
+         volumeC + L"a.vhd",
+         shadow7 + L"\\\\a.vhd"},
+        {"DeviceOnAVolumeLaterInTheResult",
+         {{GUID_NULL, volumeC, nested}, {GUID_NULL, volumeD, shadow8}},
+         volumeC + L"a.vhd",
+         shadow8 + L"\\inner\\a.vhd"},
+        {"DeviceOnAVolumeEarlierInTheResult",
+         {{GUID_NULL, volumeD, shadow8}, {GUID_NULL, volumeC, nested}},
+         volumeC + L"a.vhd",
+         nested + L"\\a.vhd"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(FullPaths(Convert(ResultOf(c.snapshots), {Item(c.fullPath)})),
+                  std::vector<std::wstring>{c.converted});
+    }
 }
 
 TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {

@@ -25,12 +25,6 @@ std::unique_ptr<hv::CVssImportSnapshotThread> StartTask(const host_snapshot_t& t
         std::make_shared<hv::CImportSnapshotContext>(taken.backupDoc, taken.snapshotsXml), limits);
 }
 
-SOperationStatus WaitForVerdict(const hv::CVssImportSnapshotThread& task) {
-    for (int polls = 0; polls < 6000 && !task.GetOperationInfo()->IsCompleted(); ++polls)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return task.GetOperationInfo()->Read();
-}
-
 template <typename Condition> bool Eventually(Condition condition) {
     for (int polls = 0; polls < 6000; ++polls) {
         if (condition())
@@ -38,6 +32,11 @@ template <typename Condition> bool Eventually(Condition condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
+}
+
+SOperationStatus WaitForVerdict(const hv::CVssImportSnapshotThread& task) {
+    Eventually([&] { return task.GetOperationInfo()->IsCompleted(); });
+    return task.GetOperationInfo()->Read();
 }
 
 std::string NoImportLine(const hv::CVssImportSnapshotThread& task) {
