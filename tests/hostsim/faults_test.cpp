@@ -1,7 +1,6 @@
 // Faults from the host description: failing calls, failing and slow operations, failing writers.
 #include "scratch_host.h"
 
-#include "compat/cluster_api.h"
 #include "hostsim/host_access.h"
 #include "hostsim/wide_text.h"
 
@@ -44,24 +43,12 @@ TEST(Faults, AStatusEndsTheOperationAndASnapshotThatFailedLeavesNothing) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(Faults, QueryStatusAndCancelCanFailThemselves) {
-    scratch_host_t host(sample_host_xml(R"(<Fault op="QueryStatus" match="PrepareForBackup" hr="0x1"/>
-                                           <Fault op="Cancel" hr="0x80004005"/>)"));
-    auto backup = gathered_backup();
-    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    com_ptr_t<IVssAsync> async;
-    ASSERT_EQ(backup->PrepareForBackup(async.put()), S_OK);
-    HRESULT status = S_OK;
-    EXPECT_EQ(async->QueryStatus(&status, nullptr), S_FALSE);
-    EXPECT_EQ(async->Cancel(), E_FAIL);
-}
-
-TEST(Faults, ProviderRefusalsAndWin32Errors) {
+// A failing Win32 call and a failing cluster call are read through the volume set's own tests.
+TEST(Faults, ProvidersRefuseTheirFirstAnswersAndWin32FaultsMatchTheirPath) {
     scratch_host_t host(
         sample_host_xml(R"(<Provider id="{11111111-0000-0000-0000-000000000001}" type="software"
                                                      volumes="C:\" refuse="1"/>
-                                           <Fault op="GetVolumePathNameW" match="\vm1\" err="5"/>
-                                           <Fault op="ClusterPrepareSharedVolumeForBackup" err="1168"/>)"));
+                                           <Fault op="GetVolumePathNameW" match="\vm1\" err="5"/>)"));
     auto backup = gathered_backup();
     const GUID refusing = {0x11111111, 0, 0, {0, 0, 0, 0, 0, 0, 0, 1}};
     BOOL answer = TRUE;
@@ -74,13 +61,6 @@ TEST(Faults, ProviderRefusalsAndWin32Errors) {
     EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\VMs\\vm1\\vm1.vhdx"), 5u);
     EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\VMs\\vm2\\vm2.vhdx"), std::nullopt);
     EXPECT_TRUE(journal_has(host, "GetVolumePathNameW", "C:\\VMs\\vm2\\vm2.vhdx"));
-
-    WCHAR mount[MAX_PATH], name[MAX_PATH];
-    DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
-    EXPECT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx", mount,
-                                                  &mount_length, name, &name_length),
-              DWORD(ERROR_NOT_FOUND));
-    EXPECT_TRUE(host.state_lines("csv.txt").empty());
 }
 
 struct writer_fault_case {

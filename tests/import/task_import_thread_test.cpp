@@ -68,8 +68,6 @@ TEST(ImportTask, AnswersAtOnceWhileImportingThenHoldsTheSnapshotUntilClosed) {
     EXPECT_EQ(running.completedTime, 0);
     EXPECT_EQ(running.snapshotId, taskId);
     EXPECT_EQ(NoImportLine(*task), "There is no successfully imported snapshot.");
-    EXPECT_EQ(task->GetJobInfo()->jobName, L"Nightly");
-    EXPECT_EQ(task->GetJobInfo()->backupConsole, L"Console");
 
     const SOperationStatus done = WaitForVerdict(*task);
     ASSERT_TRUE(done.isCompleted);

@@ -70,9 +70,11 @@ std::size_t files_found(const hostsim::host_t& host, const hostsim::file_spec_t&
     return found;
 }
 
-HRESULT wait(compat::com_ptr_t<IVssAsync> async) {
-    HRESULT status = VSS_S_ASYNC_PENDING;
-    while (async->QueryStatus(&status, nullptr) == S_OK && status == VSS_S_ASYNC_PENDING)
+// Starts an asynchronous step of the backup and waits for its end; its status.
+HRESULT run(IVssBackupComponents* backup, HRESULT (IVssBackupComponents::*op)(IVssAsync**)) {
+    compat::com_ptr_t<IVssAsync> async;
+    HRESULT status = (backup->*op)(async.put());
+    while (status == S_OK && async->QueryStatus(&status, nullptr) == S_OK && status == VSS_S_ASYNC_PENDING)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     return status;
 }
@@ -158,9 +160,7 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     compat::com_ptr_t<IVssBackupComponents> backup;
     ASSERT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
     ASSERT_EQ(backup->InitializeForBackup(), S_OK);
-    compat::com_ptr_t<IVssAsync> async;
-    ASSERT_EQ(backup->GatherWriterMetadata(async.put()), S_OK);
-    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
     VSS_ID set{}, snapshot{};
     ASSERT_EQ(backup->StartSnapshotSet(&set), S_OK);
     const std::string set_text = hostsim::to_utf8(hostsim::guid_text(set));
@@ -187,15 +187,12 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
         << report;
 
     ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    ASSERT_EQ(backup->PrepareForBackup(async.put()), S_OK);
-    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
-    ASSERT_EQ(backup->DoSnapshotSet(async.put()), S_OK);
-    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(
         backup->SetBackupSucceeded(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str(), true),
         S_OK);
-    ASSERT_EQ(backup->BackupComplete(async.put()), S_OK);
-    ASSERT_EQ(wait(async), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
 
     ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
     EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
