@@ -12,8 +12,6 @@
 #include <regex>
 #include <sstream>
 
-#include <unistd.h>
-
 namespace import_test {
 
 namespace fs = std::filesystem;
@@ -38,10 +36,6 @@ void add_to_host_xml(const fs::path& dir, const std::string& extra) {
 } // namespace
 
 host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
-    std::string pattern = (fs::temp_directory_path() / "mirrack-import-XXXXXX").string();
-    folder = ::mkdtemp(pattern.data());
-    hostDir = folder / "host";
-    proxyDir = folder / "proxy";
     // Small: two VMs, one on C: and one on the cluster shared volume, so two snapshots.
     lab::sample_options_t options;
     options.vms_on_c = 1;
@@ -52,12 +46,6 @@ host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
     lab::create_sample_host(proxyDir, options);
     if (!proxyExtra.empty())
         add_to_host_xml(proxyDir, proxyExtra);
-}
-
-host_and_proxy_t::~host_and_proxy_t() {
-    ::unsetenv("MIRRACK_HOST");
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
 }
 
 void host_and_proxy_t::SelectHost() const {
