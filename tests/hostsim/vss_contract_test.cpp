@@ -210,16 +210,6 @@ TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
     EXPECT_EQ(count, 2u) << "the system writer still takes part";
 }
 
-TEST(DoSnapshotSet, AnEmptySetIsAccepted) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    EXPECT_TRUE(host.state_lines("shadows.txt").empty());
-}
-
 TEST(GatherWriterStatus, WithoutGatheredMetadataReportsNoWriters) {
     scratch_host_t host;
     auto fresh = new_backup();

@@ -1,5 +1,5 @@
-// Every checked VSS call, failed by the host: the step's words, then the VSS error text, then the
-// lines that the callers add, in that order.
+// VSS error texts, and every checked VSS call failed by the host: the step's words, then the VSS
+// error text, then the lines that the callers add, in that order.
 #include "vss_test_support.h"
 
 #include "vssutils/async_wait.h"
@@ -133,6 +133,27 @@ std::vector<failure_case_t> failure_cases() {
 }
 
 } // namespace
+
+TEST(VssErrorText, AKnownCodeReadsAsOneLineWithoutTheClosingLineBreak) {
+    EXPECT_EQ(VssErrorText(VSS_E_BAD_STATE),
+              "A function call was made when the object was in an incorrect state for that function.");
+    EXPECT_EQ(VssErrorText(VSS_S_ASYNC_CANCELLED), "The asynchronous operation has been cancelled.");
+}
+
+TEST(VssErrorText, AnUnknownCodeGivesTheCodeAndAnErrorLine) {
+    log_capture_t log;
+    EXPECT_EQ(VssErrorText(E_FAIL), "Vss error: '0x80004005'");
+    EXPECT_TRUE(log.has("Failed to get Vss error description. '"));
+}
+
+TEST(VssErrorText, WithoutTheMessageModuleEveryFailureStillHasItsSecondLine) {
+    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
+        R"(<Fault op="LoadLibraryA" err="126"/><Fault op="StartSnapshotSet" hr="0x80042316"/>)"));
+    log_capture_t log;
+    EXPECT_EQ(failure_lines([&] { StartSnapshotSet(gathered_backup()); }),
+              (std::vector<std::string>{"Failed to create VSS snapshot set.", "Vss error: '0x80042316'"}));
+    EXPECT_TRUE(log.has("Failed to load library 'vsstrace.dll'. '"));
+}
 
 TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCallersLines) {
     for (const auto& c : failure_cases()) {
