@@ -58,14 +58,11 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
     VSS_SNAPSHOT_PROP prop{};
     ASSERT_EQ(backup->GetSnapshotProperties(snapshot_id, &prop), S_OK);
     const std::wstring device = prop.m_pwszSnapshotDeviceObject;
-    EXPECT_STREQ(prop.m_pwszOriginalVolumeName, c_volume_name);
-    EXPECT_STREQ(prop.m_pwszOriginatingMachine, L"HV01");
     EXPECT_EQ(prop.m_ProviderId, system_provider_id);
     EXPECT_EQ(prop.m_eStatus, VSS_SS_CREATED);
     VssFreeSnapshotPropertiesInternal(&prop);
     EXPECT_EQ(prop.m_pwszSnapshotDeviceObject, nullptr);
 
-    ASSERT_EQ(device.rfind(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy", 0), 0u);
     EXPECT_EQ(read_file(local_path(device + L"\\vms\\VM1\\vm1.VHDX")), "disk of vm1, before");
     EXPECT_FALSE(std::filesystem::exists(local_path(device + L"\\VMs\\vm1\\new.avhdx")));
     EXPECT_EQ(read_file(local_path(L"C:\\VMs\\vm1\\vm1.vhdx")), "disk of vm1, after");
