@@ -5,81 +5,35 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <fstream>
-
 using namespace hostsim_test;
 using compat::com_ptr_t;
 
-namespace {
-
-std::wstring take(BSTR text) {
-    std::wstring copy(text ? text : L"");
-    SysFreeString(text);
-    return copy;
-}
-
-} // namespace
-
-TEST(OnHostBackup, WritersPublishTheirComponentsAndFileSpecsFromTheHostDescription) {
+// What the requester reads of the metadata (file specs with their variables unexpanded among it)
+// is checked through the VSS layer's and the snapshot's tests; here, what only the raw calls show.
+TEST(OnHostBackup, OnlyEnabledWritersPublishTheirComponentsWithCaptionAndLogicalPathAsWritten) {
     scratch_host_t host;
     auto backup = new_backup();
     ASSERT_EQ(backup->InitializeForBackup(), S_OK);
     ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
-
     UINT writers = 0;
     ASSERT_EQ(backup->GetWriterMetadataCount(&writers), S_OK);
     ASSERT_EQ(writers, 1u) << "only the enabled writer takes part";
     VSS_ID instance{};
     com_ptr_t<IVssExamineWriterMetadata> metadata;
     ASSERT_EQ(backup->GetWriterMetadata(0, &instance, metadata.put()), S_OK);
-    EXPECT_EQ(instance, hyperv_writer_instance);
 
-    VSS_ID writer{};
-    BSTR name = nullptr;
-    VSS_USAGE_TYPE usage{};
-    VSS_SOURCE_TYPE source{};
-    ASSERT_EQ(metadata->GetIdentity(&instance, &writer, &name, &usage, &source), S_OK);
-    EXPECT_EQ(writer, hyperv_writer_id);
-    EXPECT_EQ(take(name), L"Microsoft Hyper-V VSS Writer");
-
-    UINT includes = 9, excludes = 9, components = 0;
-    ASSERT_EQ(metadata->GetFileCounts(&includes, &excludes, &components), S_OK);
-    EXPECT_EQ(components, 2u);
-
-    com_ptr_t<IVssWMComponent> component;
+    com_ptr_t<IVssWMComponent> component, second;
     ASSERT_EQ(metadata->GetComponent(0, component.put()), S_OK);
     PVSSCOMPONENTINFO info = nullptr;
     ASSERT_EQ(component->GetComponentInfo(&info), S_OK);
-    EXPECT_STREQ(info->bstrComponentName, vm1_component);
     EXPECT_STREQ(info->bstrCaption, L"vm1");
     EXPECT_STREQ(info->bstrLogicalPath, L"");
-    EXPECT_EQ(info->type, VSS_CT_FILEGROUP);
-    EXPECT_EQ(info->cFileCount, 2u);
     ASSERT_EQ(component->FreeComponentInfo(info), S_OK);
-
-    com_ptr_t<IVssWMFiledesc> file;
-    ASSERT_EQ(component->GetFile(1, file.put()), S_OK);
-    BSTR path = nullptr, spec = nullptr;
-    boolean recursive = true;
-    ASSERT_EQ(file->GetPath(&path), S_OK);
-    ASSERT_EQ(file->GetFilespec(&spec), S_OK);
-    ASSERT_EQ(file->GetRecursive(&recursive), S_OK);
-    EXPECT_EQ(take(path), L"%VmRoot%\\vm1\\") << "environment variables stay for the requester to expand";
-    EXPECT_EQ(take(spec), L"*.avhdx");
-    EXPECT_FALSE(recursive);
-
-    com_ptr_t<IVssWMComponent> second;
     ASSERT_EQ(metadata->GetComponent(1, second.put()), S_OK);
     ASSERT_EQ(second->GetComponentInfo(&info), S_OK);
     EXPECT_EQ(info->bstrLogicalPath, nullptr) << "a component without logicalPath has none";
     second->FreeComponentInfo(info);
-
-    BSTR document = nullptr;
-    ASSERT_EQ(metadata->SaveAsXML(&document), S_OK);
-    EXPECT_NE(take(document).find(vm1_component), std::wstring::npos);
 }
 
 TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
@@ -97,14 +51,11 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
     VSS_SNAPSHOT_PROP prop{};
     ASSERT_EQ(backup->GetSnapshotProperties(snapshot_id, &prop), S_OK);
     const std::wstring device = prop.m_pwszSnapshotDeviceObject;
-    EXPECT_STREQ(prop.m_pwszOriginalVolumeName, c_volume_name);
-    EXPECT_STREQ(prop.m_pwszOriginatingMachine, L"HV01");
     EXPECT_EQ(prop.m_ProviderId, system_provider_id);
     EXPECT_EQ(prop.m_eStatus, VSS_SS_CREATED);
     VssFreeSnapshotPropertiesInternal(&prop);
     EXPECT_EQ(prop.m_pwszSnapshotDeviceObject, nullptr);
 
-    ASSERT_EQ(device.rfind(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy", 0), 0u);
     EXPECT_EQ(read_file(local_path(device + L"\\vms\\VM1\\vm1.VHDX")), "disk of vm1, before");
     EXPECT_FALSE(std::filesystem::exists(local_path(device + L"\\VMs\\vm1\\new.avhdx")));
     EXPECT_EQ(read_file(local_path(L"C:\\VMs\\vm1\\vm1.vhdx")), "disk of vm1, after");
@@ -117,85 +68,54 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
     EXPECT_TRUE(host.state_lines("shadows.txt").empty());
 }
 
-TEST(OnHostBackup, WritersMoveThroughTheirStatesAndTheOutcomeIsRecordedAtCompletion) {
+TEST(OnHostBackup, WritersMoveThroughTheirStatesAndEveryCallIsJournaledWithItsMainArguments) {
     scratch_host_t host;
     auto backup = prepared_backup();
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_WAITING_FOR_FREEZE) << "after prepare";
-
+    using states = std::vector<VSS_WRITER_STATE>;
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_FREEZE));
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_WAITING_FOR_BACKUP_COMPLETE) << "after the snapshot";
-
-    BSTR document = nullptr;
-    ASSERT_EQ(backup->SaveAsXML(&document), S_OK);
-    EXPECT_GT(SysStringLen(document), 0u);
-    SysFreeString(document);
-
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_BACKUP_COMPLETE));
     ASSERT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
                                          vm1_component, false),
               S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    for (auto& s : writer_statuses(backup.get()))
-        EXPECT_EQ(s.state, VSS_WS_STABLE) << "after completion";
+    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_STABLE));
 
     auto backups = host.state_lines("backups.txt");
     ASSERT_EQ(backups.size(), 2u);
     EXPECT_EQ(backups[0].rfind("backup\t{", 0), 0u);
     EXPECT_EQ(backups[1], "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tfailed");
-}
-
-TEST(OnHostBackup, EveryCallIsJournaledWithItsMainArguments) {
-    scratch_host_t host;
-    auto backup = prepared_backup();
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
 
     auto journal = host.journal();
     ASSERT_FALSE(journal.empty());
-    EXPECT_EQ(journal.front()[0], std::to_string(getpid()));
-    EXPECT_EQ(journal.front()[1], "CreateVssBackupComponentsInternal");
+    EXPECT_EQ(journal.front(),
+              (std::vector<std::string>{std::to_string(getpid()), "CreateVssBackupComponentsInternal"}));
     EXPECT_TRUE(journal_has(host, "AddComponent", "B1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B"));
     EXPECT_TRUE(journal_has(host, "AddToSnapshotSet", "Volume{6a1b0c3e-0000-0000-0000-000000000001}"));
     EXPECT_TRUE(journal_has(host, "DoSnapshotSet", "{"));
     EXPECT_TRUE(journal_has(host, "QueryStatus", "DoSnapshotSet"));
 }
 
-TEST(OnHostBackup, SharesAndClusterVolumesAreSnapshottedThroughTheirProviders) {
+// What their shadow copies hold is read through the tool's snapshot road.
+TEST(OnHostBackup, SharesAndClusterVolumesGetTheirOwnProviderWhenNoneIsNamed) {
     scratch_host_t host;
     auto backup = gathered_backup();
-    VSS_ID set_id{}, share_snapshot{}, csv_snapshot{};
-    ASSERT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
-
-    com_ptr_t<IVssBackupComponentsEx4> ex4;
-    ASSERT_EQ(backup.query(IID_IVssBackupComponentsEx4, ex4), S_OK);
-    WCHAR share_file[] = L"\\\\FS01\\vms\\vm3\\vm3.vhdx";
-    VSS_PWSZ root = nullptr, prefix = nullptr;
-    ASSERT_EQ(ex4->GetRootAndLogicalPrefixPaths(share_file, &root, &prefix, FALSE), S_OK);
-    EXPECT_STREQ(root, L"\\\\fs01\\vms\\");
-    std::wstring share_root = root;
-    CoTaskMemFree(root);
-    CoTaskMemFree(prefix);
-
-    ASSERT_EQ(backup->AddToSnapshotSet(share_root.data(), GUID_NULL, &share_snapshot), S_OK);
-    WCHAR csv_mount[] = L"C:\\ClusterStorage\\Volume1\\";
+    start_set(backup.get());
+    VSS_ID share_snapshot{}, csv_snapshot{};
+    WCHAR share[] = L"\\\\fs01\\vms\\", csv_mount[] = L"C:\\ClusterStorage\\Volume1\\";
+    ASSERT_EQ(backup->AddToSnapshotSet(share, GUID_NULL, &share_snapshot), S_OK);
     ASSERT_EQ(backup->AddToSnapshotSet(csv_mount, GUID_NULL, &csv_snapshot), S_OK);
     ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
 
-    VSS_SNAPSHOT_PROP prop{};
-    ASSERT_EQ(backup->GetSnapshotProperties(share_snapshot, &prop), S_OK);
-    EXPECT_STREQ(prop.m_pwszOriginalVolumeName, L"\\\\fs01\\vms\\");
-    EXPECT_EQ(read_file(local_path(std::wstring(prop.m_pwszSnapshotDeviceObject) + L"\\vm3\\vm3.vhdx")),
-              "disk of vm3");
-    VssFreeSnapshotPropertiesInternal(&prop);
-
-    ASSERT_EQ(backup->GetSnapshotProperties(csv_snapshot, &prop), S_OK);
-    EXPECT_EQ(prop.m_ProviderId,
-              (GUID{0x400a2ff4, 0x5eb1, 0x44b0, {0x8a, 0x05, 0x1f, 0xca, 0xc0, 0xbc, 0xf9, 0xff}}))
-        << "the CSV provider is the one that serves a cluster shared volume";
-    EXPECT_EQ(
-        read_file(local_path(std::wstring(prop.m_pwszSnapshotDeviceObject) + L"\\vm2\\Disks\\vm2.vhdx")),
-        "disk of vm2");
-    VssFreeSnapshotPropertiesInternal(&prop);
+    const std::pair<VSS_ID, GUID> providers[] = {
+        {share_snapshot, {0x89300202, 0x3cec, 0x4981, {0x91, 0x71, 0x19, 0xf5, 0x95, 0x59, 0xe0, 0xf2}}},
+        {csv_snapshot, {0x400a2ff4, 0x5eb1, 0x44b0, {0x8a, 0x05, 0x1f, 0xca, 0xc0, 0xbc, 0xf9, 0xff}}}};
+    for (const auto& [snapshot, provider] : providers) {
+        VSS_SNAPSHOT_PROP prop{};
+        ASSERT_EQ(backup->GetSnapshotProperties(snapshot, &prop), S_OK);
+        EXPECT_EQ(prop.m_ProviderId, provider);
+        VssFreeSnapshotPropertiesInternal(&prop);
+    }
 }

@@ -137,21 +137,42 @@ compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id) {
     return backup;
 }
 
-std::vector<writer_status_t> writer_statuses(IVssBackupComponents* backup) {
+std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup, std::vector<HRESULT>* failures) {
     EXPECT_EQ(run(backup, &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
     UINT count = 0;
     EXPECT_EQ(backup->GetWriterStatusCount(&count), S_OK);
-    std::vector<writer_status_t> statuses;
+    std::vector<VSS_WRITER_STATE> states;
     for (UINT i = 0; i < count; ++i) {
         VSS_ID instance{}, writer{};
         BSTR name = nullptr;
-        writer_status_t s{};
-        EXPECT_EQ(backup->GetWriterStatus(i, &instance, &writer, &name, &s.state, &s.failure), S_OK);
-        s.name = name ? name : L"";
+        VSS_WRITER_STATE state{};
+        HRESULT failure = S_OK;
+        EXPECT_EQ(backup->GetWriterStatus(i, &instance, &writer, &name, &state, &failure), S_OK);
         SysFreeString(name);
-        statuses.push_back(s);
+        states.push_back(state);
+        if (failures)
+            failures->push_back(failure);
     }
-    return statuses;
+    return states;
+}
+
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider) {
+    VSS_ID id{};
+    return backup->AddToSnapshotSet(volume.data(), provider, &id);
+}
+
+GUID start_set(IVssBackupComponents* backup) {
+    VSS_ID set_id{};
+    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    return set_id;
+}
+
+int dead_pid() {
+    const pid_t pid = fork();
+    if (pid == 0)
+        _exit(0);
+    waitpid(pid, nullptr, 0);
+    return static_cast<int>(pid);
 }
 
 bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument) {

@@ -6,6 +6,9 @@
 #include "compat/vss_api.h"
 #include "tests/support/host_folder.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -45,13 +48,31 @@ compat::com_ptr_t<IVssBackupComponents> gathered_backup();
 // Gathered, vm1 added, C: in a started set with the system provider, prepared.
 compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id = nullptr);
 
-struct writer_status_t {
-    std::wstring name;
-    VSS_WRITER_STATE state;
-    HRESULT failure;
-};
-// Gathers the writers' status and reads it.
-std::vector<writer_status_t> writer_statuses(IVssBackupComponents* backup);
+// Gathers the writers' status: each writer's state, and its failure code into failures if given.
+std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup,
+                                            std::vector<HRESULT>* failures = nullptr);
+
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL);
+// Starts a snapshot set; its id.
+GUID start_set(IVssBackupComponents* backup);
+
+// The pid of a process that has ended.
+int dead_pid();
+// Runs body in a child process; true if it returned 0.
+template <class Body> bool in_child_process(Body body) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+        int code = 1;
+        try {
+            code = body();
+        } catch (...) {
+        }
+        _exit(code);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
 
 bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument = "");
 

@@ -8,9 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <fstream>
 
@@ -19,28 +16,12 @@ using compat::com_ptr_t;
 
 namespace {
 
-// Runs body in a child process; true if it ended with status 0.
-template <class Body> bool in_child_process(Body body) {
-    pid_t pid = fork();
-    if (pid == 0) {
-        int code = 1;
-        try {
-            code = body();
-        } catch (...) {
-        }
-        _exit(code);
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 bool ok(HRESULT hr) {
     return hr == S_OK || hr == VSS_S_ASYNC_FINISHED;
 }
 
 // The host side of an off-host backup: a transportable snapshot of C:, its document saved.
-int make_transportable_set(const std::filesystem::path& document_file, bool release) {
+int make_transportable_set(const std::filesystem::path& document_file) {
     com_ptr_t<IVssBackupComponents> backup;
     VSS_ID set_id{}, snapshot_id{};
     WCHAR volume[] = L"C:\\";
@@ -58,9 +39,15 @@ int make_transportable_set(const std::filesystem::path& document_file, bool rele
         return 2;
     std::wofstream(document_file) << document;
     SysFreeString(document);
-    if (!release)
-        backup.detach(); // as if the process died holding it
     return 0;
+}
+
+// What the simulator says of a host description that it cannot use.
+std::string complaint() {
+    com_ptr_t<IVssBackupComponents> backup;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
+    return testing::internal::GetCapturedStderr();
 }
 
 std::wstring read_document(const std::filesystem::path& file) {
@@ -78,10 +65,9 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
 )");
     scratch_host_t host;
     const auto document_file = host.dir() / "backup-document.xml";
-    ASSERT_TRUE(in_child_process([&] { return make_transportable_set(document_file, true); }));
+    ASSERT_TRUE(in_child_process([&] { return make_transportable_set(document_file); }));
     ASSERT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the set outlives the release of its maker";
 
-    host.write("volumes/c/VMs/vm1/vm1.vhdx", "changed on the host after the snapshot");
     proxy.select();
     auto backup = new_backup();
     BSTR document = SysAllocString(read_document(document_file).c_str());
@@ -109,15 +95,9 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
     EXPECT_STREQ(prop.m_pwszOriginatingMachine, L"HV01");
     EXPECT_STREQ(prop.m_pwszServiceMachine, L"PROXY01");
     EXPECT_TRUE(prop.m_lSnapshotAttributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE);
-    const std::wstring device = prop.m_pwszSnapshotDeviceObject;
     VssFreeSnapshotPropertiesInternal(&prop);
-    const auto disk = local_path(device + L"\\VMs\\vm1\\vm1.vhdx");
-    EXPECT_EQ(read_file(disk), "disk of vm1, before");
-    EXPECT_EQ(disk.string().rfind(proxy.dir().string(), 0), 0u);
-
+    // What the imported copy holds, and its release, are read through the import's own tests.
     backup.reset();
-    EXPECT_FALSE(std::filesystem::exists(disk)) << "released with the import";
-    EXPECT_TRUE(proxy.state_lines("shadows.txt").empty());
 
     auto second = new_backup();
     document = SysAllocString(read_document(document_file).c_str());
@@ -170,12 +150,9 @@ TEST(SharedState, ShadowNumbersGrowAcrossProcessesAndAreNeverReused) {
 
 TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
     scratch_host_t host("<Host name=\"HV01\"><Volume name=\"x\" dir=\"v\" mount=\"C:\\\"></Host>");
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    auto complaint = testing::internal::GetCapturedStderr();
-    EXPECT_NE(complaint.find((host.dir() / "host.xml").string()), std::string::npos) << complaint;
-    EXPECT_NE(complaint.find("mismatch"), std::string::npos) << complaint;
+    const auto said = complaint();
+    EXPECT_NE(said.find((host.dir() / "host.xml").string()), std::string::npos) << said;
+    EXPECT_NE(said.find("mismatch"), std::string::npos) << said;
     EXPECT_TRUE(hostsim::host_selected());
     EXPECT_EQ(ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\"), FALSE);
     EXPECT_EQ(hostsim::win32_call("FindNextFileW", L"C:\\"), static_cast<std::uint32_t>(E_UNEXPECTED));
@@ -198,21 +175,15 @@ TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsIsMalformed) {
         EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
     }
     scratch_host_t host(nested(100000));
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    const auto complaint = testing::internal::GetCapturedStderr();
-    EXPECT_NE(complaint.find((host.dir() / "host.xml").string() +
-                             ": the document is nested deeper than 256 levels"),
-              std::string::npos)
-        << complaint;
-    EXPECT_EQ(std::count(complaint.begin(), complaint.end(), '\n'), 1) << "one line: " << complaint;
+    const auto said = complaint();
+    EXPECT_NE(
+        said.find((host.dir() / "host.xml").string() + ": the document is nested deeper than 256 levels"),
+        std::string::npos)
+        << said;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << "one line: " << said;
 }
 
 TEST(SharedState, AHostDescriptionWithWrongContentIsMalformedToo) {
     scratch_host_t host(sample_host_xml(R"(<Provider id="not a guid" type="system"/>)"));
-    com_ptr_t<IVssBackupComponents> backup;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CreateVssBackupComponentsInternal(backup.put()), E_UNEXPECTED);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("<Provider>"), std::string::npos);
+    EXPECT_NE(complaint().find("<Provider>"), std::string::npos);
 }

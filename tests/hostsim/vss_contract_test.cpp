@@ -9,9 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 
@@ -23,17 +20,6 @@ namespace {
 const wchar_t csv_disk[] = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const wchar_t csv_folder[] = L"C:\\ClusterStorage\\Volume1\\vm2\\";
 const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
-
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL) {
-    VSS_ID id{};
-    return backup->AddToSnapshotSet(volume.data(), provider, &id);
-}
-
-GUID start_set(IVssBackupComponents* backup) {
-    VSS_ID set_id{};
-    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
-    return set_id;
-}
 
 std::string set_text(const GUID& set_id) {
     return hostsim::to_utf8(hostsim::guid_text(set_id));
@@ -59,22 +45,6 @@ HRESULT status_of(IVssAsync* async) {
     return status;
 }
 
-std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup) {
-    std::vector<VSS_WRITER_STATE> states;
-    for (auto& s : writer_statuses(backup))
-        states.push_back(s.state);
-    return states;
-}
-
-// The pid of a process that has ended.
-int dead_pid() {
-    pid_t pid = fork();
-    if (pid == 0)
-        _exit(0);
-    waitpid(pid, nullptr, 0);
-    return static_cast<int>(pid);
-}
-
 } // namespace
 
 TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEnded) {
@@ -88,15 +58,10 @@ TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEn
     EXPECT_NE(lock[0].find("\t" + std::to_string(getpid()) + ":"), std::string::npos) << lock[0];
     EXPECT_NE(lock[0].find(" UTC"), std::string::npos) << "since when: " << lock[0];
 
-    pid_t child = fork();
-    if (child == 0) {
-        auto other = gathered_backup();
+    EXPECT_TRUE(in_child_process([] {
         VSS_ID id{};
-        _exit(other->StartSnapshotSet(&id) == VSS_E_SNAPSHOT_SET_IN_PROGRESS ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0) << "another process on the host meets the same lock";
+        return gathered_backup()->StartSnapshotSet(&id) == VSS_E_SNAPSHOT_SET_IN_PROGRESS ? 0 : 1;
+    })) << "another process on the host meets the same lock";
 
     ASSERT_EQ(run(first.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
@@ -245,16 +210,6 @@ TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
     EXPECT_EQ(count, 2u) << "the system writer still takes part";
 }
 
-TEST(DoSnapshotSet, AnEmptySetIsAccepted) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    EXPECT_TRUE(host.state_lines("shadows.txt").empty());
-}
-
 TEST(GatherWriterStatus, WithoutGatheredMetadataReportsNoWriters) {
     scratch_host_t host;
     auto fresh = new_backup();
@@ -296,11 +251,4 @@ TEST(ClusterSharedVolumeBackupState, AClearClearsTheVolumeForEveryJob) {
         return record.size() == 4 && record[1] == "CsvBackupStateCleared" && record[2] == csv_volume &&
                record[3] == set;
     })) << "the jobs that lost their preparation are named";
-}
-
-TEST(GetVolumePathNameW, KeepsTheLongPathPrefixOfTheQuestion) {
-    scratch_host_t host;
-    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\C:\\VMs\\vm1\\vm1.vhdx"), L"\\\\?\\C:\\");
-    EXPECT_EQ(hostsim::volume_path_name(L"\\\\?\\UNC\\fs01\\vms\\vm3\\vm3.vhdx"), L"\\\\?\\UNC\\fs01\\vms\\");
-    EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
 }

@@ -10,15 +10,9 @@ namespace {
 
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
 
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider) {
-    VSS_ID id{};
-    return backup->AddToSnapshotSet(volume.data(), provider, &id);
-}
-
 com_ptr_t<IVssBackupComponents> started_backup() {
     auto backup = gathered_backup();
-    VSS_ID set_id{};
-    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    start_set(backup.get());
     return backup;
 }
 

@@ -12,20 +12,11 @@
 #include <regex>
 #include <sstream>
 
-#include <unistd.h>
-
 namespace import_test {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string read_file(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 std::vector<std::string> lines_of(const fs::path& file) {
     std::ifstream in(file);
@@ -37,7 +28,7 @@ std::vector<std::string> lines_of(const fs::path& file) {
 }
 
 void add_to_host_xml(const fs::path& dir, const std::string& extra) {
-    std::string xml = read_file(dir / "host.xml");
+    std::string xml = ReadFile(dir / "host.xml");
     xml.insert(xml.rfind("</Host>"), extra + "\n");
     std::ofstream(dir / "host.xml", std::ios::binary | std::ios::trunc) << xml;
 }
@@ -45,10 +36,6 @@ void add_to_host_xml(const fs::path& dir, const std::string& extra) {
 } // namespace
 
 host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
-    std::string pattern = (fs::temp_directory_path() / "mirrack-import-XXXXXX").string();
-    folder = ::mkdtemp(pattern.data());
-    hostDir = folder / "host";
-    proxyDir = folder / "proxy";
     // Small: two VMs, one on C: and one on the cluster shared volume, so two snapshots.
     lab::sample_options_t options;
     options.vms_on_c = 1;
@@ -61,12 +48,6 @@ host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
         add_to_host_xml(proxyDir, proxyExtra);
 }
 
-host_and_proxy_t::~host_and_proxy_t() {
-    ::unsetenv("MIRRACK_HOST");
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-}
-
 void host_and_proxy_t::SelectHost() const {
     ::setenv("MIRRACK_HOST", hostDir.c_str(), 1);
 }
@@ -76,7 +57,7 @@ void host_and_proxy_t::SelectProxy() const {
 }
 
 std::string host_and_proxy_t::OffhostSpec() const {
-    return read_file(hostDir / "spec-offhost.xml");
+    return ReadFile(hostDir / "spec-offhost.xml");
 }
 
 std::vector<GUID> host_and_proxy_t::OffhostVms() const {
@@ -133,7 +114,14 @@ ItemsList AllItems(const host_snapshot_t& snapshot) {
 
 std::string ReadThrough(const std::wstring& windowsPath) {
     const auto file = hostsim::map_path(windowsPath);
-    return file ? read_file(*file) : std::string();
+    return file ? ReadFile(*file) : std::string();
+}
+
+std::string ReadFile(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
 }
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -6,6 +6,7 @@
 #include "compat/win_types.h"
 #include "invoke/files_list.h"
 #include "tests/snapshot/snapshot_test_support.h"
+#include "tests/support/host_folder.h"
 
 #include <filesystem>
 #include <map>
@@ -21,9 +22,6 @@ class host_and_proxy_t {
 public:
     // proxyExtra goes into the proxy's host.xml: faults, most of the time.
     explicit host_and_proxy_t(const std::string& proxyExtra = "");
-    ~host_and_proxy_t();
-    host_and_proxy_t(const host_and_proxy_t&) = delete;
-    host_and_proxy_t& operator=(const host_and_proxy_t&) = delete;
 
     const std::filesystem::path& HostDir() const { return hostDir; }
     const std::filesystem::path& ProxyDir() const { return proxyDir; }
@@ -42,7 +40,8 @@ public:
     std::vector<std::string> Calls(const std::filesystem::path& dir) const;
 
 private:
-    std::filesystem::path folder, hostDir, proxyDir;
+    test_support::host_folder_t folder{"mirrack-import"};
+    std::filesystem::path hostDir = folder.dir() / "host", proxyDir = folder.dir() / "proxy";
 };
 
 struct host_snapshot_t {
@@ -62,6 +61,8 @@ ItemsList AllItems(const host_snapshot_t& snapshot);
 // A file's content through the selected host's mapping of Windows paths; empty when
 // the path leads nowhere.
 std::string ReadThrough(const std::wstring& windowsPath);
+
+std::string ReadFile(const std::filesystem::path& file);
 
 bool Contains(const std::string& text, const std::string& part);
 

@@ -15,6 +15,7 @@ const std::wstring volumeC = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-00000000000
 const std::wstring volumeD = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\";
 const std::wstring shadow7 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7";
 const std::wstring shadow8 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy8";
+const VSSUtils::VSS_SNAPSHOT_INFO c7{GUID_NULL, volumeC, shadow7}, d8{GUID_NULL, volumeD, shadow8};
 
 hv::CVssImportSnapshotResult ResultOf(std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots) {
     return hv::CVssImportSnapshotResult(
@@ -41,7 +42,7 @@ std::vector<std::wstring> FullPaths(const ItemsList& items) {
 } // namespace
 
 TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
-    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}, {GUID_NULL, volumeD, shadow8}});
+    const auto result = ResultOf({c7, d8});
     const ItemsList items{Item(volumeC + L"VMs\\vm1\\disk.vhdx"), Item(volumeD + L"data\\d.vhdx", L"d.vhdx"),
                           Item(L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx"),
                           Item(L"C:\\VMs\\vm1\\disk.vhdx"), Item(L"\\\\?\\Vol")};
@@ -58,43 +59,29 @@ TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
     }
 }
 
-TEST(PathConversion, VolumeMatchesInAnyCaseAndTheRestKeepsItsOwn) {
+// A path's volume is matched in any case, one closing separator is taken off each part and one
+// put between, and each snapshot walks the list once in the result's order.
+TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
+    const auto one = [](std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots, const std::wstring& fullPath) {
+        return FullPaths(Convert(ResultOf(std::move(snapshots)), {Item(fullPath)})).at(0);
+    };
     std::wstring upper = volumeC;
     for (wchar_t& c : upper)
         c = static_cast<wchar_t>(std::towupper(c));
-    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}});
-    EXPECT_EQ(FullPaths(Convert(result, {Item(upper + L"VMs\\Vm1\\Disk.VHDX")})),
-              (std::vector<std::wstring>{shadow7 + L"\\VMs\\Vm1\\Disk.VHDX"}));
-}
-
-TEST(PathConversion, JoiningTakesOneClosingSeparatorOffEachPartAndPutsOneBetween) {
-    // The volume itself: the device without a closing separator.
-    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7}}), {Item(volumeC)})),
-              (std::vector<std::wstring>{shadow7}));
-    // A device given with its closing backslash joins the same way.
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, shadow7 + L"\\"}}), {Item(volumeC + L"a.vhd")})),
-        (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
-    // An old volume without its closing backslash leaves the rest's leading one in place.
-    const std::wstring bare = volumeC.substr(0, volumeC.size() - 1);
-    EXPECT_EQ(FullPaths(Convert(ResultOf({{GUID_NULL, bare, shadow7}}), {Item(volumeC + L"a.vhd")})),
-              (std::vector<std::wstring>{shadow7 + L"\\\\a.vhd"}));
-}
-
-TEST(PathConversion, EachSnapshotWalksTheListOnceInTheResultsOrder) {
-    // A device that begins with another snapshot's volume is rewritten again by it.
+    EXPECT_EQ(one({c7}, upper + L"VMs\\Vm1\\Disk.VHDX"), shadow7 + L"\\VMs\\Vm1\\Disk.VHDX");
+    EXPECT_EQ(one({c7}, volumeC), shadow7) << "the volume itself";
+    EXPECT_EQ(one({{GUID_NULL, volumeC, shadow7 + L"\\"}}, volumeC + L"a.vhd"), shadow7 + L"\\a.vhd");
+    EXPECT_EQ(one({{GUID_NULL, volumeC.substr(0, volumeC.size() - 1), shadow7}}, volumeC + L"a.vhd"),
+              shadow7 + L"\\\\a.vhd")
+        << "an old volume without its separator leaves the rest's in place";
     const std::wstring nested = volumeD + L"inner";
-    const ItemsList items{Item(volumeC + L"a.vhd")};
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeC, nested}, {GUID_NULL, volumeD, shadow8}}), items)),
-        (std::vector<std::wstring>{shadow8 + L"\\inner\\a.vhd"}));
-    EXPECT_EQ(
-        FullPaths(Convert(ResultOf({{GUID_NULL, volumeD, shadow8}, {GUID_NULL, volumeC, nested}}), items)),
-        (std::vector<std::wstring>{nested + L"\\a.vhd"}));
+    EXPECT_EQ(one({{GUID_NULL, volumeC, nested}, d8}, volumeC + L"a.vhd"), shadow8 + L"\\inner\\a.vhd")
+        << "a device that begins with a later snapshot's volume is rewritten again";
+    EXPECT_EQ(one({d8, {GUID_NULL, volumeC, nested}}, volumeC + L"a.vhd"), nested + L"\\a.vhd");
 }
 
 TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
-    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}, {GUID_NULL, volumeD, shadow8}});
+    const auto result = ResultOf({c7, d8});
     log_capture_t log;
     ItemsList none;
     DeserializeItemsList(result.ConvertOffhostPaths(L"<FilesList/>"), none);
@@ -108,7 +95,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
 }
 
 TEST(PathConversion, UnreadableItemsFailThisCallOnly) {
-    const auto result = ResultOf({{GUID_NULL, volumeC, shadow7}});
+    const auto result = ResultOf({c7});
     const auto lines = failure_lines([&] { result.ConvertOffhostPaths(L"<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");

@@ -1,18 +1,41 @@
-// The off-host road through two real tools, driven with the client's steps: mirrack
-// on the Hyper-V host makes a transportable snapshot, mirrack on the proxy imports it
-// from the host's documents and converts the host's paths.
-#include "offhost_tools.h"
+// The off-host road through two real tools: mirrack on the Hyper-V host makes a
+// transportable snapshot, mirrack on the proxy imports it from the host's documents and
+// converts the host's paths; driven step by step, and as mirrack-client offhost does it.
+#include "import_test_support.h"
+#include "tool_run_posix.h"
 
 #include "client/offhost_road.h"
+#include "client/subcommand.h"
 #include "common/format/format.h"
 #include "invoke/snapshot_ids.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <sstream>
+
 using namespace import_test;
 using client::CRequestArguments;
 
 namespace {
+
+namespace fs = std::filesystem;
+
+// Both tools, each in one pipe folder that this process is pointed at: the host's pipe is
+// "host", the proxy's "proxy". The proxy is this process's host.
+struct offhost_tools_t {
+    explicit offhost_tools_t(const std::string& proxyExtra = "")
+        : hosts(proxyExtra), pipes(hosts.HostDir().parent_path() / "pipes"),
+          hostRun({"-p", "-n", "host", "-o", "LOG"}, pipes, hosts.HostDir()),
+          proxyRun({"-p", "-n", "proxy", "-o", "LOG"}, pipes, hosts.ProxyDir()) {
+        ::setenv("MIRRACK_PIPE_DIR", pipes.c_str(), 1);
+        hosts.SelectProxy();
+    }
+
+    host_and_proxy_t hosts;
+    fs::path pipes;
+    ToolRun hostRun, proxyRun;
+};
 
 const client::backup_job_t job{L"Nightly", L"Console", ""};
 
@@ -58,6 +81,24 @@ struct OffhostRoad : offhost_tools_t {
 };
 
 const std::wstring notImported = L"\\\\?\\Volume{99999999-0000-4000-8000-000000000009}\\VMs\\x.vhdx";
+
+struct client_run_t {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+client_run_t RunOffhost(const offhost_tools_t& tools, const fs::path& spec,
+                        const std::vector<std::string>& more = {}) {
+    std::vector<std::string> line{
+        "offhost",      "--host-pipe", "host",
+        "--proxy-pipe", "proxy",       "--spec",
+        spec.string(),  "--to",        (tools.hosts.HostDir().parent_path() / "backup").string()};
+    line.insert(line.end(), more.begin(), more.end());
+    std::ostringstream out, err;
+    const int status = client::RunClient(line, out, err);
+    return {status, out.str(), err.str()};
+}
 
 } // namespace
 
@@ -129,4 +170,48 @@ TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWhole) {
         Contains(to_ansi(road.ConvertFrame(L"<FilesList/>")), "There is no successfully imported snapshot."));
     road.CloseBoth();
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
+}
+
+TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBothClean) {
+    offhost_tools_t tools;
+    const std::vector<GUID> vms = tools.hosts.OffhostVms();
+    ASSERT_GE(vms.size(), 2u);
+    const std::string failedVm = to_ansi(guid_to_wstring(vms[1]));
+
+    const client_run_t run =
+        RunOffhost(tools, tools.hosts.HostDir() / "spec-offhost.xml", {"--fail-vm", failedVm});
+    EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
+    EXPECT_TRUE(Contains(run.out, "Import task completed")) << run.out;
+    EXPECT_TRUE(Contains(run.out, "Import and snapshot closed.")) << run.out;
+    EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
+    EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
+
+    // The sample files are each filled with their own name, so a file read from
+    // the wrong place shows; nothing changed on the host meanwhile.
+    std::size_t received = 0;
+    for (const auto& entry :
+         fs::recursive_directory_iterator(tools.hosts.HostDir().parent_path() / "backup")) {
+        if (!entry.is_regular_file())
+            continue;
+        const std::string fileName = entry.path().filename().string();
+        EXPECT_EQ(ReadFile(entry.path()).substr(0, fileName.size() + 1), fileName + "\n") << entry.path();
+        ++received;
+    }
+    EXPECT_GT(received, 0u);
+    const std::string results = ReadFile(tools.hosts.HostDir() / "state" / "backups.txt");
+    EXPECT_TRUE(Contains(results, "\tfailed")) << results;
+    EXPECT_TRUE(Contains(results, "\tsucceeded")) << results;
+    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
+    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
+}
+
+TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
+    offhost_tools_t tools;
+    const client_run_t run = RunOffhost(tools, tools.hosts.HostDir() / "spec.xml");
+    EXPECT_EQ(run.status, client::exit_error_response) << run.out << run.err;
+    EXPECT_TRUE(Contains(run.out, "The host made no transportable snapshot")) << run.out;
+    EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
+    EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
+    EXPECT_FALSE(Contains(tools.proxyRun.LogText(), "Starting import of the off-host snapshot."));
+    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
 }

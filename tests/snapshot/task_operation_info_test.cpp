@@ -10,17 +10,6 @@ const GUID taskId = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
 } // namespace
 
-TEST(OperationInfo, RunningTaskReadsAsNotCompletedAndStillSucceeding) {
-    COperationInfo info(taskId, 1234);
-    const SOperationStatus status = info.Read();
-    EXPECT_EQ(status.snapshotId, taskId);
-    EXPECT_FALSE(status.isCompleted);
-    EXPECT_TRUE(status.isSucceeded);
-    EXPECT_EQ(status.errDescription, L"");
-    EXPECT_EQ(status.creationTime, 1234);
-    EXPECT_EQ(status.completedTime, 0);
-}
-
 TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
     COperationInfo info(taskId, 1);
     std::thread worker([&] { info.MarkFailed(L"line one\nline two", 99); });

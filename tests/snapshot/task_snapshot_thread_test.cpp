@@ -40,8 +40,6 @@ TEST(SnapshotTask, WhileCreatingItAnswersAtOnceAndClosingCancelsTheCreation) {
     EXPECT_FALSE(status.isCompleted);
     EXPECT_TRUE(status.isSucceeded);
     EXPECT_EQ(status.snapshotId, taskId);
-    EXPECT_EQ(task->GetJobInfo()->jobName, L"Job");
-    EXPECT_EQ(task->GetJobInfo()->backupConsole, L"Console");
     EXPECT_EQ(failure_lines([&] { task->GetCreatedInfo(); }),
               std::vector<std::string>{"Failed to create snapshot."});
     EXPECT_EQ(failure_lines([&] { task->GetVmFiles(string_to_guid(std::string(local_vm))); }),

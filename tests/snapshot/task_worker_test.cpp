@@ -1,4 +1,5 @@
-// The worker of a task: what escapes its body, the hold, and a worker that outlives its join.
+// The worker of a task: what escapes its body, and a worker that outlives its join. The hold and
+// its end by the close event or by its limit are read through the snapshot and import tasks.
 #include "snapshot_test_support.h"
 
 #include "common/exc/exc.h"
@@ -30,25 +31,6 @@ TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndTheWorkerEnds) {
     wait_until([&] { return worker.HasEnded(); });
     worker.Stop();
     EXPECT_TRUE(log.has("Body gave up.")) << log.text();
-}
-
-TEST(TaskWorker, StopSetsTheCloseEventTheBodyHoldsOn) {
-    auto closeEvent = std::make_shared<win::win_manual_reset_event_t>();
-    std::atomic<bool> released{false};
-    impl::CTaskWorker worker("TestWorker", closeEvent, [closeEvent, &released] {
-        impl::WaitForClose(*closeEvent);
-        released = true;
-    });
-    EXPECT_FALSE(worker.HasEnded());
-    worker.Stop();
-    EXPECT_TRUE(worker.HasEnded());
-    EXPECT_TRUE(released);
-}
-
-TEST(TaskWorker, TheHoldEndsByItselfAfterItsLimit) {
-    win::win_manual_reset_event_t neverSet;
-    impl::WaitForClose(neverSet, 20);
-    EXPECT_FALSE(neverSet.is_set());
 }
 
 // The joiner gives up and goes on; the worker finishes later on what its body holds.

@@ -17,15 +17,6 @@ TEST(VmSelection, IdsMatchTheWritersNamesInAnyLetterCaseAndKeepTheWritersSpellin
     EXPECT_EQ(snapshot->GetVms().begin()->first, to_unicode(csv_vm));
 }
 
-TEST(VmSelection, CrashConsistentVmsAddNoComponentButTheirVolumes) {
-    hyperv_host_t host;
-    auto snapshot = take_snapshot(spec_xml({{local_vm, true}, {smb_vm, true}}, usual_providers));
-    EXPECT_EQ(host.count("AddComponent"), 0u);
-    EXPECT_EQ(host.count("AddToSnapshotSet"), 2u);
-    EXPECT_EQ(host.count("PrepareForBackup"), 1u);
-    EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
-}
-
 // Nothing stops the task before the snapshot, and VSS accepts a set without volumes.
 TEST(VmSelection, AnEmptyListReadsNoComponentAndGoesOnWithAnEmptySet) {
     hyperv_host_t host;

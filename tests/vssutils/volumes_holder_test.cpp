@@ -17,6 +17,15 @@ const std::wstring csv_volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-00000000
 const std::wstring csv_disk = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const std::wstring csv_new_file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\new\\vm2.avhdx";
 
+// A holder of both files of vm2's folder, released with its task.
+void prepare_both(bool snapshotMade) {
+    CVolumesHolder holder;
+    auto backup = gathered_backup();
+    holder.AddBackupItem(csv_disk, backup);
+    holder.AddBackupItem(csv_new_file, backup);
+    holder.keepCsvState = snapshotMade;
+}
+
 } // namespace
 
 TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
@@ -75,12 +84,7 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
     hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
         R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
     log_capture_t log;
-    {
-        CVolumesHolder holder;
-        auto backup = gathered_backup();
-        holder.AddBackupItem(csv_disk, backup);
-        holder.AddBackupItem(csv_new_file, backup);
-    }
+    prepare_both(false);
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
     EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
@@ -99,11 +103,7 @@ TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTest) {
 
 TEST(VolumesHolder, AMadeSnapshotKeepsTheCsvState) {
     hostsim_test::scratch_host_t host;
-    {
-        CVolumesHolder holder;
-        holder.AddBackupItem(csv_disk, gathered_backup());
-        holder.keepCsvState = true;
-    }
+    prepare_both(true);
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 0u);
     EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }

@@ -1,5 +1,5 @@
-// Every checked VSS call, failed by the host: the step's words, then the VSS error text, then the
-// lines that the callers add, in that order.
+// VSS error texts, and every checked VSS call failed by the host: the step's words, then the VSS
+// error text, then the lines that the callers add, in that order.
 #include "vss_test_support.h"
 
 #include "vssutils/async_wait.h"
@@ -33,134 +33,127 @@ WmFiledescPtr first_file(BackupComponentsPtr backup) {
 // How far the backup has come when the failing step runs.
 enum class start_t { nothing, initialised, gathered };
 
+using act_t = std::function<void(BackupComponentsPtr)>;
+
 struct failure_case_t {
-    start_t start;
     std::string fault; // attributes of the <Fault> element, hr="..." added
-    HRESULT hr;
-    std::function<void(BackupComponentsPtr)> act;
+    act_t act;
     std::string words;
+    start_t start = start_t::gathered;
     std::vector<std::string> added = {};
+    HRESULT hr = some_failure;
 };
 
-const std::string verify_line = "Failed to verify writers state.";
-const std::string create_line = "Failed to create VSS backup object.";
+const std::vector<std::string> verify_line = {"Failed to verify writers state."};
+const std::vector<std::string> create_line = {"Failed to create VSS backup object."};
+const auto initialised = start_t::initialised;
+
+void add_vm1(BackupComponentsPtr b) {
+    AddComponent(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId, VSS_CT_FILEGROUP, L"",
+                 hostsim_test::vm1_component);
+}
+
+bool c_supported(BackupComponentsPtr b) {
+    return IsVolumeSupported(b, L"C:\\", hostsim_test::system_provider_id);
+}
+
+void verify(BackupComponentsPtr b) {
+    VerifyWriters(b, nullptr, true);
+}
 
 std::vector<failure_case_t> failure_cases() {
     const std::string instance = "{0e2b0000-0000-0000-0000-000000000001}";
+    const auto create = [](auto) { CreateVssBackupObject(L""); };
+    const auto metadata = [](auto b) { hyperv_metadata(b); };
     return {
-        {start_t::nothing,
-         "op=\"CreateVssBackupComponentsInternal\"",
-         E_ACCESSDENIED,
-         [](BackupComponentsPtr) { CreateVssBackupObject(L""); },
-         "Failed to create VSS component.",
-         {create_line}},
-        {start_t::nothing,
-         "op=\"InitializeForBackup\"",
-         some_failure,
-         [](BackupComponentsPtr) { CreateVssBackupObject(L""); },
-         "Failed to initialize VSS component",
-         {create_line}},
-        {start_t::gathered, "op=\"SetContext\"", some_failure,
-         [](BackupComponentsPtr b) { SetVssContext(b, AllSnapshotsContext); },
+        {"op=\"CreateVssBackupComponentsInternal\"", create, "Failed to create VSS component.",
+         start_t::nothing, create_line, E_ACCESSDENIED},
+        {"op=\"InitializeForBackup\"", create, "Failed to initialize VSS component", start_t::nothing,
+         create_line},
+        {"op=\"SetContext\"", [](auto b) { SetVssContext(b, AllSnapshotsContext); },
          "Failed to set VSS context to [4294967295]"},
-        {start_t::gathered, "op=\"StartSnapshotSet\"", some_failure,
-         [](BackupComponentsPtr b) { StartSnapshotSet(b); }, "Failed to create VSS snapshot set."},
-        {start_t::gathered, "op=\"SetBackupState\"", some_failure,
-         [](BackupComponentsPtr b) { SetBackupState(b); }, "Failed to set VSS backup state"},
-        {start_t::gathered, "op=\"PrepareForBackup\"", some_failure,
-         [](BackupComponentsPtr b) { PrepareForBackup(b); }, "Failed to prepare for backup"},
-        {start_t::gathered, "op=\"DoSnapshotSet\"", some_failure,
-         [](BackupComponentsPtr b) { DoSnapshotSet(b); }, "Failed to take VSS snapshot set"},
-        {start_t::gathered, "op=\"ImportSnapshots\"", some_failure,
-         [](BackupComponentsPtr b) { ImportSnapshots(b); }, "Failed to initiate snapshot import procedure."},
-        {start_t::gathered, "op=\"BackupComplete\"", some_failure,
-         [](BackupComponentsPtr b) { BackupComplete(b); }, "BackupComplete failed"},
-        {start_t::gathered, "op=\"SaveAsXML\"", some_failure,
-         [](BackupComponentsPtr b) { SaveComponentsAsXml(b); }, "SaveAsXML failed"},
-        {start_t::initialised, "op=\"SaveAsXML\" match=\"Hyper-V\"", some_failure,
-         [](BackupComponentsPtr b) { SaveWriterMetadataAsXml(hyperv_metadata(b)); }, "SaveAsXML failed"},
-        {start_t::gathered, "op=\"EnableWriterClasses\"", some_failure,
-         [](BackupComponentsPtr b) {
-             EnableWriterClass(b, string_to_guid(std::string(CsvWriterClassIdText)), "CSV");
-         },
+        {"op=\"StartSnapshotSet\"", [](auto b) { StartSnapshotSet(b); },
+         "Failed to create VSS snapshot set."},
+        {"op=\"SetBackupState\"", [](auto b) { SetBackupState(b); }, "Failed to set VSS backup state"},
+        {"op=\"PrepareForBackup\"", [](auto b) { PrepareForBackup(b); }, "Failed to prepare for backup"},
+        {"op=\"DoSnapshotSet\"", [](auto b) { DoSnapshotSet(b); }, "Failed to take VSS snapshot set"},
+        {"op=\"ImportSnapshots\"", [](auto b) { ImportSnapshots(b); },
+         "Failed to initiate snapshot import procedure."},
+        {"op=\"BackupComplete\"", [](auto b) { BackupComplete(b); }, "BackupComplete failed"},
+        {"op=\"SaveAsXML\"", [](auto b) { SaveComponentsAsXml(b); }, "SaveAsXML failed"},
+        {"op=\"SaveAsXML\" match=\"Hyper-V\"", [](auto b) { SaveWriterMetadataAsXml(hyperv_metadata(b)); },
+         "SaveAsXML failed", initialised},
+        {"op=\"EnableWriterClasses\"",
+         [](auto b) { EnableWriterClass(b, string_to_guid(std::string(CsvWriterClassIdText)), "CSV"); },
          "Failed to enable 'CSV' writer."},
-        {start_t::gathered, "op=\"AddComponent\"", some_failure,
-         [](BackupComponentsPtr b) {
-             AddComponent(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId, VSS_CT_FILEGROUP, L"",
-                          hostsim_test::vm1_component);
-         },
-         "Failed to add VM with ID [" + instance + "] to the snapshot."},
-        {start_t::gathered, "op=\"SetBackupSucceeded\"", some_failure,
-         [](BackupComponentsPtr b) {
+        {"op=\"AddComponent\"", add_vm1, "Failed to add VM with ID [" + instance + "] to the snapshot."},
+        {"op=\"SetBackupSucceeded\"",
+         [](auto b) {
              SetBackupSucceeded(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId,
                                 VSS_CT_FILEGROUP, L"", hostsim_test::vm1_component, true);
          },
          "Failed to set VM backup status. VM ID: [" + instance + "]"},
-        {start_t::gathered, "op=\"AddToSnapshotSet\"", some_failure,
-         [](BackupComponentsPtr b) { AddVolumeToSnapshotSet(b, L"C:\\", hostsim_test::system_provider_id); },
+        {"op=\"AddToSnapshotSet\"",
+         [](auto b) { AddVolumeToSnapshotSet(b, L"C:\\", hostsim_test::system_provider_id); },
          "Failed to add volume [C:\\] to the VSS snapshot set"},
-        {start_t::gathered, "op=\"IsVolumeSupported\"", some_failure,
-         [](BackupComponentsPtr b) { IsVolumeSupported(b, L"C:\\", hostsim_test::system_provider_id); },
+        {"op=\"IsVolumeSupported\"", c_supported,
          "Failed to check whether provider '{b5946137-7b9f-4925-af80-51abd60b20d5}' supports shadow copies "
-         "on the "
-         "volume 'C:\\'."},
-        {start_t::gathered, "op=\"GetRootAndLogicalPrefixPaths\"", some_failure,
-         [](BackupComponentsPtr b) { GetFileShareRoot(b, L"\\\\fs01\\vms\\vm3\\vm3.vhdx"); },
+         "on the volume 'C:\\'."},
+        {"op=\"GetRootAndLogicalPrefixPaths\"",
+         [](auto b) { GetFileShareRoot(b, L"\\\\fs01\\vms\\vm3\\vm3.vhdx"); },
          "Failed to get SMB share root path. File name: '\\\\fs01\\vms\\vm3\\vm3.vhdx'."},
-        {start_t::gathered, "op=\"GetSnapshotProperties\"", some_failure,
-         [](BackupComponentsPtr b) { GetSnapshotInfo(b, GUID_NULL); }, "Failed to get snapshot properties"},
-        {start_t::initialised, "op=\"GetComponent\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmComponent(hyperv_metadata(b), 0); },
-         "Writer was unable to provide VM metadata. Component ordinal number: '0'."},
-        {start_t::initialised, "op=\"GetComponentInfo\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmComponentInfo(GetWmComponent(hyperv_metadata(b), 0)); },
-         "Failed to get VSS component information"},
-        {start_t::initialised, "op=\"GetFile\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmFile(GetWmComponent(hyperv_metadata(b), 0), 1); },
-         "Failed to get information about specific VM file. File index: [1]"},
-        {start_t::initialised, "op=\"GetPath\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmFilePath(first_file(b)); },
-         "Failed to get fully qualified directory path for the specified IVssVMFiledesc object."},
-        {start_t::initialised, "op=\"GetFilespec\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmFileMask(first_file(b)); },
-         "Failed to get file mask for the specified IVssVMFiledesc object."},
-        {start_t::initialised, "op=\"GetRecursive\"", some_failure,
-         [](BackupComponentsPtr b) { GetWmFileRecursive(first_file(b)); },
-         "Failed to get recursive flag for the specified IVssWMFiledesc object."},
-        {start_t::initialised, "op=\"GatherWriterMetadata\"", some_failure,
-         [](BackupComponentsPtr b) { hyperv_metadata(b); }, "Failed to collect VSS writers metadata."},
-        {start_t::initialised, "op=\"GetWriterMetadataCount\"", some_failure,
-         [](BackupComponentsPtr b) { hyperv_metadata(b); },
-         "Failed to get number of items in VSS metadata collection."},
-        {start_t::gathered,
-         "op=\"GatherWriterStatus\"",
-         some_failure,
-         [](BackupComponentsPtr b) { VerifyWriters(b, nullptr, true); },
-         "Failed to collect writers status",
-         {verify_line}},
-        {start_t::gathered,
-         "op=\"GetWriterStatusCount\"",
-         some_failure,
-         [](BackupComponentsPtr b) { VerifyWriters(b, nullptr, true); },
-         "Failed to get number of writer statuses",
-         {verify_line}},
-        {start_t::gathered,
-         "op=\"GetWriterStatus\"",
-         some_failure,
-         [](BackupComponentsPtr b) { VerifyWriters(b, nullptr, true); },
-         "Failed to get status info for specific writer. Index=[0]",
-         {verify_line}},
+        {"op=\"GetSnapshotProperties\"", [](auto b) { GetSnapshotInfo(b, GUID_NULL); },
+         "Failed to get snapshot properties"},
+        {"op=\"GetComponent\"", [](auto b) { GetWmComponent(hyperv_metadata(b), 0); },
+         "Writer was unable to provide VM metadata. Component ordinal number: '0'.", initialised},
+        {"op=\"GetComponentInfo\"", [](auto b) { GetWmComponentInfo(GetWmComponent(hyperv_metadata(b), 0)); },
+         "Failed to get VSS component information", initialised},
+        {"op=\"GetFile\"", [](auto b) { GetWmFile(GetWmComponent(hyperv_metadata(b), 0), 1); },
+         "Failed to get information about specific VM file. File index: [1]", initialised},
+        {"op=\"GetPath\"", [](auto b) { GetWmFilePath(first_file(b)); },
+         "Failed to get fully qualified directory path for the specified IVssVMFiledesc object.",
+         initialised},
+        {"op=\"GetFilespec\"", [](auto b) { GetWmFileMask(first_file(b)); },
+         "Failed to get file mask for the specified IVssVMFiledesc object.", initialised},
+        {"op=\"GetRecursive\"", [](auto b) { GetWmFileRecursive(first_file(b)); },
+         "Failed to get recursive flag for the specified IVssWMFiledesc object.", initialised},
+        {"op=\"GatherWriterMetadata\"", metadata, "Failed to collect VSS writers metadata.", initialised},
+        {"op=\"GetWriterMetadataCount\"", metadata,
+         "Failed to get number of items in VSS metadata collection.", initialised},
+        {"op=\"GatherWriterStatus\"", verify, "Failed to collect writers status", start_t::gathered,
+         verify_line},
+        {"op=\"GetWriterStatusCount\"", verify, "Failed to get number of writer statuses", start_t::gathered,
+         verify_line},
+        {"op=\"GetWriterStatus\"", verify, "Failed to get status info for specific writer. Index=[0]",
+         start_t::gathered, verify_line},
         // Only S_OK counts as an answer: a warning from QueryStatus itself is a failure.
-        {start_t::gathered,
-         "op=\"QueryStatus\" nth=\"2\"",
-         S_FALSE,
-         [](BackupComponentsPtr b) { VerifyWriters(b, nullptr, true); },
-         "Failed to query status of async operation",
-         {verify_line}},
+        {"op=\"QueryStatus\" nth=\"2\"", verify, "Failed to query status of async operation",
+         start_t::gathered, verify_line, S_FALSE},
     };
 }
 
 } // namespace
+
+TEST(VssErrorText, AKnownCodeReadsAsOneLineWithoutTheClosingLineBreak) {
+    EXPECT_EQ(VssErrorText(VSS_E_BAD_STATE),
+              "A function call was made when the object was in an incorrect state for that function.");
+    EXPECT_EQ(VssErrorText(VSS_S_ASYNC_CANCELLED), "The asynchronous operation has been cancelled.");
+}
+
+TEST(VssErrorText, AnUnknownCodeGivesTheCodeAndAnErrorLine) {
+    log_capture_t log;
+    EXPECT_EQ(VssErrorText(E_FAIL), "Vss error: '0x80004005'");
+    EXPECT_TRUE(log.has("Failed to get Vss error description. '"));
+}
+
+TEST(VssErrorText, WithoutTheMessageModuleEveryFailureStillHasItsSecondLine) {
+    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
+        R"(<Fault op="LoadLibraryA" err="126"/><Fault op="StartSnapshotSet" hr="0x80042316"/>)"));
+    log_capture_t log;
+    EXPECT_EQ(failure_lines([&] { StartSnapshotSet(gathered_backup()); }),
+              (std::vector<std::string>{"Failed to create VSS snapshot set.", "Vss error: '0x80042316'"}));
+    EXPECT_TRUE(log.has("Failed to load library 'vsstrace.dll'. '"));
+}
 
 TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCallersLines) {
     for (const auto& c : failure_cases()) {
@@ -182,24 +175,18 @@ TEST(VssFailureText, AnOperationThatEndsWithAFailureIsReportedWithTheUnknownStat
     auto backup = gathered_backup();
     EXPECT_EQ(failure_lines([&] { VerifyWriters(backup, nullptr, false); }),
               (std::vector<std::string>{"Unknown status of async operation",
-                                        VssErrorText(VSS_E_PROVIDER_VETO), verify_line}));
+                                        VssErrorText(VSS_E_PROVIDER_VETO), verify_line[0]}));
 }
 
 // A call that answers with a warning has done its work as far as this layer can tell.
 TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
-    const std::vector<std::pair<std::string, std::function<void(BackupComponentsPtr)>>> calls = {
-        {"SetContext", [](BackupComponentsPtr b) { SetVssContext(b, TransportableContext); }},
-        {"StartSnapshotSet", [](BackupComponentsPtr b) { StartSnapshotSet(b); }},
-        {"SetBackupState", [](BackupComponentsPtr b) { SetBackupState(b); }},
-        {"EnableWriterClasses",
-         [](BackupComponentsPtr b) { EnableWriterClass(b, HyperVWriterClassId, HyperVWriterLabel); }},
-        {"AddComponent",
-         [](BackupComponentsPtr b) {
-             AddComponent(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId, VSS_CT_FILEGROUP, L"",
-                          hostsim_test::vm1_component);
-         }},
-        {"IsVolumeSupported",
-         [](BackupComponentsPtr b) { IsVolumeSupported(b, L"C:\\", hostsim_test::system_provider_id); }},
+    const std::vector<std::pair<std::string, act_t>> calls = {
+        {"SetContext", [](auto b) { SetVssContext(b, TransportableContext); }},
+        {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
+        {"SetBackupState", [](auto b) { SetBackupState(b); }},
+        {"EnableWriterClasses", [](auto b) { EnableWriterClass(b, HyperVWriterClassId, HyperVWriterLabel); }},
+        {"AddComponent", add_vm1},
+        {"IsVolumeSupported", c_supported},
     };
     for (const auto& [op, act] : calls) {
         SCOPED_TRACE(op);

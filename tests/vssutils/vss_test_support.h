@@ -7,6 +7,9 @@
 #include "tests/support/failure_capture.h"
 #include "vssutils/com.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,13 +18,23 @@ namespace vssutils_test {
 using test_support::failure_lines;
 using test_support::log_capture_t;
 
+using hostsim_test::gathered_backup;
+
 // How often the host saw op (optionally with argument among its arguments).
-std::size_t journal_count(const hostsim_test::scratch_host_t& host, const std::string& op,
-                          const std::string& argument = "");
+inline std::size_t journal_count(const hostsim_test::scratch_host_t& host, const std::string& op,
+                                 const std::string& argument = "") {
+    const auto journal = host.journal();
+    return std::count_if(journal.begin(), journal.end(), [&](const auto& record) {
+        return record.size() >= 2 && record[1] == op &&
+               (argument.empty() || std::find(record.begin() + 2, record.end(), argument) != record.end());
+    });
+}
 
 // Created and initialised for a backup.
-VSSUtils::BackupComponentsPtr initialised_backup();
-// Also with the writers' metadata gathered.
-VSSUtils::BackupComponentsPtr gathered_backup();
+inline VSSUtils::BackupComponentsPtr initialised_backup() {
+    auto backup = hostsim_test::new_backup();
+    EXPECT_EQ(backup->InitializeForBackup(), S_OK);
+    return backup;
+}
 
 } // namespace vssutils_test

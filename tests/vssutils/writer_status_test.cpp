@@ -47,30 +47,31 @@ TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {
     EXPECT_TRUE(each.has("Writers state check is succeeded."));
 }
 
+// A failed writer is logged as an error even by a check that is quiet about healthy ones; without
+// a failure code of its own it fails with the generic one.
 TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
-    hostsim_test::scratch_host_t host(writer_fault("7", "0x800423f4"));
-    auto backup = hostsim_test::prepared_backup();
-    log_capture_t log;
-    EXPECT_EQ(failure_lines([&] { CheckWritersStatus(backup, nullptr); }),
-              (std::vector<std::string>{
-                  "Writer '" + hyperv_name + "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'.",
-                  VssErrorText(VSS_E_WRITERERROR_NONRETRYABLE), "Failed to verify writers state."}));
-    EXPECT_TRUE(log.has("Writer '" + hyperv_name +
-                        "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [0x800423f4]. "));
-    EXPECT_FALSE(log.has("Writer 'System Writer' is ok.")) << "the first failed writer ends the check";
-    EXPECT_TRUE(log.has("Checking writers status. Failed."));
-}
-
-TEST(WriterStatus, AFailedStateWithoutAFailureCodeIsReportedWithTheGenericFailure) {
-    hostsim_test::scratch_host_t host(writer_fault("7", "0x0"));
-    auto backup = hostsim_test::prepared_backup();
-    log_capture_t log;
-    auto lines = failure_lines([&] { VerifyWriters(backup, nullptr, false); });
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(lines[1], VssErrorText(E_FAIL));
-    // Quiet about healthy writers, never about a failed one.
-    EXPECT_TRUE(log.has("ERR |Writer '" + hyperv_name +
-                        "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [0x00000000]. "));
+    struct case_t {
+        std::string code;
+        HRESULT hr;
+        bool quiet;
+    };
+    for (const auto& c :
+         {case_t{"0x800423f4", VSS_E_WRITERERROR_NONRETRYABLE, false}, case_t{"0x00000000", E_FAIL, true}}) {
+        SCOPED_TRACE(c.code);
+        hostsim_test::scratch_host_t host(writer_fault("7", c.code));
+        auto backup = hostsim_test::prepared_backup();
+        log_capture_t log;
+        EXPECT_EQ(failure_lines([&] {
+                      c.quiet ? VerifyWriters(backup, nullptr, false) : CheckWritersStatus(backup, nullptr);
+                  }),
+                  (std::vector<std::string>{"Writer '" + hyperv_name +
+                                                "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'.",
+                                            VssErrorText(c.hr), "Failed to verify writers state."}));
+        EXPECT_TRUE(log.has("ERR |Writer '" + hyperv_name +
+                            "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [" + c.code + "]. "));
+        EXPECT_FALSE(log.has("Writer 'System Writer' is ok.")) << "the first failed writer ends the check";
+        EXPECT_EQ(log.has("Checking writers status. Failed."), !c.quiet);
+    }
 }
 
 TEST(WriterStatus, AHostWithoutWritersPassesTheCheckWithoutAWriterLine) {
