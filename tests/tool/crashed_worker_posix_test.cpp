@@ -1,9 +1,7 @@
 // A snapshot worker that a fatal signal ends while it holds the snapshot: the tool still
 // answers, closes and exits, and the shadow copies go with the process.
-#include "tool_run_posix.h"
+#include "tool_job_posix.h"
 
-#include "client/invoke_client.h"
-#include "common/format/format.h"
 #include "lab/host_state_report.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
@@ -19,8 +17,6 @@
 #include <unistd.h>
 
 using namespace snapshot_test;
-using client::CRequestArguments;
-using client::CResponse;
 
 namespace {
 
@@ -53,46 +49,25 @@ TEST(CrashedWorker, ASignalDuringTheHoldLeavesTheToolServingAndNoShadowCopyBehin
         (sanitizerOptions != nullptr ? std::string(sanitizerOptions) + ":" : std::string()) +
         "detect_leaks=0";
     ::setenv("ASAN_OPTIONS", withoutLeakCheck.c_str(), 1);
-    ToolRun run(ToolRun::PipeMode(), {}, host.dir());
-    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
-    auto connection = client::CInvokeClient::Connect(ToolRun::PipeName());
-    const CResponse begin = connection->Call(
-        L"BeginSnapshotCreation",
-        CRequestArguments()
-            .AddText(L"JobName", L"Nightly")
-            .AddText(L"BackupConsole", L"Console")
-            .AddEncoded(L"SnapshotXmlSpec", to_unicode(spec_xml({{local_vm}}, usual_providers))));
-    ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
-    for (;;) {
-        const CResponse status = connection->Call(L"GetAsyncOpStatus", CRequestArguments());
-        ASSERT_TRUE(status.IsSuccess()) << to_ansi(status.Frame());
-        if (status.Value(L"IsCompleted") == L"true") {
-            ASSERT_EQ(status.Value(L"IsSucceeded"), L"true") << to_ansi(status.Value(L"ErrDescription"));
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    ToolJob job(host.dir());
+    ASSERT_TRUE(job.Begin(spec_xml({{local_vm}}, usual_providers)).IsSuccess());
+    ASSERT_TRUE(job.Succeeds());
     ASSERT_FALSE(host.state_lines("shadows.txt").empty());
 
-    const std::string log = run.LogText();
+    const std::string log = job.run.LogText();
     const long worker = WorkerThreadId(log, "VssSnapshotThread");
     const long process = ToolProcessId(log);
     ASSERT_NE(worker, 0) << log;
     ASSERT_NE(process, 0) << log;
     ASSERT_EQ(::syscall(SYS_tgkill, process, worker, SIGSEGV), 0);
     for (int i = 0;
-         i < 500 && run.LogText().find("Thread finished. Role: 'VssSnapshotThread'") == std::string::npos;
+         i < 500 && job.run.LogText().find("Thread finished. Role: 'VssSnapshotThread'") == std::string::npos;
          ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 
-    EXPECT_TRUE(connection->Call(L"GetAsyncOpStatus", CRequestArguments()).IsSuccess());
-    const CResponse close = connection->Call(L"CloseSnapshot", CRequestArguments());
-    EXPECT_TRUE(close.IsSuccess()) << to_ansi(close.Frame());
-    connection->Disconnect();
-    EXPECT_EQ(run.WaitForExit(), 0);
-    const std::string finalLog = run.LogText();
+    EXPECT_TRUE(job.Call(L"GetAsyncOpStatus").IsSuccess());
+    const std::string finalLog = job.Close();
     EXPECT_NE(finalLog.find("Thread finished. Role: 'VssSnapshotThread'"), std::string::npos) << finalLog;
-    EXPECT_NE(finalLog.find("Process will be finished normally."), std::string::npos) << finalLog;
 
     // The abandoned worker never released its snapshot: the shadow copies end with the
     // process, as auto-release shadow copies do, and the host's next caller sweeps them.

@@ -44,3 +44,6 @@ private:
     pid_t pid = -1;
     int status = -1;
 };
+
+// The whole content of a file, or nothing when it cannot be read.
+std::string ReadFileText(const std::filesystem::path& path);
