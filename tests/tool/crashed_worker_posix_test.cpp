@@ -20,22 +20,13 @@ using namespace snapshot_test;
 
 namespace {
 
-// The number that follows marker in text, or 0.
-long NumberAfter(const std::string& text, const std::string& marker) {
-    const std::size_t at = text.find(marker);
-    return at == std::string::npos ? 0 : std::strtol(text.c_str() + at + marker.size(), nullptr, 10);
-}
-
-// The kernel's id of the worker with this role, read from its "Thread started" line.
+// The kernel's id of the worker with this role, read from its "Thread started" line, or 0.
 long WorkerThreadId(const std::string& log, const std::string& role) {
+    const std::string marker = "Thread id: ";
     const std::size_t line = log.find("role: " + role);
     const std::size_t start = line == std::string::npos ? line : log.rfind("Thread started.", line);
-    return start == std::string::npos ? 0 : NumberAfter(log.substr(start), "Thread id: ");
-}
-
-// The first log line is the main thread's, whose id is the process id.
-long ToolProcessId(const std::string& log) {
-    return NumberAfter(log, "<");
+    const std::size_t id = start == std::string::npos ? start : log.find(marker, start);
+    return id == std::string::npos ? 0 : std::strtol(log.c_str() + id + marker.size(), nullptr, 10);
 }
 
 } // namespace
@@ -56,10 +47,8 @@ TEST(CrashedWorker, ASignalDuringTheHoldLeavesTheToolServingAndNoShadowCopyBehin
 
     const std::string log = job.run.LogText();
     const long worker = WorkerThreadId(log, "VssSnapshotThread");
-    const long process = ToolProcessId(log);
     ASSERT_NE(worker, 0) << log;
-    ASSERT_NE(process, 0) << log;
-    ASSERT_EQ(::syscall(SYS_tgkill, process, worker, SIGSEGV), 0);
+    ASSERT_EQ(::syscall(SYS_tgkill, job.run.Pid(), worker, SIGSEGV), 0);
     for (int i = 0;
          i < 500 && job.run.LogText().find("Thread finished. Role: 'VssSnapshotThread'") == std::string::npos;
          ++i)

@@ -35,6 +35,7 @@ public:
     std::string OutputText() const;
 
     const std::filesystem::path& PipeFolder() const { return pipeFolder; }
+    pid_t Pid() const { return pid; }
     // The pipe's name as a client gives it.
     static std::wstring PipeName();
 

@@ -37,17 +37,14 @@ public:
         const CResponse begin = ToolJob::Begin(spec);
         ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
     }
-    // Whether the task succeeded; its error description in description.
-    bool Verdict(std::string& description) {
+    void Begin(const std::vector<spec_vm_t>& vms) { Begin(spec_xml(vms, usual_providers)); }
+    // The error description of a task that must fail.
+    std::string Failure() {
         const CResponse status = WaitForVerdict();
-        description = to_ansi(status.Value(L"ErrDescription"));
-        return status.Value(L"IsSucceeded") == L"true";
+        EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
+        return to_ansi(status.Value(L"ErrDescription"));
     }
 };
-
-std::string Spec(const std::vector<spec_vm_t>& vms) {
-    return spec_xml(vms, usual_providers);
-}
 
 // The journal lines of one op, each with the calling process's id first.
 std::vector<std::string> JournalOf(const hyperv_host_t& host, const std::string& op) {
@@ -66,14 +63,13 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
     const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
     Job first(host.dir());
     Job second(host.dir());
-    first.Begin(Spec(vms));
+    first.Begin(vms);
     while (host.count("DoSnapshotSet") == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const std::string csvStateOfTheFirst = ReadFileText(host.dir() / "state" / "csv.txt");
 
-    second.Begin(Spec(vms));
-    std::string description;
-    ASSERT_FALSE(second.Verdict(description));
+    second.Begin(vms);
+    const std::string description = second.Failure();
     EXPECT_TRUE(Contains(description,
                          "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
                          "already in progress. Wait a few moments and try again.\n--tr:Failed to "
@@ -91,7 +87,7 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
 
     host.write("host.xml", hyperv_host_xml());
     Job again(host.dir());
-    again.Begin(Spec(vms));
+    again.Begin(vms);
     EXPECT_TRUE(again.Succeeds());
     again.Close();
     EXPECT_TRUE(host.is_clean());
@@ -109,8 +105,7 @@ TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
 
     Job job(dir);
     job.Begin(ReadFileText(dir / "spec.xml"));
-    std::string description;
-    ASSERT_FALSE(job.Verdict(description));
+    const std::string description = job.Failure();
     EXPECT_TRUE(Contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
                                       "operation has been reached.\n"))
         << description;
@@ -121,8 +116,9 @@ TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
 
 TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
     hyperv_host_t host;
+    const std::vector<spec_vm_t> vms{{csv_vm}};
     Job first(host.dir());
-    first.Begin(Spec({{csv_vm}}));
+    first.Begin(vms);
     ASSERT_TRUE(first.Succeeds());
     const auto prepared = host.state_lines("csv.txt");
     ASSERT_EQ(prepared.size(), 1u) << "the first job holds its snapshot, the volume stays in backup";
@@ -131,9 +127,8 @@ TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderThe
     host.write("host.xml", hyperv_host_xml(R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)"));
     {
         Job second(host.dir());
-        second.Begin(Spec({{csv_vm}}));
-        std::string description;
-        EXPECT_FALSE(second.Verdict(description));
+        second.Begin(vms);
+        second.Failure();
         second.Close();
     }
     const auto cleared = JournalOf(host, "CsvBackupStateCleared");
