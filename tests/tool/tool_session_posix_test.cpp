@@ -73,7 +73,7 @@ TEST_F(ToolSession, WithoutATaskCommandsAnswerTheCauseThenTheTracedLineAndServin
     EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
 }
 
-TEST_F(ToolSession, MissingArgumentsFailBeforeTheHolderIsAsked) {
+TEST_F(ToolSession, ArgumentsMissingOrNoGuidsFailTheirReaderBeforeTheHolderIsAskedAndBareGuidsAreRead) {
     EXPECT_EQ(Call(L"BeginSnapshotCreation", CRequestArguments().AddText(L"BackupConsole", L"C")),
               L"err:Value of the argument 'JobName' is not defined.\n"
               L"--tr:Failed to retrieve value of the unicode attribute 'JobName'.");
@@ -81,15 +81,9 @@ TEST_F(ToolSession, MissingArgumentsFailBeforeTheHolderIsAsked) {
               L"err:Value of the argument 'BackupDoc' is not defined.\n"
               L"--tr:Failed to retrieve value of the multibyte attribute 'BackupDoc'.");
     EXPECT_EQ(Call(L"SetVmBackupStatus",
-                   CRequestArguments().AddText(L"VmId", L"{11111111-2222-3333-4444-555555555555}")),
+                   CRequestArguments().AddText(L"VmId", L"{99999999-2222-3333-4444-555555555555}")),
               L"err:Value of the argument 'BackupStatus' is not defined.\n"
               L"--tr:Failed to retrieve value of the boolean attribute 'BackupStatus'.");
-    const std::string log = EndSession();
-    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
-    EXPECT_FALSE(Contains(log, "Completing VM backup.")) << log;
-}
-
-TEST_F(ToolSession, GuidsThatArentFailTheReaderAndBareGuidsAreRead) {
     const std::wstring bad = Call(L"GetVMFilesList", CRequestArguments().AddText(L"VmId", L"not-a-guid"));
     EXPECT_TRUE(Contains(bad, L"Failed to convert string [not-a-guid] to UUID.")) << bad;
     EXPECT_TRUE(bad.ends_with(L"\n--tr:Failed to retrieve value of the GUID attribute 'VmId'.")) << bad;
@@ -103,6 +97,8 @@ TEST_F(ToolSession, GuidsThatArentFailTheReaderAndBareGuidsAreRead) {
               L"err:Snapshot is not initialized.\n"
               L"--tr:Failed to complete VM backup. VmID: '{11111111-2222-3333-4444-555555555555}'.");
     const std::string log = EndSession();
+    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
+    EXPECT_FALSE(Contains(log, "Completing VM backup. VMID: '{99999999")) << log;
     EXPECT_TRUE(Contains(log, "Getting file list of vm '{11111111-2222-3333-4444-5555aaaaaaaa}'.")) << log;
     EXPECT_TRUE(Contains(log, "Completing VM backup. VMID: '{11111111-2222-3333-4444-555555555555}', Status: "
                               "'Failed'"))
