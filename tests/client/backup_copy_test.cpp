@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -98,7 +99,8 @@ TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotal) {
 }
 
 TEST(BackupProgress, TheBarIsRedrawnInPlaceAtEachPercentOrWrittenAtEachTenth) {
-    for (const bool inPlace : {true, false}) {
+    // In place: 0% to 100% and one line end; written: 0%, 10% ... 100%, a line each.
+    for (const auto& [inPlace, returns, lines] : {std::tuple{true, 101, 1}, std::tuple{false, 0, 11}}) {
         std::ostringstream out;
         client::CByteProgressBar bar(out, 1000, inPlace);
         for (int i = 0; i < 1000; ++i)
@@ -107,12 +109,7 @@ TEST(BackupProgress, TheBarIsRedrawnInPlaceAtEachPercentOrWrittenAtEachTenth) {
         bar.Finish();
         const std::string text = out.str();
         EXPECT_EQ(bar.Done(), 1000u);
-        if (inPlace) {
-            EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 101); // 0% to 100%
-            EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
-        } else {
-            EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 0);
-            EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 11); // 0%, 10% ... 100%
-        }
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), returns) << inPlace;
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), lines) << inPlace;
     }
 }

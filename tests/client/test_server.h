@@ -119,17 +119,14 @@ inline std::string file_text(const std::filesystem::path& file) {
 // The process log in a file of the test, for the length of the object.
 class test_log_t {
 public:
-    test_log_t() : path_(scratch_folder() / ("log-" + std::to_string(++counter()) + ".log")) {
+    test_log_t() : path_(scratch_folder() / ("log-" + std::to_string(++counter) + ".log")) {
         logging::install_log_file(path_.string());
     }
     ~test_log_t() { logging::main_log()->install(nullptr, false); }
     std::string text() const { return file_text(path_); }
 
 private:
-    static int& counter() {
-        static int value = 0;
-        return value;
-    }
+    static inline int counter = 0;
     std::filesystem::path path_;
 };
 
