@@ -55,6 +55,10 @@ std::string ToolJob::End() {
     connection->Disconnect();
     EXPECT_EQ(run.WaitForExit(), 0);
     const std::string log = run.LogText();
-    EXPECT_NE(log.find(tool_expect::normalEnd), std::string::npos) << log;
+    const auto security = log.find("Initializing COM security");
+    const auto leaving = log.find("Leaving dispatch loop.", security);
+    EXPECT_NE(security, std::string::npos) << log;
+    EXPECT_NE(leaving, std::string::npos) << log;
+    EXPECT_NE(log.find(tool_expect::normalEnd, leaving), std::string::npos) << log;
     return log;
 }

@@ -24,7 +24,8 @@ public:
     bool Succeeds();
     // Closes the task: empty output, and no task is left to ask about. Then ends the session.
     std::string Close();
-    // Leaves as the backup server does: the tool must end normally. The log.
+    // Leaves as the backup server does: the tool must leave its dispatch loop and end normally.
+    // The log.
     std::string End();
 
     ToolRun run;
