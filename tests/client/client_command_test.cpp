@@ -20,10 +20,6 @@ run_t run_client(const std::vector<std::string>& arguments) {
     return {status, out.str(), err.str()};
 }
 
-std::string narrow(const std::wstring& text) {
-    return std::string(text.begin(), text.end());
-}
-
 } // namespace
 
 TEST(ClientCommand, CallPrintsArgumentsAndDecodedDocuments) {
@@ -31,8 +27,8 @@ TEST(ClientCommand, CallPrintsArgumentsAndDecodedDocuments) {
     const auto file = client_test::scratch_folder() / "document.xml";
     std::ofstream(file, std::ios::binary) << "<FilesList>\r\n<File/>\r\n</FilesList>";
 
-    const run_t run = run_client(
-        {"--pipe", narrow(server.name()), "call", "Echo", "Text=@@at", "Document=@" + file.string()});
+    const run_t run = run_client({"--pipe", to_ansi_nothrow(server.name()), "call", "Echo", "Text=@@at",
+                                  "Document=@" + file.string()});
     EXPECT_EQ(run.status, client::exit_success) << run.err;
     EXPECT_EQ(run.out,
               "OK\nText: @at\nFilesList (decoded):\n    <FilesList>\n    <File/>\n    </FilesList>\n");
@@ -40,12 +36,12 @@ TEST(ClientCommand, CallPrintsArgumentsAndDecodedDocuments) {
 
 TEST(ClientCommand, AnErrorResponseIsPrintedLineByLineWithItsOwnStatus) {
     client_test::test_server_t server;
-    const run_t run = run_client({"--pipe=" + narrow(server.name()), "call", "Fail"});
+    const run_t run = run_client({"--pipe=" + to_ansi_nothrow(server.name()), "call", "Fail"});
     EXPECT_EQ(run.status, client::exit_error_response);
     EXPECT_EQ(run.out, "ERROR\n    The cause.\n    --tr:The step.\n");
 
     client_test::test_server_t raw_server;
-    const run_t raw = run_client({"--raw", "--pipe", narrow(raw_server.name()), "call", "Nothing"});
+    const run_t raw = run_client({"--raw", "--pipe", to_ansi_nothrow(raw_server.name()), "call", "Nothing"});
     EXPECT_EQ(raw.status, client::exit_success);
     EXPECT_EQ(raw.out.rfind("xml:<OutputArguments", 0), 0u);
 }

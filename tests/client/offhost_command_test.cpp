@@ -20,7 +20,7 @@ std::string UsageErrorOf(const std::vector<std::string>& arguments) {
 
 } // namespace
 
-TEST(OffhostCommandLine, PipesInEitherFormAndBackupsOptionsBesideThem) {
+TEST(OffhostCommandLine, PipesInEitherFormAndBackupsOptionsBesideThemAreAllNeeded) {
     const client::offhost_arguments_t parsed = client::ParseOffhostArguments(
         {"--spec", "s.xml", "--host-pipe=hv", "--to", "out", "--proxy-pipe", "px", "--job", "Nightly"});
     EXPECT_EQ(parsed.hostPipe, L"hv");
@@ -28,9 +28,8 @@ TEST(OffhostCommandLine, PipesInEitherFormAndBackupsOptionsBesideThem) {
     EXPECT_EQ(parsed.backup.specFile, "s.xml");
     EXPECT_EQ(parsed.backup.targetDir, "out");
     EXPECT_EQ(parsed.backup.jobName, L"Nightly");
-}
 
-TEST(OffhostCommandLine, MissingPipesOrBackupOptionsAreUsageErrors) {
+    // Missing pipes or backup options are usage errors.
     EXPECT_EQ(UsageErrorOf({"--host-pipe", "hv", "--spec", "s.xml", "--to", "out"}),
               "offhost needs --host-pipe NAME and --proxy-pipe NAME.");
     EXPECT_EQ(UsageErrorOf({"--host-pipe", "hv", "--proxy-pipe"}), "--proxy-pipe needs a value.");

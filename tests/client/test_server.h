@@ -109,25 +109,24 @@ private:
     std::thread thread_;
 };
 
+inline std::string file_text(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
 // The process log in a file of the test, for the length of the object.
 class test_log_t {
 public:
-    test_log_t() : path_(scratch_folder() / ("log-" + std::to_string(++counter()) + ".log")) {
+    test_log_t() : path_(scratch_folder() / ("log-" + std::to_string(++counter) + ".log")) {
         logging::install_log_file(path_.string());
     }
     ~test_log_t() { logging::main_log()->install(nullptr, false); }
-    std::string text() const {
-        std::ifstream in(path_, std::ios::binary);
-        std::ostringstream all;
-        all << in.rdbuf();
-        return all.str();
-    }
+    std::string text() const { return file_text(path_); }
 
 private:
-    static int& counter() {
-        static int value = 0;
-        return value;
-    }
+    static inline int counter = 0;
     std::filesystem::path path_;
 };
 

@@ -20,10 +20,7 @@ TEST(CommandTable, UnknownNamesAreAnsweredWithoutBeingKept) {
         try {
             dispatcher.Invoke(name, input, output);
             ADD_FAILURE() << "unknown name ran";
-        } catch (const exc::runtime_exc_t& e) {
-            if (i == 0) {
-                EXPECT_STREQ(e.what(), ("Command [" + std::string(200, 'x') + "0] not found").c_str());
-            }
+        } catch (const exc::runtime_exc_t&) {
         }
     }
     EXPECT_LT(heap_in_use() - before, 1 << 20);

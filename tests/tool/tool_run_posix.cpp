@@ -102,21 +102,17 @@ int ToolRun::WaitForExit() {
     return status;
 }
 
-namespace {
-
-std::string FileText(const std::filesystem::path& path) {
+std::string ReadFileText(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::stringstream text;
     text << file.rdbuf();
     return text.str();
 }
 
-} // namespace
-
 std::string ToolRun::LogText() const {
-    return FileText(folder / "tool.log");
+    return ReadFileText(folder / "tool.log");
 }
 
 std::string ToolRun::OutputText() const {
-    return FileText(folder / "stdout.txt");
+    return ReadFileText(folder / "stdout.txt");
 }

@@ -35,6 +35,7 @@ public:
     std::string OutputText() const;
 
     const std::filesystem::path& PipeFolder() const { return pipeFolder; }
+    pid_t Pid() const { return pid; }
     // The pipe's name as a client gives it.
     static std::wstring PipeName();
 
@@ -44,3 +45,6 @@ private:
     pid_t pid = -1;
     int status = -1;
 };
+
+// The whole content of a file, or nothing when it cannot be read.
+std::string ReadFileText(const std::filesystem::path& path);

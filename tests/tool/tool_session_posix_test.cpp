@@ -4,18 +4,9 @@
 // come back and the lines the tool logs. No task can run in these tests, so they
 // cover everything the tool answers before a task exists.
 #include "tool_expectations.h"
-#include "tool_run_posix.h"
-
-#include "client/invoke_client.h"
+#include "tool_job_posix.h"
 
 #include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace {
 
@@ -28,31 +19,15 @@ bool Contains(const std::wstring& text, const std::wstring& part) {
     return text.find(part) != std::wstring::npos;
 }
 
-const std::wstring validSpec = L"<HVBackupSpec><VMs><VM id=\"vm-one\"/></VMs></HVBackupSpec>";
-
 class ToolSession : public ::testing::Test {
 protected:
-    ToolSession() : run(ToolRun::PipeMode()) {
-        ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
-        connection = client::CInvokeClient::Connect(ToolRun::PipeName());
-    }
-
     std::wstring Call(const std::wstring& command, const CRequestArguments& arguments = CRequestArguments()) {
-        return connection->Call(command, arguments).Frame();
+        return job.Call(command, arguments).Frame();
     }
-    std::wstring Exchange(const std::wstring& request) { return connection->Exchange(request); }
+    std::wstring Exchange(const std::wstring& request) { return job.connection->Exchange(request); }
+    std::string EndSession() { return job.End(); }
 
-    // Ends the session as the backup server does; the tool must end normally.
-    std::string EndSession() {
-        connection->Disconnect();
-        EXPECT_EQ(run.WaitForExit(), 0);
-        const std::string log = run.LogText();
-        EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
-        return log;
-    }
-
-    ToolRun run;
-    std::unique_ptr<client::CInvokeClient> connection;
+    ToolJob job;
 };
 
 CRequestArguments JobArguments() {
@@ -61,40 +36,11 @@ CRequestArguments JobArguments() {
 
 } // namespace
 
-TEST_F(ToolSession, StatusWithoutTaskIsTheCauseThenTheTracedCommandLine) {
+TEST_F(ToolSession, WithoutATaskCommandsAnswerTheCauseThenTheTracedLineAndServingGoesOnAfterErrors) {
     EXPECT_EQ(Call(L"GetAsyncOpStatus"), tool_expect::statusWithoutTask);
     EXPECT_EQ(Call(L"GetLockerJobInfo"), tool_expect::statusWithoutTask);
     EXPECT_EQ(Call(L"GetSnapshotInfo"), tool_expect::infoWithoutTask);
-    const std::string log = EndSession();
-    EXPECT_TRUE(Contains(log, tool_expect::statusFailedLine)) << log;
-    EXPECT_TRUE(Contains(log, "RPC method call has failed (GetAsyncOpStatus).")) << log;
-}
-
-TEST_F(ToolSession, CloseWithoutTaskAnswersEmptyOutputInAnyCaseAndLogsTheError) {
-    EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
-    EXPECT_EQ(Call(L"closesnapshot"), tool_expect::emptyOutput);
-    EXPECT_EQ(Exchange(L"CMD:CLOSESNAPSHOT XML:<InputArguments/>"), tool_expect::emptyOutput);
-    const std::string log = EndSession();
-    EXPECT_TRUE(Contains(log, tool_expect::closeWithoutTaskError)) << log;
-    EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
-}
-
-TEST_F(ToolSession, UnknownCommandsAndBrokenFramesGetErrorsAndServingGoesOn) {
-    EXPECT_EQ(Call(L"Frobnicate"), tool_expect::UnknownCommand(L"Frobnicate"));
-    EXPECT_EQ(Call(L"Frobnicate"), tool_expect::UnknownCommand(L"Frobnicate"));
-    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot  xml:<InputArguments/>"),
-              L"err:Unknown type of request: 'cmd:CloseSnapshot  xml:<InputArguments/>'.");
-    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot"), L"err:Unknown type of request: 'cmd:CloseSnapshot'.");
-    // An empty document is a load failure, not a broken frame.
-    const std::wstring empty = Exchange(L"cmd:CloseSnapshot xml:");
-    EXPECT_TRUE(empty.starts_with(L"err:")) << empty;
-    EXPECT_FALSE(Contains(empty, L"Unknown type of request")) << empty;
-    EXPECT_EQ(Call(L"CloseSnapshot"), L"xml:<OutputArguments/>");
-    EndSession();
-}
-
-TEST_F(ToolSession, ResponseLongerThanOneReadArrivesWhole) {
-    // The conversion's failure line quotes the whole input.
+    // The conversion's failure line quotes the whole input: an answer longer than one read.
     std::wstring items = L"<FilesList>";
     for (int i = 0; i < 100; ++i)
         items += L"<File Recursive=\"false\" Path=\"C:\\VMs\\\" Mask=\"*\" FullPath=\"C:\\VMs\\disk" +
@@ -104,10 +50,30 @@ TEST_F(ToolSession, ResponseLongerThanOneReadArrivesWhole) {
         Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", items));
     EXPECT_GT(frame.size() * 2, 1024u);
     EXPECT_EQ(frame, tool_expect::ConversionWithoutTask(items));
-    EndSession();
+    // Closing is answered in any letter case.
+    EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
+    EXPECT_EQ(Call(L"closesnapshot"), tool_expect::emptyOutput);
+    EXPECT_EQ(Exchange(L"CMD:CLOSESNAPSHOT XML:<InputArguments/>"), tool_expect::emptyOutput);
+
+    // Unknown commands and broken frames get errors, and serving goes on.
+    EXPECT_EQ(Call(L"Frobnicate"), tool_expect::UnknownCommand(L"Frobnicate"));
+    EXPECT_EQ(Call(L"Frobnicate"), tool_expect::UnknownCommand(L"Frobnicate"));
+    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot  xml:<InputArguments/>"),
+              L"err:Unknown type of request: 'cmd:CloseSnapshot  xml:<InputArguments/>'.");
+    EXPECT_EQ(Exchange(L"cmd:CloseSnapshot"), L"err:Unknown type of request: 'cmd:CloseSnapshot'.");
+    // An empty document is a load failure, not a broken frame.
+    const std::wstring empty = Exchange(L"cmd:CloseSnapshot xml:");
+    EXPECT_TRUE(empty.starts_with(L"err:")) << empty;
+    EXPECT_FALSE(Contains(empty, L"Unknown type of request")) << empty;
+    EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
+    const std::string log = EndSession();
+    EXPECT_TRUE(Contains(log, tool_expect::statusFailedLine)) << log;
+    EXPECT_TRUE(Contains(log, "RPC method call has failed (GetAsyncOpStatus).")) << log;
+    EXPECT_TRUE(Contains(log, tool_expect::closeWithoutTaskError)) << log;
+    EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
 }
 
-TEST_F(ToolSession, MissingArgumentsFailBeforeTheHolderIsAsked) {
+TEST_F(ToolSession, ArgumentsMissingOrNoGuidsFailTheirReaderBeforeTheHolderIsAskedAndBareGuidsAreRead) {
     EXPECT_EQ(Call(L"BeginSnapshotCreation", CRequestArguments().AddText(L"BackupConsole", L"C")),
               L"err:Value of the argument 'JobName' is not defined.\n"
               L"--tr:Failed to retrieve value of the unicode attribute 'JobName'.");
@@ -115,15 +81,9 @@ TEST_F(ToolSession, MissingArgumentsFailBeforeTheHolderIsAsked) {
               L"err:Value of the argument 'BackupDoc' is not defined.\n"
               L"--tr:Failed to retrieve value of the multibyte attribute 'BackupDoc'.");
     EXPECT_EQ(Call(L"SetVmBackupStatus",
-                   CRequestArguments().AddText(L"VmId", L"{11111111-2222-3333-4444-555555555555}")),
+                   CRequestArguments().AddText(L"VmId", L"{99999999-2222-3333-4444-555555555555}")),
               L"err:Value of the argument 'BackupStatus' is not defined.\n"
               L"--tr:Failed to retrieve value of the boolean attribute 'BackupStatus'.");
-    const std::string log = EndSession();
-    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
-    EXPECT_FALSE(Contains(log, "Completing VM backup.")) << log;
-}
-
-TEST_F(ToolSession, GuidsThatArentFailTheReaderAndBareGuidsAreRead) {
     const std::wstring bad = Call(L"GetVMFilesList", CRequestArguments().AddText(L"VmId", L"not-a-guid"));
     EXPECT_TRUE(Contains(bad, L"Failed to convert string [not-a-guid] to UUID.")) << bad;
     EXPECT_TRUE(bad.ends_with(L"\n--tr:Failed to retrieve value of the GUID attribute 'VmId'.")) << bad;
@@ -137,32 +97,12 @@ TEST_F(ToolSession, GuidsThatArentFailTheReaderAndBareGuidsAreRead) {
               L"err:Snapshot is not initialized.\n"
               L"--tr:Failed to complete VM backup. VmID: '{11111111-2222-3333-4444-555555555555}'.");
     const std::string log = EndSession();
+    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
+    EXPECT_FALSE(Contains(log, "Completing VM backup. VMID: '{99999999")) << log;
     EXPECT_TRUE(Contains(log, "Getting file list of vm '{11111111-2222-3333-4444-5555aaaaaaaa}'.")) << log;
     EXPECT_TRUE(Contains(log, "Completing VM backup. VMID: '{11111111-2222-3333-4444-555555555555}', Status: "
                               "'Failed'"))
         << log;
-}
-
-TEST_F(ToolSession, SnapshotCreationParsesAndDumpsTheSpecThenStartsTheTask) {
-    const std::wstring frame =
-        Call(L"BeginSnapshotCreation", JobArguments().AddEncoded(L"SnapshotXmlSpec", validSpec));
-    EXPECT_TRUE(frame.starts_with(L"xml:<OutputArguments><SnapshotId value=\"{")) << frame;
-    const std::string log = EndSession();
-    EXPECT_TRUE(
-        Contains(log, "Starting VSS backup. Job: 'J'. Backup server: 'C'. Backup spec: '<HVBackupSpec>"))
-        << log;
-    EXPECT_TRUE(Contains(log, "vm-one")) << log;
-}
-
-TEST_F(ToolSession, SpecsThatArentFailWithTheParserThenTheCommandLine) {
-    // Base64 that isn't decodes to nothing, quietly: the empty text is then no document.
-    for (const std::wstring& encoded : {std::wstring(L"!!!!"), std::wstring(L"PEhW")}) {
-        const std::wstring frame =
-            Call(L"BeginSnapshotCreation", JobArguments().AddText(L"SnapshotXmlSpec", encoded));
-        EXPECT_TRUE(Contains(frame, tool_expect::specParseFailure)) << frame;
-        EXPECT_TRUE(frame.ends_with(tool_expect::createTaskFailedTrace)) << frame;
-    }
-    EndSession();
 }
 
 // Text that is not well-formed reaches every answer and log line with U+FFFD in place of each bad
@@ -202,6 +142,10 @@ TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords)
 
     const std::string log = EndSession();
     const std::string fffd = "\xef\xbf\xbd";
+    EXPECT_TRUE(Contains(log, "Starting VSS backup. Job: 'J'. Backup server: 'C'. Backup spec: "
+                              "'<HVBackupSpec><VMs><VM id=\"vm" +
+                                  fffd + "\"/>"))
+        << log;
     EXPECT_TRUE(Contains(log, "VmID: 'vm" + fffd + "'")) << log;
     EXPECT_TRUE(Contains(log, "[SoapEnter] Frob" + fffd + "nicate:")) << log;
     EXPECT_TRUE(Contains(log, "RPC method call has failed (Frob" + fffd + "nicate).")) << log;
@@ -210,8 +154,15 @@ TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords)
     EXPECT_FALSE(Contains(log, "ANSI -> UNICODE failed.")) << log;
 }
 
-// A parser that recursed per level would take the process down with a stack overflow.
-TEST_F(ToolSession, DocumentsNestedTooDeepAreRefusedAndServingGoesOn) {
+TEST_F(ToolSession, SpecsThatArentAndDocumentsNestedTooDeepFailWithTheParserThenTheCommandLine) {
+    // Base64 that isn't decodes to nothing, quietly: the empty text is then no document.
+    for (const std::wstring& encoded : {std::wstring(L"!!!!"), std::wstring(L"PEhW")}) {
+        const std::wstring frame =
+            Call(L"BeginSnapshotCreation", JobArguments().AddText(L"SnapshotXmlSpec", encoded));
+        EXPECT_TRUE(Contains(frame, tool_expect::specParseFailure)) << frame;
+        EXPECT_TRUE(frame.ends_with(tool_expect::createTaskFailedTrace)) << frame;
+    }
+    // A parser that recursed per level would take the process down with a stack overflow.
     std::wstring deep;
     for (int i = 0; i < 100000; ++i)
         deep += L"<a>";
@@ -230,54 +181,4 @@ TEST_F(ToolSession, DocumentsNestedTooDeepAreRefusedAndServingGoesOn) {
     EXPECT_TRUE(Contains(document_frame, L"Failed to load XML document '<a><a>"))
         << document_frame.substr(0, 300);
     EndSession();
-}
-
-namespace {
-
-// A client that asks and then stops listening before the answer: the raw
-// transport, since the client library always reads its answers.
-void AskAndStopListening(const std::filesystem::path& socketPath, const std::wstring& request) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", socketPath.c_str());
-    // The socket file appears at bind, a moment before the server listens: until then a
-    // connection is refused, and a client tries again as it would on a pipe not yet created.
-    int fd = -1;
-    for (int attempt = 0; attempt < 500; ++attempt) {
-        fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        ASSERT_GE(fd, 0);
-        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0)
-            break;
-        ASSERT_EQ(errno, ECONNREFUSED);
-        ::close(fd);
-        fd = -1;
-        ::usleep(10000);
-    }
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(::shutdown(fd, SHUT_RD), 0);
-    std::string frame(4, '\0');
-    for (wchar_t c : request + L'\0') {
-        frame.push_back(static_cast<char>(c & 0xFF));
-        frame.push_back(static_cast<char>((c >> 8) & 0xFF));
-    }
-    const auto length = static_cast<std::uint32_t>(frame.size() - 4);
-    for (int i = 0; i < 4; ++i)
-        frame[i] = static_cast<char>((length >> (8 * i)) & 0xFF);
-    ASSERT_EQ(::send(fd, frame.data(), frame.size(), MSG_NOSIGNAL), static_cast<ssize_t>(frame.size()));
-    ::close(fd);
-}
-
-} // namespace
-
-TEST(ToolSessionEnd, ClientGoneBeforeTheAnswerEndsServingWithAWarning) {
-    ToolRun run(ToolRun::PipeMode());
-    const auto socketPath = run.PipeFolder() / ToolRun::pipeName;
-    for (int i = 0; i < 1000 && !std::filesystem::exists(socketPath); ++i)
-        ::usleep(10000);
-    AskAndStopListening(socketPath, L"cmd:GetAsyncOpStatus xml:<InputArguments/>");
-    EXPECT_EQ(run.WaitForExit(), 0);
-    const std::string log = run.LogText();
-    EXPECT_TRUE(Contains(log, "WARN|Response 'err:Snapshot is not initialized.")) << log;
-    EXPECT_TRUE(Contains(log, "was not sent.")) << log;
-    EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
 }

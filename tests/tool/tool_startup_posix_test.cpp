@@ -1,16 +1,13 @@
 // POSIX only: the tool is started with fork and exec; the Windows smoke test covers the same starts.
 // How the tool starts and ends, seen from outside: exit status, log, pipe.
 #include "tool_expectations.h"
-#include "tool_run_posix.h"
+#include "tool_job_posix.h"
 
-#include "client/invoke_client.h"
 #include "common/win/native_name_posix.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-
-#include <unistd.h>
 
 namespace {
 
@@ -22,22 +19,25 @@ bool PipeFolderIsEmpty(const ToolRun& run) {
     return std::filesystem::is_empty(run.PipeFolder());
 }
 
-std::unique_ptr<client::CInvokeClient> ConnectTo(const ToolRun& run) {
-    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
-    return client::CInvokeClient::Connect(ToolRun::PipeName());
-}
-
 } // namespace
 
-TEST(ToolStartup, WithoutPipeModeTellsTheRefusalCreatesNoPipeAndExitsZero) {
-    for (const auto& arguments :
-         {std::vector<std::string>{}, std::vector<std::string>{"-n", "X", "-o", "L"}}) {
+TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
+    const std::pair<std::vector<std::string>, std::string> refusals[] = {
+        {{}, tool_expect::notPipeMode},
+        {{"-n", "X", "-o", "L"}, tool_expect::notPipeMode},
+        // "-verbose" is the library's option, but "-v" to the table.
+        {{"-p", "-n", "X", "-o", "L", "-verbose"}, "-verbose"},
+        // The log name is read although nothing needs it.
+        {{"-p", "-n", "X"}, "any_cast"},
+    };
+    for (const auto& [arguments, logged] : refusals) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
         ToolRun run(arguments);
         EXPECT_EQ(run.WaitForExit(), 0);
         const std::string log = run.LogText();
-        EXPECT_TRUE(Contains(log, tool_expect::notPipeMode)) << log;
+        EXPECT_TRUE(Contains(log, logged)) << log;
         EXPECT_TRUE(PipeFolderIsEmpty(run));
-        EXPECT_FALSE(Contains(log, "Process will be finished normally."));
+        EXPECT_FALSE(Contains(log, tool_expect::normalEnd)) << log;
     }
     // Where no log can be opened, standard error is what tells.
     ToolRun unlogged({"-log", "/dev/null/none/tool.log"});
@@ -51,12 +51,9 @@ TEST(ToolStartup, WithoutPipeModeTellsTheRefusalCreatesNoPipeAndExitsZero) {
 TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
     const std::string name = "bad\xff";
     ToolRun run({"-p", "-n", name, "-o", "L"});
-    const auto socketPath = run.PipeFolder() / name;
-    for (int i = 0; i < 1000 && !std::filesystem::exists(socketPath); ++i)
-        ::usleep(10000);
-    ASSERT_TRUE(std::filesystem::exists(socketPath));
     ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
     auto client = client::CInvokeClient::Connect(win::wide_from_name_bytes(name));
+    EXPECT_TRUE(std::filesystem::exists(run.PipeFolder() / name));
     EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
     client->Disconnect();
     EXPECT_EQ(run.WaitForExit(), 0);
@@ -65,47 +62,17 @@ TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
     EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
 }
 
-TEST(ToolStartup, OptionsTheTableRefusesEndTheRunWithExitZero) {
-    // "-verbose" is the library's option, but "-v" to the table.
-    ToolRun verbose({"-p", "-n", "X", "-o", "L", "-verbose"});
-    EXPECT_EQ(verbose.WaitForExit(), 0);
-    EXPECT_TRUE(Contains(verbose.LogText(), "-verbose")) << verbose.LogText();
-    EXPECT_TRUE(PipeFolderIsEmpty(verbose));
-
-    // The log name is read although nothing needs it.
-    ToolRun withoutLogName({"-p", "-n", "X"});
-    EXPECT_EQ(withoutLogName.WaitForExit(), 0);
-    EXPECT_TRUE(Contains(withoutLogName.LogText(), "any_cast")) << withoutLogName.LogText();
-    EXPECT_TRUE(PipeFolderIsEmpty(withoutLogName));
-}
-
 TEST(ToolStartup, ClientThatLeavesAtOnceEndsTheRunNormally) {
-    ToolRun run(ToolRun::PipeMode());
-    ConnectTo(run)->Disconnect();
-    EXPECT_EQ(run.WaitForExit(), 0);
-    const std::string log = run.LogText();
-    const auto security = log.find("Initializing COM security");
-    const auto leaving = log.find("Leaving dispatch loop.");
-    const auto finished = log.find("Process will be finished normally.");
-    ASSERT_NE(security, std::string::npos) << log;
-    ASSERT_NE(leaving, std::string::npos) << log;
-    ASSERT_NE(finished, std::string::npos) << log;
-    EXPECT_LT(security, leaving);
-    EXPECT_LT(leaving, finished);
+    ToolJob job;
+    const std::string log = job.End();
     EXPECT_FALSE(Contains(log, "ERR |")) << log;
 }
 
 TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
-    ToolRun first(ToolRun::PipeMode());
-    auto client = ConnectTo(first);
-
-    ToolRun second(ToolRun::PipeMode(), first.PipeFolder());
+    ToolJob first;
+    ToolRun second(ToolRun::PipeMode(), first.run.PipeFolder());
     EXPECT_EQ(second.WaitForExit(), 0);
     EXPECT_TRUE(Contains(second.LogText(), tool_expect::PipeInUse(ToolRun::pipeName))) << second.LogText();
-    EXPECT_FALSE(Contains(second.LogText(), "Process will be finished normally."));
-
-    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
-    client->Disconnect();
-    EXPECT_EQ(first.WaitForExit(), 0);
-    EXPECT_TRUE(Contains(first.LogText(), "Process will be finished normally."));
+    EXPECT_FALSE(Contains(second.LogText(), tool_expect::normalEnd));
+    first.Close();
 }

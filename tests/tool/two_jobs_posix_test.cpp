@@ -1,9 +1,8 @@
 // What the tool meets on a host that keeps the VSS contract: two mirrack processes on one
 // simulated host, each driven through its pipe. One shadow-copy creation runs at a time,
-// a set holds at most 64 volumes, a failure after the prepare leaves the writers stable for
-// the next backup, and a cluster shared volume's backup state is the volume's, shared by
-// every job on it.
-#include "tool_run_posix.h"
+// a set holds at most 64 volumes, and a cluster shared volume's backup state is the
+// volume's, shared by every job on it.
+#include "tool_job_posix.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
@@ -15,9 +14,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <thread>
 
 using namespace snapshot_test;
@@ -32,65 +29,22 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-std::string ReadText(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// One backup job: its own mirrack on the host, a connected client, and its verdict.
-class Job {
+// A job of its own, with its verdict, that must end with the tool serving.
+class Job : public ToolJob {
 public:
-    explicit Job(const fs::path& hostDir) : run(ToolRun::PipeMode(), {}, hostDir) {
-        ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
-        connection = client::CInvokeClient::Connect(ToolRun::PipeName());
-    }
-
-    CResponse Call(const std::wstring& command, const CRequestArguments& arguments = CRequestArguments()) {
-        return connection->Call(command, arguments);
-    }
+    using ToolJob::ToolJob;
     void Begin(const std::string& spec) {
-        const CResponse begin =
-            Call(L"BeginSnapshotCreation", CRequestArguments()
-                                               .AddText(L"JobName", L"Nightly")
-                                               .AddText(L"BackupConsole", L"Console")
-                                               .AddEncoded(L"SnapshotXmlSpec", to_unicode(spec)));
+        const CResponse begin = ToolJob::Begin(spec);
         ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
     }
-    // IsSucceeded once the task has completed; its error description in description.
-    bool Verdict(std::string& description) {
-        for (;;) {
-            const CResponse status = Call(L"GetAsyncOpStatus");
-            if (!status.IsSuccess() || status.Value(L"IsCompleted") == L"true") {
-                description = to_ansi(status.Value(L"ErrDescription"));
-                return status.Value(L"IsSucceeded") == L"true";
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
+    void Begin(const std::vector<spec_vm_t>& vms) { Begin(spec_xml(vms, usual_providers)); }
+    // The error description of a task that must fail.
+    std::string Failure() {
+        const CResponse status = WaitForVerdict();
+        EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
+        return to_ansi(status.Value(L"ErrDescription"));
     }
-    bool Succeeds() {
-        std::string description;
-        const bool succeeded = Verdict(description);
-        EXPECT_TRUE(succeeded) << description;
-        return succeeded;
-    }
-    // Closes the task and ends the session; the log.
-    std::string Close() {
-        EXPECT_TRUE(Call(L"CloseSnapshot").IsSuccess());
-        connection->Disconnect();
-        EXPECT_EQ(run.WaitForExit(), 0);
-        return run.LogText();
-    }
-
-private:
-    ToolRun run;
-    std::unique_ptr<client::CInvokeClient> connection;
 };
-
-std::string Spec(const std::vector<spec_vm_t>& vms) {
-    return spec_xml(vms, usual_providers);
-}
 
 // The journal lines of one op, each with the calling process's id first.
 std::vector<std::string> JournalOf(const hyperv_host_t& host, const std::string& op) {
@@ -109,14 +63,13 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
     const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
     Job first(host.dir());
     Job second(host.dir());
-    first.Begin(Spec(vms));
+    first.Begin(vms);
     while (host.count("DoSnapshotSet") == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    const std::string csvStateOfTheFirst = ReadText(host.dir() / "state" / "csv.txt");
+    const std::string csvStateOfTheFirst = ReadFileText(host.dir() / "state" / "csv.txt");
 
-    second.Begin(Spec(vms));
-    std::string description;
-    ASSERT_FALSE(second.Verdict(description));
+    second.Begin(vms);
+    const std::string description = second.Failure();
     EXPECT_TRUE(Contains(description,
                          "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
                          "already in progress. Wait a few moments and try again.\n--tr:Failed to "
@@ -124,7 +77,7 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
         << description;
     EXPECT_EQ(host.count("StartSnapshotSet"), 2u);
     EXPECT_EQ(host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
-    EXPECT_EQ(ReadText(host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
+    EXPECT_EQ(ReadFileText(host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
     second.Close();
 
     ASSERT_TRUE(first.Succeeds());
@@ -134,7 +87,7 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
 
     host.write("host.xml", hyperv_host_xml());
     Job again(host.dir());
-    again.Begin(Spec(vms));
+    again.Begin(vms);
     EXPECT_TRUE(again.Succeeds());
     again.Close();
     EXPECT_TRUE(host.is_clean());
@@ -151,79 +104,21 @@ TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
     lab::create_sample_host(dir, options); // 63 local volumes, a cluster shared volume and a share
 
     Job job(dir);
-    job.Begin(ReadText(dir / "spec.xml"));
-    std::string description;
-    ASSERT_FALSE(job.Verdict(description));
+    job.Begin(ReadFileText(dir / "spec.xml"));
+    const std::string description = job.Failure();
     EXPECT_TRUE(Contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
                                       "operation has been reached.\n"))
         << description;
     job.Close();
     for (const char* state : {"shadows.txt", "csv.txt", "creation.txt"})
-        EXPECT_EQ(ReadText(dir / "state" / state), "") << state;
+        EXPECT_EQ(ReadFileText(dir / "state" / state), "") << state;
 }
-
-namespace {
-
-struct prepared_failure_t {
-    const char* name;
-    std::string fault;
-    bool closeDuringPrepare;
-};
-
-// Listed by its case, not by a dump of its bytes.
-void PrintTo(const prepared_failure_t& c, std::ostream* os) {
-    *os << c.name;
-}
-
-const prepared_failure_t preparedFailures[] = {
-    {"WriterFaultAtPrepare",
-     R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)",
-     false},
-    {"FaultAtDoSnapshotSet", R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)", false},
-    {"CancelDuringPrepare", R"(<Fault op="PrepareForBackup" delayMs="600000"/>)", true},
-};
-
-class FailureAfterPrepare : public ::testing::TestWithParam<prepared_failure_t> {};
-
-} // namespace
-
-TEST_P(FailureAfterPrepare, LeavesTheWritersStableAndTheNextBackupSucceeds) {
-    const prepared_failure_t& c = GetParam();
-    hyperv_host_t host(c.fault);
-    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
-    {
-        Job failing(host.dir());
-        failing.Begin(Spec(vms));
-        if (c.closeDuringPrepare) {
-            while (host.count("PrepareForBackup") == 0)
-                std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        } else {
-            std::string description;
-            EXPECT_FALSE(failing.Verdict(description));
-        }
-        failing.Close();
-    }
-    EXPECT_EQ(host.count("AbortBackup"), 0u) << "the tool lets go of the object instead";
-    EXPECT_EQ(JournalOf(host, "ImplicitAbort").size(), 1u);
-    EXPECT_TRUE(host.is_clean());
-    EXPECT_TRUE(host.state_lines("creation.txt").empty());
-
-    host.write("host.xml", hyperv_host_xml());
-    Job next(host.dir());
-    next.Begin(Spec(vms));
-    EXPECT_TRUE(next.Succeeds());
-    next.Close();
-    EXPECT_EQ(JournalOf(host, "ImplicitAbort").size(), 1u);
-    EXPECT_TRUE(host.is_clean());
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, FailureAfterPrepare, ::testing::ValuesIn(preparedFailures),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
     hyperv_host_t host;
+    const std::vector<spec_vm_t> vms{{csv_vm}};
     Job first(host.dir());
-    first.Begin(Spec({{csv_vm}}));
+    first.Begin(vms);
     ASSERT_TRUE(first.Succeeds());
     const auto prepared = host.state_lines("csv.txt");
     ASSERT_EQ(prepared.size(), 1u) << "the first job holds its snapshot, the volume stays in backup";
@@ -232,9 +127,8 @@ TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderThe
     host.write("host.xml", hyperv_host_xml(R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)"));
     {
         Job second(host.dir());
-        second.Begin(Spec({{csv_vm}}));
-        std::string description;
-        EXPECT_FALSE(second.Verdict(description));
+        second.Begin(vms);
+        second.Failure();
         second.Close();
     }
     const auto cleared = JournalOf(host, "CsvBackupStateCleared");
