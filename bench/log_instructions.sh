@@ -17,22 +17,29 @@ valgrind --tool=callgrind --callgrind-out-file="$work/profile" "$build/bin/log_b
 
 # Each callee in the caller tree is listed under its callers ("< ... caller (N x)"), with its own
 # line ("* ... callee"): the inclusive cost of the calls from one benchmark loop and their count.
-callgrind_annotate --inclusive=yes --tree=caller "$work/profile" | awk '
-    # Callers come largest first: the timed loop before the one call that warms the log up.
-    /%\)  < .*BM_log_write\(benchmark::State&\) \([0-9,]+x\)/ && log_caller == "" { log_caller = $0 }
-    /%\)  < .*BM_plain_write\(benchmark::State&\) \([0-9,]+x\)/ && plain_caller == "" { plain_caller = $0 }
-    /%\)  \*  .*logging::log_t::write\(int/ && log_caller != "" { log_line = log_caller }
-    /%\)  \*  .*:write \[.*libc/ && plain_caller != "" { plain_line = plain_caller }
-    /%\)  \*  / { log_caller = ""; plain_caller = "" }
-    function per_call(line,    cost, calls) {
+callgrind_annotate --inclusive=yes --tree=caller --threshold=100 "$work/profile" | awk '
+    function cost_of(line,    cost) {
         cost = line; sub(/^ */, "", cost); sub(/ .*/, "", cost); gsub(/,/, "", cost)
+        return cost + 0
+    }
+    function calls_of(line,    calls) {
         calls = line; sub(/.*\(/, "", calls); sub(/x\).*/, "", calls); gsub(/,/, "", calls)
-        return cost / calls
+        return calls + 0
+    }
+    /%\)  < / { callers[++n] = $0; next }
+    /%\)  \*  / {
+        for (i = 1; i <= n; ++i) {
+            if ($0 ~ /logging::log_t::write\(int/) {
+                log_cost += cost_of(callers[i]); log_calls += calls_of(callers[i])
+            } else if ($0 ~ /:write \[.*libc/ && callers[i] ~ /BM_plain_write|plain_file_t::write/) {
+                plain_cost += cost_of(callers[i]); plain_calls += calls_of(callers[i])
+            }
+        }
+        n = 0
     }
     END {
-        if (log_line == "" || plain_line == "") { print "log_instructions: no calls found" > "/dev/stderr"; exit 1 }
-        log_cost = per_call(log_line); plain_cost = per_call(plain_line)
+        if (log_calls == 0 || plain_calls == 0) { print "log_instructions: no calls found" > "/dev/stderr"; exit 1 }
         printf "%-28s %10s\n", "instructions per line", "count"
-        printf "%-28s %10.0f\n", "log_t::write", log_cost
-        printf "%-28s %10.0f\n", "write() alone", plain_cost
+        printf "%-28s %10.0f\n", "log_t::write", log_cost / log_calls
+        printf "%-28s %10.0f\n", "write() alone", plain_cost / plain_calls
     }'
