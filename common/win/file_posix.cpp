@@ -28,7 +28,7 @@ private:
 
 // Asked on every write of the log: the exact type is one comparison, where a cast that walks the
 // hierarchy costs as much as the rest of the write's own work.
-int fd_of(HANDLE handle) {
+inline int fd_of(HANDLE handle) {
     posix::kernel_object_t* object = posix::from_handle(handle);
     if (object == nullptr || typeid(*object) != typeid(file_object_t))
         return -1;
