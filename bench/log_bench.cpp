@@ -11,6 +11,7 @@
 #include <benchmark/benchmark.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -51,8 +52,10 @@ class allocation_count_t {
 public:
     allocation_count_t() : start_(g_allocations.load()) {}
     void report(benchmark::State& state) const {
-        state.counters["allocs_per_item"] = benchmark::Counter(
-            static_cast<double>(g_allocations.load() - start_) / static_cast<double>(state.iterations()));
+        state.counters["allocs_per_item"] = per_item(static_cast<std::uint64_t>(state.iterations()));
+    }
+    double per_item(std::uint64_t items) const {
+        return static_cast<double>(g_allocations.load() - start_) / static_cast<double>(items);
     }
 
 private:
@@ -70,57 +73,136 @@ fs::path bench_folder() {
     return folder;
 }
 
-// Messages through the logger: formatting, the lock, one write, the size check every 1000 messages.
+// The tool's log on a fresh file of its own, never rotated inside the timing, for as long as it lives.
+class bench_log_t {
+public:
+    explicit bench_log_t(const std::string& name) {
+        const fs::path path = bench_folder() / name;
+        fs::remove(path);
+        logging::receiver::set_log_size_limit_for_tests(UINT64_MAX);
+        logging::install_log_file(path.string());
+        write(); // the buffers are made
+    }
+    ~bench_log_t() {
+        logging::main_log()->install(nullptr, false);
+        logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
+    }
+    bench_log_t(const bench_log_t&) = delete;
+    bench_log_t& operator=(const bench_log_t&) = delete;
+
+    // Formatting, the lock, one write, the size check every 1000 messages.
+    void write() const { handle_.log->write(logging::level_info, 0, handle_.format.get(), message); }
+
+private:
+    const logging::logger_t& handle_ = logging::tool_logger();
+};
+
+// A file open for plain writes of the bytes of one log line.
+class plain_file_t {
+public:
+    explicit plain_file_t(const std::string& name) {
+        const fs::path path = bench_folder() / name;
+        fs::remove(path);
+        const std::string stamp = logging::format::timestamp_text(std::time(nullptr));
+        const logging::format::message_head_t head{stamp, win::current_thread_id(), 0, "Mirrack| ", "\r\n"};
+        line_ = logging::format::message_text(head, logging::level_info, 0, message);
+        fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    }
+    ~plain_file_t() { ::close(fd_); }
+    plain_file_t(const plain_file_t&) = delete;
+    plain_file_t& operator=(const plain_file_t&) = delete;
+
+    void write() const { benchmark::DoNotOptimize(::write(fd_, line_.data(), line_.size())); }
+
+private:
+    std::string line_;
+    int fd_ = -1;
+};
+
 void BM_log_write(benchmark::State& state) {
-    const fs::path path = bench_folder() / "through-log.log";
-    fs::remove(path);
-    logging::receiver::set_log_size_limit_for_tests(UINT64_MAX); // no rotation inside the timing
-    logging::install_log_file(path.string());
-    const auto& handle = logging::tool_logger();
-    handle.log->write(logging::level_info, 0, handle.format.get(), message); // the buffers are made
+    const bench_log_t log("through-log.log");
     const allocation_count_t allocations;
     for (auto _ : state)
-        handle.log->write(logging::level_info, 0, handle.format.get(), message);
+        log.write();
     allocations.report(state);
     state.SetItemsProcessed(state.iterations());
-    logging::main_log()->install(nullptr, false);
-    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
 }
 BENCHMARK(BM_log_write)->UseRealTime();
 
 // The same through the call that the code uses, at the thread's own indent.
 void BM_log_info(benchmark::State& state) {
-    const fs::path path = bench_folder() / "through-log-info.log";
-    fs::remove(path);
-    logging::receiver::set_log_size_limit_for_tests(UINT64_MAX);
-    logging::install_log_file(path.string());
-    log_info(logging::tool_logger(), message);
+    const bench_log_t log("through-log-info.log");
     const allocation_count_t allocations;
     for (auto _ : state)
         log_info(logging::tool_logger(), message);
     allocations.report(state);
     state.SetItemsProcessed(state.iterations());
-    logging::main_log()->install(nullptr, false);
-    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
 }
 BENCHMARK(BM_log_info)->UseRealTime();
 
 // The same bytes, written by a plain loop of write() on the same kind of file.
 void BM_plain_write(benchmark::State& state) {
-    const fs::path path = bench_folder() / "plain.log";
-    fs::remove(path);
-    const std::string stamp = logging::format::timestamp_text(std::time(nullptr));
-    const logging::format::message_head_t head{stamp, win::current_thread_id(), 0, "Mirrack| ", "\r\n"};
-    const std::string line = logging::format::message_text(head, logging::level_info, 0, message);
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    const plain_file_t plain("plain.log");
     const allocation_count_t allocations;
     for (auto _ : state)
-        benchmark::DoNotOptimize(::write(fd, line.data(), line.size()));
+        plain.write();
     allocations.report(state);
-    ::close(fd);
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_plain_write)->UseRealTime();
+
+// A moment on the wall clock and on the thread's CPU clock, which leaves out the time the thread
+// waited for a core.
+struct moment_t {
+    std::chrono::steady_clock::time_point wall;
+    timespec cpu{};
+
+    static moment_t now() {
+        moment_t m{std::chrono::steady_clock::now()};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &m.cpu);
+        return m;
+    }
+    double wall_ns_to(const moment_t& later) const {
+        return std::chrono::duration<double, std::nano>(later.wall - wall).count();
+    }
+    double cpu_ns_to(const moment_t& later) const {
+        return static_cast<double>(later.cpu.tv_sec - cpu.tv_sec) * 1e9 +
+               static_cast<double>(later.cpu.tv_nsec - cpu.tv_nsec);
+    }
+};
+
+// Log lines and plain writes of the same bytes in alternating blocks, each block timed by itself:
+// a load that drifts while the benchmark runs weighs on both alike, so the ratios are the figures
+// to read on a busy machine.
+void BM_log_against_plain(benchmark::State& state) {
+    const bench_log_t log("side-by-side.log");
+    const plain_file_t plain("side-by-side-plain.log");
+    constexpr int block = 200;
+    double log_wall = 0, log_cpu = 0, plain_wall = 0, plain_cpu = 0;
+    const allocation_count_t allocations;
+    for (auto _ : state) {
+        const moment_t start = moment_t::now();
+        for (int i = 0; i < block; ++i)
+            log.write();
+        const moment_t between = moment_t::now();
+        for (int i = 0; i < block; ++i)
+            plain.write();
+        const moment_t end = moment_t::now();
+        log_wall += start.wall_ns_to(between);
+        log_cpu += start.cpu_ns_to(between);
+        plain_wall += between.wall_ns_to(end);
+        plain_cpu += between.cpu_ns_to(end);
+    }
+    const double lines = static_cast<double>(state.iterations()) * block;
+    state.counters["allocs_per_item"] = allocations.per_item(static_cast<std::uint64_t>(lines));
+    state.counters["log_ns"] = log_wall / lines;
+    state.counters["plain_ns"] = plain_wall / lines;
+    state.counters["ratio"] = log_wall / plain_wall;
+    state.counters["log_cpu_ns"] = log_cpu / lines;
+    state.counters["plain_cpu_ns"] = plain_cpu / lines;
+    state.counters["cpu_ratio"] = log_cpu / plain_cpu;
+}
+BENCHMARK(BM_log_against_plain)->Repetitions(3)->UseRealTime();
 
 // A log at its limit, of lines as the tool writes them.
 const fs::path& full_log_sample() {

@@ -46,11 +46,11 @@ void age_file(const std::string& path, const std::string& extension, int ages_li
 }
 
 void check_log_size(const std::shared_ptr<log_file_t>& receiver) {
-    const std::string path = receiver->path();
     try {
+        // The path is asked for only past the limit: the check under the limit allocates nothing.
         if (receiver->size() < current_log_size_limit())
             return;
-        const std::string archive = path + ".gz";
+        const std::string archive = receiver->path() + ".gz";
         const std::filesystem::path archive_file = platform::native_path(archive);
         // Names first, then the archive, then the emptied log. A failed attempt leaves the newest
         // name free: ageing again on the next try would push the good archives out one by one.
@@ -66,7 +66,7 @@ void check_log_size(const std::shared_ptr<log_file_t>& receiver) {
             throw;
         }
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Unable to validate log size limit. Log path: [%1].", path, e);
+        exc::rethrow_with_trace("Unable to validate log size limit. Log path: [%1].", receiver->path(), e);
     }
 }
 

@@ -90,9 +90,4 @@ std::wstring perf_logger_t::file_path() const {
     return win::path_join(folder_, L"perflog.bin");
 }
 
-perf_logger_t& perf_logger() {
-    static perf_logger_t logger;
-    return logger;
-}
-
 } // namespace logging::perf

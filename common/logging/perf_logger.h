@@ -61,8 +61,11 @@ private:
     std::vector<perf_record_t> buffer_;
 };
 
-// The process's logger, with its empty table.
-perf_logger_t& perf_logger();
+// The process's logger, with its empty table. Inline: every file operation asks it.
+inline perf_logger_t& perf_logger() {
+    static perf_logger_t logger;
+    return logger;
+}
 
 // What a file operation asks before it starts.
 inline void note_file_operation(std::uint32_t code) noexcept {
