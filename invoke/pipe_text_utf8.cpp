@@ -80,18 +80,26 @@ struct utf8_writer_t {
     }
 };
 
-// True when the closing U+0000 was met.
-template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t units, Sink& sink) {
-    std::size_t i = 0;
+// The frame's units from `i` on; true when the closing U+0000 was met. `i` is left where the walk
+// stopped: at the end, behind the U+0000, or, with stop_at_non_ascii, at the first unit that is
+// not ASCII.
+template <class Sink>
+bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Sink& sink,
+                bool stop_at_non_ascii = false) {
     while (i < units) {
         if (units - i >= block && is_ascii_unit_block(bytes + 2 * i)) {
             sink.ascii_block(bytes + 2 * i);
             i += block;
             continue;
         }
-        const char16_t unit = unit_at(bytes, i++);
-        if (unit == 0)
+        const char16_t unit = unit_at(bytes, i);
+        if (unit == 0) {
+            ++i;
             return true;
+        }
+        if (stop_at_non_ascii && unit >= 0x80)
+            return false;
+        ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
         const unicode::decoded_t decoded = unicode::decode_utf16({pair, i < units ? 2u : 1u});
         sink.put(decoded.value);
@@ -99,12 +107,6 @@ template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t uni
     }
     return false;
 }
-
-struct utf16_counter_t {
-    std::size_t units = 0;
-    void ascii_block(const char*) { units += block; }
-    void put(char32_t c) { units += c >= 0x10000 ? 2 : 1; }
-};
 
 struct utf16_writer_t {
     std::uint8_t* out;
@@ -148,26 +150,38 @@ template <class Sink> void walk_utf8(std::string_view text, Sink& sink) {
 
 } // namespace
 
+// One pass for the ASCII that nearly every frame is, into storage sized for it; only a frame that
+// turns out to hold more is counted from there and sized again.
 utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
     const std::size_t units = bytes.size() / 2;
-    utf8_counter_t counter;
     utf8_frame_t frame;
-    frame.terminated = walk_frame(bytes.data(), units, counter);
-    frame.text.resize(counter.size);
+    frame.text.resize(units);
     utf8_writer_t writer{frame.text.data()};
-    walk_frame(bytes.data(), units, writer);
+    std::size_t i = 0;
+    frame.terminated = walk_frame(bytes.data(), units, i, writer, true);
+    std::size_t written = static_cast<std::size_t>(writer.out - frame.text.data());
+    if (!frame.terminated && i < units) {
+        utf8_counter_t counter;
+        std::size_t counted_from = i;
+        walk_frame(bytes.data(), units, counted_from, counter);
+        frame.text.resize(written + counter.size);
+        writer.out = frame.text.data() + written;
+        frame.terminated = walk_frame(bytes.data(), units, i, writer);
+        written = static_cast<std::size_t>(writer.out - frame.text.data());
+    }
+    frame.text.resize(written);
     return frame;
 }
 
+// No UTF-8 sequence makes more UTF-16 units than it has bytes, so storage for one unit a byte
+// takes any text in one pass.
 byte_buffer_t EncodeFrameUtf8(std::string_view head, std::string_view body) {
-    utf16_counter_t counter;
-    walk_utf8(head, counter);
-    walk_utf8(body, counter);
-    byte_buffer_t bytes(2 * (counter.units + 1));
+    byte_buffer_t bytes(2 * (head.size() + body.size() + 1));
     utf16_writer_t writer{bytes.data()};
     walk_utf8(head, writer);
     walk_utf8(body, writer);
     writer.put_unit(0);
+    bytes.resize(static_cast<std::size_t>(writer.out - bytes.data()));
     return bytes;
 }
 
