@@ -92,6 +92,11 @@ void assign_message_text(std::string& out, const message_head_t& head, int level
     char thread_text[16];
     const std::string_view thread = thread_head(head, thread_text);
     out.clear();
+    // Room for a one-line message up front: a traced document of megabytes would otherwise be
+    // copied at every doubling, three times its size at the worst moment.
+    constexpr std::size_t marker_room = 16;
+    out.reserve(head.timestamp.size() + thread.size() + head.prefix.size() + marker_room +
+                2 * static_cast<std::size_t>(std::max(indent, 0)) + message.size() + head.eol.size());
     // The piece behind a closing line feed is empty and gives no line; an empty message gives one.
     std::size_t start = 0;
     bool first_line = true;
