@@ -177,22 +177,28 @@ bool is_well_formed(const pugi::xml_document& document) {
 
 // pugixml hands the text over in pieces of a few kilobytes. They are kept as they come and
 // joined once, at their exact size: a string grown piece by piece is copied anew at every
-// doubling, megabytes at a time for a large document.
+// doubling, megabytes at a time for a large document. A short document comes in one piece,
+// which is handed over as it is.
 struct pieces_writer_t : pugi::xml_writer {
-    std::vector<std::string> pieces;
+    std::string first;
+    std::vector<std::string> more;
     std::size_t size = 0;
 
     void write(const void* data, std::size_t length) override {
-        pieces.emplace_back(static_cast<const char*>(data), length);
+        if (size == 0)
+            first.assign(static_cast<const char*>(data), length);
+        else
+            more.emplace_back(static_cast<const char*>(data), length);
         size += length;
     }
 
     std::string joined() {
-        if (pieces.size() == 1)
-            return std::move(pieces.front());
+        if (more.empty())
+            return std::move(first);
         std::string text;
         text.reserve(size);
-        for (const std::string& piece : pieces)
+        text += first;
+        for (const std::string& piece : more)
             text += piece;
         return text;
     }
