@@ -29,7 +29,11 @@ struct dom_node_native_t {
     pugi::xml_node node;
 };
 
-struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {};
+struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {
+    // Where the next lookup of an attribute starts: readers take an element's attributes in the
+    // order they stand, an item of a list five of them, and so find each at the first look.
+    pugi::xml_attribute next_attribute;
+};
 
 namespace {
 
@@ -295,7 +299,9 @@ pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::ws
 }
 
 const char* attribute_value(const dom_element_t& element, const std::wstring& name) {
-    const pugi::xml_attribute attribute = native_of(element).node.attribute(utf8_arg_t(name).c_str());
+    dom_element_native_t& native = native_of(element);
+    const pugi::xml_attribute attribute =
+        native.node.attribute(utf8_arg_t(name).c_str(), native.next_attribute);
     if (!attribute)
         dom_platform::throw_unexpected_attribute_type(1, name);
     return attribute.value();
