@@ -5,6 +5,9 @@
 #include "common/logging/log.h"
 #include "snapshot/shadow_paths.h"
 
+#include <string>
+#include <string_view>
+
 namespace hv {
 
 CVssImportSnapshotResult::CVssImportSnapshotResult(
@@ -22,10 +25,30 @@ void UpdateItems(const std::wstring& oldVolume, const std::wstring& newVolume, I
     scope.close_quietly();
 }
 
+namespace {
+
+// The list runs to megabytes: its narrow text is put into the line and let go before the line is
+// written, so that the log's own copy is the only other one.
+std::string SpecificationLine(const std::wstring& itemsXml) {
+    constexpr std::string_view line = "XML specification: [%1].";
+    const std::size_t marker = line.find("%1");
+    std::string line_text;
+    {
+        const std::string narrow = to_ansi(itemsXml);
+        line_text.reserve(line.size() - 2 + narrow.size());
+        line_text += line.substr(0, marker);
+        line_text += narrow;
+    }
+    line_text += line.substr(marker + 2);
+    return line_text;
+}
+
+} // namespace
+
 std::wstring CVssImportSnapshotResult::ConvertOffhostPaths(const std::wstring& itemsXml) const {
     try {
         log_scope_t scope(logging::tool_logger(), "Obtaining paths to shadow copies of the specified files.");
-        log_info(logging::tool_logger(), "XML specification: [%1].", to_ansi(itemsXml));
+        log_info(logging::tool_logger(), SpecificationLine(itemsXml));
         ItemsList items;
         DeserializeItemsList(itemsXml, items);
         // Once per snapshot: a rewritten path starts with a device name, which no

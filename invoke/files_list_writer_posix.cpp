@@ -13,22 +13,45 @@ namespace files_list_impl {
 namespace {
 
 bool needs_care(wchar_t c) {
-    return c < 0x20 || c == L'&' || c == L'<' || c == L'"' ||
-           !unicode::is_scalar_value(static_cast<std::uint32_t>(c));
+    const auto u = static_cast<std::uint32_t>(c);
+    return u < 0x20 || c == L'&' || c == L'<' || c == L'"' || !unicode::is_scalar_value(u);
+}
+
+// Values run to hundreds of characters, nearly all of them plain: they are judged a block at a
+// time, with no branch inside a block, and copied a run at a time.
+constexpr std::size_t block = 8;
+
+bool block_needs_care(const wchar_t* text) {
+    unsigned care = 0;
+    for (std::size_t i = 0; i < block; ++i) {
+        const auto u = static_cast<std::uint32_t>(text[i]);
+        care |= (u < 0x20) | (u == '&') | (u == '<') | (u == '"') | (u - 0xD800 < 0x800) | (u > 0x10FFFF);
+    }
+    return care != 0;
+}
+
+// Where the plain run that starts at `from` ends.
+const wchar_t* plain_run_end(const wchar_t* from, const wchar_t* end) {
+    while (end - from >= static_cast<std::ptrdiff_t>(block) && !block_needs_care(from))
+        from += block;
+    while (from != end && !needs_care(*from))
+        ++from;
+    return from;
 }
 
 // As the serialiser escapes an attribute's value; the value ends at its first zero, as its
 // conversion for the DOM ends it, and what is no character becomes U+FFFD as there.
 void append_value(std::wstring& out, const std::wstring& value) {
-    auto plain_start = value.begin();
-    for (auto it = value.begin();; ++it) {
-        if (it != value.end() && !needs_care(*it))
-            continue;
-        out.append(plain_start, it);
-        if (it == value.end() || *it == L'\0')
+    const wchar_t* it = value.data();
+    const wchar_t* const end = it + value.size();
+    for (;;) {
+        const wchar_t* const plain_end = plain_run_end(it, end);
+        out.append(it, plain_end);
+        if (plain_end == end || *plain_end == L'\0')
             return;
-        plain_start = it + 1;
-        switch (*it) {
+        const wchar_t c = *plain_end;
+        it = plain_end + 1;
+        switch (c) {
         case L'&':
             out += L"&amp;";
             break;
@@ -39,9 +62,9 @@ void append_value(std::wstring& out, const std::wstring& value) {
             out += L"&quot;";
             break;
         default:
-            if (*it < 0x20) {
-                const wchar_t reference[] = {L'&', L'#', static_cast<wchar_t>(L'0' + *it / 10),
-                                             static_cast<wchar_t>(L'0' + *it % 10), L';'};
+            if (c < 0x20) {
+                const wchar_t reference[] = {L'&', L'#', static_cast<wchar_t>(L'0' + c / 10),
+                                             static_cast<wchar_t>(L'0' + c % 10), L';'};
                 out.append(reference, std::size(reference));
             } else {
                 out += static_cast<wchar_t>(unicode::replacement_character);

@@ -2,12 +2,14 @@
 
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "common/logging/log_t.h"
 
 namespace wrap {
 
 namespace {
 
-// Joined in storage sized once: the document runs to megabytes.
+// Joined in storage sized once, and handed to the log as the message itself: the document runs to
+// megabytes, and the template "%1" would only copy it once more.
 void trace_call(std::string_view tag, std::string_view command, std::string_view document) {
     std::string line;
     line.reserve(tag.size() + command.size() + 1 + document.size());
@@ -15,7 +17,9 @@ void trace_call(std::string_view tag, std::string_view command, std::string_view
     line += command;
     line += ':';
     line += document;
-    log_trace(logging::rpc_logger(), "%1", line);
+    const logger_t& rpc = logging::rpc_logger();
+    if (const std::shared_ptr<logging::log_t> log = rpc.log)
+        log->write_at_current_indent(logging::level_trace, rpc.format.get(), line);
 }
 
 std::string_view without_trailing_crlf(std::string_view text) {

@@ -9,14 +9,18 @@
 #include "invoke/pipe_text.h"
 #include "invoke/request_grammar.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace wrap {
 
 namespace {
 
-// The command's name is UTF-8 that the frame's conversion made, so it converts without fail.
+// The command's name is UTF-8 that the frame's conversion made, so it converts without fail;
+// the ASCII that names nearly every command widens as it stands.
 std::wstring widen(std::string_view utf8) {
+    if (std::all_of(utf8.begin(), utf8.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return std::wstring(utf8.begin(), utf8.end());
     return from_utf8(std::string(utf8));
 }
 

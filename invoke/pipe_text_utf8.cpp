@@ -47,6 +47,36 @@ std::size_t utf8_length(char32_t c) {
     return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
 }
 
+// Output goes through a small staging block and is appended to its container a block at a time:
+// the container's storage is reserved once and never filled with zeros first, which for a frame
+// of megabytes is a pass over memory of its own.
+template <class Container> class staged_output_t {
+public:
+    using unit_t = typename Container::value_type;
+
+    explicit staged_output_t(Container& target) : target_(target) {}
+    staged_output_t(const staged_output_t&) = delete;
+    staged_output_t& operator=(const staged_output_t&) = delete;
+
+    // Room for `count` more units; `advance` then says where the writing ended.
+    unit_t* room(std::size_t count) {
+        if (stage_size - used_ < count)
+            flush();
+        return stage_ + used_;
+    }
+    void advance(const unit_t* end) { used_ = static_cast<std::size_t>(end - stage_); }
+    void flush() {
+        target_.insert(target_.end(), stage_, stage_ + used_);
+        used_ = 0;
+    }
+
+private:
+    static constexpr std::size_t stage_size = 1024;
+    Container& target_;
+    unit_t stage_[stage_size];
+    std::size_t used_ = 0;
+};
+
 // Sizing and writing walk the text alike: the first pass counts, the second fills storage of
 // exactly that size, so that a text of megabytes is never reallocated.
 struct utf8_counter_t {
@@ -56,42 +86,48 @@ struct utf8_counter_t {
 };
 
 struct utf8_writer_t {
-    char* out;
+    staged_output_t<std::string> out;
     void ascii_block(const std::uint8_t* bytes) {
         char16_t units[block];
         std::memcpy(units, bytes, sizeof units);
         char narrowed[block];
         for (std::size_t i = 0; i < block; ++i)
             narrowed[i] = static_cast<char>(units[i]);
-        std::memcpy(out, narrowed, block);
-        out += block;
+        char* const to = out.room(block);
+        std::memcpy(to, narrowed, block);
+        out.advance(to + block);
     }
     void put(char32_t c) {
-        if (c < 0x80) {
-            *out++ = static_cast<char>(c);
-            return;
-        }
+        char* const to = out.room(4);
         const std::size_t length = utf8_length(c);
         static constexpr unsigned char leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
         for (std::size_t i = length - 1; i > 0; --i, c >>= 6)
-            out[i] = static_cast<char>(0x80 | (c & 0x3F));
-        out[0] = static_cast<char>(leads[length] | c);
-        out += length;
+            to[i] = static_cast<char>(0x80 | (c & 0x3F));
+        to[0] = static_cast<char>(length == 1 ? c : leads[length] | c);
+        out.advance(to + length);
     }
 };
 
-// True when the closing U+0000 was met.
-template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t units, Sink& sink) {
-    std::size_t i = 0;
+// The frame's units from `i` on; true when the closing U+0000 was met. `i` is left where the walk
+// stopped: at the end, behind the U+0000, or, with stop_at_non_ascii, at the first unit that is
+// not ASCII.
+template <class Sink>
+bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Sink& sink,
+                bool stop_at_non_ascii = false) {
     while (i < units) {
         if (units - i >= block && is_ascii_unit_block(bytes + 2 * i)) {
             sink.ascii_block(bytes + 2 * i);
             i += block;
             continue;
         }
-        const char16_t unit = unit_at(bytes, i++);
-        if (unit == 0)
+        const char16_t unit = unit_at(bytes, i);
+        if (unit == 0) {
+            ++i;
             return true;
+        }
+        if (stop_at_non_ascii && unit >= 0x80)
+            return false;
+        ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
         const unicode::decoded_t decoded = unicode::decode_utf16({pair, i < units ? 2u : 1u});
         sink.put(decoded.value);
@@ -100,26 +136,23 @@ template <class Sink> bool walk_frame(const std::uint8_t* bytes, std::size_t uni
     return false;
 }
 
-struct utf16_counter_t {
-    std::size_t units = 0;
-    void ascii_block(const char*) { units += block; }
-    void put(char32_t c) { units += c >= 0x10000 ? 2 : 1; }
-};
-
 struct utf16_writer_t {
-    std::uint8_t* out;
+    staged_output_t<byte_buffer_t> out;
     void ascii_block(const char* text) {
         unsigned char bytes[block];
         std::memcpy(bytes, text, sizeof bytes);
         char16_t units[block];
         for (std::size_t i = 0; i < block; ++i)
             units[i] = bytes[i];
-        std::memcpy(out, units, sizeof units);
-        out += 2 * block;
+        std::uint8_t* const to = out.room(2 * block);
+        std::memcpy(to, units, sizeof units);
+        out.advance(to + 2 * block);
     }
     void put_unit(char32_t unit) {
-        *out++ = static_cast<std::uint8_t>(unit & 0xFF);
-        *out++ = static_cast<std::uint8_t>(unit >> 8);
+        std::uint8_t* const to = out.room(2);
+        to[0] = static_cast<std::uint8_t>(unit & 0xFF);
+        to[1] = static_cast<std::uint8_t>(unit >> 8);
+        out.advance(to + 2);
     }
     void put(char32_t c) {
         if (c < 0x10000) {
@@ -148,26 +181,37 @@ template <class Sink> void walk_utf8(std::string_view text, Sink& sink) {
 
 } // namespace
 
+// One pass for the ASCII that nearly every frame is, into storage reserved for it; only a frame
+// that turns out to hold more is counted from there and given room again.
 utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
     const std::size_t units = bytes.size() / 2;
-    utf8_counter_t counter;
     utf8_frame_t frame;
-    frame.terminated = walk_frame(bytes.data(), units, counter);
-    frame.text.resize(counter.size);
-    utf8_writer_t writer{frame.text.data()};
-    walk_frame(bytes.data(), units, writer);
+    frame.text.reserve(units);
+    utf8_writer_t writer{staged_output_t<std::string>(frame.text)};
+    std::size_t i = 0;
+    frame.terminated = walk_frame(bytes.data(), units, i, writer, true);
+    if (!frame.terminated && i < units) {
+        writer.out.flush();
+        utf8_counter_t counter;
+        std::size_t counted_from = i;
+        walk_frame(bytes.data(), units, counted_from, counter);
+        frame.text.reserve(frame.text.size() + counter.size);
+        frame.terminated = walk_frame(bytes.data(), units, i, writer);
+    }
+    writer.out.flush();
     return frame;
 }
 
+// No UTF-8 sequence makes more UTF-16 units than it has bytes, so room for one unit a byte takes
+// any text in one pass.
 byte_buffer_t EncodeFrameUtf8(std::string_view head, std::string_view body) {
-    utf16_counter_t counter;
-    walk_utf8(head, counter);
-    walk_utf8(body, counter);
-    byte_buffer_t bytes(2 * (counter.units + 1));
-    utf16_writer_t writer{bytes.data()};
+    byte_buffer_t bytes;
+    bytes.reserve(2 * (head.size() + body.size() + 1));
+    utf16_writer_t writer{staged_output_t<byte_buffer_t>(bytes)};
     walk_utf8(head, writer);
     walk_utf8(body, writer);
     writer.put_unit(0);
+    writer.out.flush();
     return bytes;
 }
 

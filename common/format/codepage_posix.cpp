@@ -32,13 +32,31 @@ std::size_t utf8_size_of(std::wstring_view text) {
     return size;
 }
 
+// The text's leading ASCII, narrowed a stage at a time into out, which has room for it: storage
+// of megabytes is reserved, not filled with zeros first. Where the ASCII ended.
+std::size_t append_ascii_prefix(std::wstring_view text, std::string& out) {
+    constexpr std::size_t stage_size = 1024;
+    char stage[stage_size];
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        const std::wstring_view part = text.substr(pos, stage_size);
+        const std::size_t narrowed = ascii::narrow_prefix(part, stage);
+        out.append(stage, narrowed);
+        pos += narrowed;
+        if (narrowed < part.size())
+            break;
+    }
+    return pos;
+}
+
 } // namespace
 
 std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text, std::uint32_t&) {
-    // Sized for ASCII first, which is narrowed as it is judged; only text that turns out to hold
+    // Room for ASCII first, which is narrowed as it is judged; only text that turns out to hold
     // more is counted and sized again from there.
-    std::string out(text.size(), '\0');
-    std::size_t pos = ascii::narrow_prefix(text, out.data());
+    std::string out;
+    out.reserve(text.size());
+    std::size_t pos = append_ascii_prefix(text, out);
     if (pos == text.size())
         return out;
     out.resize(pos + utf8_size_of(text.substr(pos)));

@@ -3,20 +3,29 @@
 #include "common/format/format.h"
 #include "common/format/guid_codec.h"
 
-std::wstring guid_to_wstring(const GUID& guid) {
-    const std::wstring text = format_impl::uuid_to_text(guid);
+#include <algorithm>
+
+namespace {
+
+// The platform's text of a GUID is hexadecimal digits and hyphens, which narrow as they stand.
+template <class Text> Text braced(const std::wstring& text) {
     if (text.empty())
-        return std::wstring();
-    std::wstring braced;
-    braced.reserve(text.size() + 2);
-    braced += L'{';
-    braced += text;
-    braced += L'}';
-    return braced;
+        return Text();
+    Text out(text.size() + 2, '{');
+    std::transform(text.begin(), text.end(), out.begin() + 1,
+                   [](wchar_t c) { return static_cast<typename Text::value_type>(c); });
+    out.back() = '}';
+    return out;
+}
+
+} // namespace
+
+std::wstring guid_to_wstring(const GUID& guid) {
+    return braced<std::wstring>(format_impl::uuid_to_text(guid));
 }
 
 std::string guid_to_string(const GUID& guid) {
-    return to_ansi(guid_to_wstring(guid));
+    return braced<std::string>(format_impl::uuid_to_text(guid));
 }
 
 GUID string_to_guid(const std::wstring& text) {

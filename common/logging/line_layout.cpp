@@ -111,6 +111,10 @@ void assign_message_text(std::string& out, const message_head_t& head, int level
     // The text is filled in place over the storage that the previous message left; it grows only
     // for a longer message, and the lead of the first line is copied to the others.
     std::size_t length = 0;
+    // Room for a one-line message up front: a traced document of megabytes would otherwise be
+    // copied at every doubling, three times its size at the worst moment.
+    constexpr std::size_t marker_room = 16;
+    out.reserve(lead_length + marker_room + indent_length + message.size() + head.eol.size());
     std::size_t start = 0;
     bool first_line = true;
     // Every line feed ends a piece; the piece behind a closing one is empty and gives no line, and

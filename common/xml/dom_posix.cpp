@@ -29,7 +29,11 @@ struct dom_node_native_t {
     pugi::xml_node node;
 };
 
-struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {};
+struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {
+    // Where the next lookup of an attribute starts: readers take an element's attributes in the
+    // order they stand, an item of a list five of them, and so find each at the first look.
+    pugi::xml_attribute next_attribute;
+};
 
 namespace {
 
@@ -113,12 +117,6 @@ std::wstring widen_value(const char* value) {
     return wide;
 }
 
-// Text taken as UTF-8 must pass where its conversion to wide text would: up to its first zero.
-void check_utf8(const std::string& text) {
-    if (!format_impl::ascii::is_ascii(text))
-        from_utf8(text);
-}
-
 // The platform refuses what pugixml lets through: no root, several roots, text beside the root.
 bool has_single_root(const pugi::xml_document& document) {
     int roots = 0;
@@ -131,23 +129,24 @@ bool has_single_root(const pugi::xml_document& document) {
     return roots == 1;
 }
 
-// A few attributes are compared pair by pair; many are sorted first, so that no element costs
-// the square of its attribute count.
+// A few attributes are compared pair by pair, by their first byte before the rest; many are
+// sorted first, so that no element costs the square of its attribute count.
 bool has_duplicate_attribute(const pugi::xml_node& element) {
     constexpr std::size_t pairwise_limit = 8;
+    const char* few[pairwise_limit];
     std::size_t count = 0;
-    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
-        ++count;
-    if (count <= pairwise_limit) {
-        for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
-            for (pugi::xml_attribute b = a.next_attribute(); b; b = b.next_attribute())
-                if (std::strcmp(a.name(), b.name()) == 0)
+    pugi::xml_attribute a = element.first_attribute();
+    for (; a && count < pairwise_limit; a = a.next_attribute())
+        few[count++] = a.name();
+    if (!a) {
+        for (std::size_t i = 0; i < count; ++i)
+            for (std::size_t j = i + 1; j < count; ++j)
+                if (few[i][0] == few[j][0] && std::strcmp(few[i], few[j]) == 0)
                     return true;
         return false;
     }
-    std::vector<std::string_view> names;
-    names.reserve(count);
-    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute())
+    std::vector<std::string_view> names(few, few + count);
+    for (; a; a = a.next_attribute())
         names.emplace_back(a.name());
     std::sort(names.begin(), names.end());
     return std::adjacent_find(names.begin(), names.end()) != names.end();
@@ -182,22 +181,28 @@ bool is_well_formed(const pugi::xml_document& document) {
 
 // pugixml hands the text over in pieces of a few kilobytes. They are kept as they come and
 // joined once, at their exact size: a string grown piece by piece is copied anew at every
-// doubling, megabytes at a time for a large document.
+// doubling, megabytes at a time for a large document. A short document comes in one piece,
+// which is handed over as it is.
 struct pieces_writer_t : pugi::xml_writer {
-    std::vector<std::string> pieces;
+    std::string first;
+    std::vector<std::string> more;
     std::size_t size = 0;
 
     void write(const void* data, std::size_t length) override {
-        pieces.emplace_back(static_cast<const char*>(data), length);
+        if (size == 0)
+            first.assign(static_cast<const char*>(data), length);
+        else
+            more.emplace_back(static_cast<const char*>(data), length);
         size += length;
     }
 
     std::string joined() {
-        if (pieces.size() == 1)
-            return std::move(pieces.front());
+        if (more.empty())
+            return std::move(first);
         std::string text;
         text.reserve(size);
-        for (const std::string& piece : pieces)
+        text += first;
+        for (const std::string& piece : more)
             text += piece;
         return text;
     }
@@ -294,7 +299,9 @@ pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::ws
 }
 
 const char* attribute_value(const dom_element_t& element, const std::wstring& name) {
-    const pugi::xml_attribute attribute = native_of(element).node.attribute(utf8_arg_t(name).c_str());
+    dom_element_native_t& native = native_of(element);
+    const pugi::xml_attribute attribute =
+        native.node.attribute(utf8_arg_t(name).c_str(), native.next_attribute);
     if (!attribute)
         dom_platform::throw_unexpected_attribute_type(1, name);
     return attribute.value();
@@ -314,8 +321,8 @@ void dom_set_attribute(const dom_element_t& element, const std::wstring& name, c
 void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name,
                             const std::string& value) {
     try {
+        // Nothing to check: here a conversion between UTF-8 and wide text never fails.
         pugi::xml_attribute attribute = attribute_to_set(element, name);
-        check_utf8(value);
         attribute.set_value(value.c_str());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
@@ -327,9 +334,7 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
 }
 
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name) {
-    std::string value(attribute_value(element, name));
-    check_utf8(value);
-    return value;
+    return std::string(attribute_value(element, name));
 }
 
 namespace dom_platform {

@@ -73,6 +73,13 @@ TEST(ReplacingConversion, EachMaximalSubpartBecomesOneReplacementAtAnyPosition) 
             EXPECT_EQ(from_utf8(to_utf8(round)), round) << at;
         }
     }
+    // Wide text is narrowed a stage of a thousand characters at a time: around the stages' seams.
+    const std::wstring long_ascii(2100, L'b');
+    for (const std::size_t at : {1023, 1024, 1025, 2047, 2048, 2100}) {
+        std::wstring round = long_ascii;
+        round.insert(at, 1, wchar_t(0x20AC));
+        EXPECT_EQ(to_utf8(round), std::string(at, 'b') + "\xe2\x82\xac" + std::string(2100 - at, 'b')) << at;
+    }
 }
 
 TEST(ReplacingConversion, Utf16PairsJoinAndLoneSurrogatesAreReplaced) {
