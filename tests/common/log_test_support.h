@@ -8,6 +8,7 @@
 #include "common/logging/log_t.h"
 #include "common/win/thread_id.h"
 #include "tests/support/process_env.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
@@ -57,12 +58,7 @@ inline std::filesystem::path fresh_folder(const std::string& purpose) {
     return folder;
 }
 
-inline std::string read_file(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+using test_support::read_file;
 
 // Lines of a log file without their CR LF ends; a carriage return inside a line stays.
 inline std::vector<std::string> file_lines(const std::filesystem::path& path) {

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -76,11 +75,6 @@ std::vector<std::vector<std::string>> scratch_host_t::journal() const {
 
 fs::path scratch_host_t::shadow_dir(unsigned number) const {
     return dir() / "state" / "shadows" / std::to_string(number);
-}
-
-std::string read_file(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 fs::path local_path(const std::wstring& windows_path) {

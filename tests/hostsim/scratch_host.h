@@ -5,6 +5,7 @@
 #include "compat/com_ptr.h"
 #include "compat/vss_api.h"
 #include "tests/support/host_folder.h"
+#include "tests/support/text_file.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -35,7 +36,7 @@ public:
     std::filesystem::path shadow_dir(unsigned number) const;
 };
 
-std::string read_file(const std::filesystem::path& file);
+using test_support::read_file;
 std::filesystem::path local_path(const std::wstring& windows_path); // fails the test if unmapped
 
 // Polls until the operation has ended; its final status.

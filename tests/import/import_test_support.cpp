@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace import_test {
 
@@ -28,7 +27,7 @@ std::vector<std::string> lines_of(const fs::path& file) {
 }
 
 void add_to_host_xml(const fs::path& dir, const std::string& extra) {
-    std::string xml = ReadFile(dir / "host.xml");
+    std::string xml = read_file(dir / "host.xml");
     xml.insert(xml.rfind("</Host>"), extra + "\n");
     std::ofstream(dir / "host.xml", std::ios::binary | std::ios::trunc) << xml;
 }
@@ -57,7 +56,7 @@ void host_and_proxy_t::SelectProxy() const {
 }
 
 std::string host_and_proxy_t::OffhostSpec() const {
-    return ReadFile(hostDir / "spec-offhost.xml");
+    return read_file(hostDir / "spec-offhost.xml");
 }
 
 std::vector<GUID> host_and_proxy_t::OffhostVms() const {
@@ -114,18 +113,7 @@ ItemsList AllItems(const host_snapshot_t& snapshot) {
 
 std::string ReadThrough(const std::wstring& windowsPath) {
     const auto file = hostsim::map_path(windowsPath);
-    return file ? ReadFile(*file) : std::string();
-}
-
-std::string ReadFile(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
+    return file ? read_file(*file) : std::string();
 }
 
 } // namespace import_test

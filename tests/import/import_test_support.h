@@ -7,6 +7,7 @@
 #include "invoke/files_list.h"
 #include "tests/snapshot/snapshot_test_support.h"
 #include "tests/support/host_folder.h"
+#include "tests/support/text_file.h"
 
 #include <filesystem>
 #include <map>
@@ -62,8 +63,7 @@ ItemsList AllItems(const host_snapshot_t& snapshot);
 // the path leads nowhere.
 std::string ReadThrough(const std::wstring& windowsPath);
 
-std::string ReadFile(const std::filesystem::path& file);
-
-bool Contains(const std::string& text, const std::string& part);
+using test_support::contains;
+using test_support::read_file;
 
 } // namespace import_test

@@ -86,7 +86,7 @@ TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmp
         const std::string all = AllLines([&] {
             Import(c.readableDocument ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml, c.closed);
         });
-        EXPECT_TRUE(Contains(all, c.expected)) << all;
+        EXPECT_TRUE(contains(all, c.expected)) << all;
         EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty()) << all;
     }
 }

@@ -135,8 +135,8 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
     const std::string proxyLog = road.CloseBoth();
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.HostDir()).empty());
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
-    EXPECT_TRUE(Contains(proxyLog, "Paths were successfully converted.")) << proxyLog;
-    EXPECT_TRUE(Contains(proxyLog, "Leaving snapshot import procedure.")) << proxyLog;
+    EXPECT_TRUE(contains(proxyLog, "Paths were successfully converted.")) << proxyLog;
+    EXPECT_TRUE(contains(proxyLog, "Leaving snapshot import procedure.")) << proxyLog;
 }
 
 TEST(OffhostRoad, PathsAreRefusedUntilTheImportStandsAndClosingCancelsIt) {
@@ -151,7 +151,7 @@ TEST(OffhostRoad, PathsAreRefusedUntilTheImportStandsAndClosingCancelsIt) {
         L"shadow paths. Given specification: '" +
             items + L"'.");
     const std::string proxyLog = road.CloseBoth();
-    EXPECT_TRUE(Contains(proxyLog, "Import snapshot task has been cancelled.")) << proxyLog;
+    EXPECT_TRUE(contains(proxyLog, "Import snapshot task has been cancelled.")) << proxyLog;
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
 }
 
@@ -164,10 +164,10 @@ TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWhole) {
     const client::operation_status_t status = road.Import(SerializeSnapshotIds(ids));
     EXPECT_FALSE(status.isSucceeded);
     EXPECT_TRUE(
-        Contains(to_ansi(status.errDescription), "Failed to enumerate mount points for imported snapshots."))
+        contains(to_ansi(status.errDescription), "Failed to enumerate mount points for imported snapshots."))
         << to_ansi(status.errDescription);
     EXPECT_TRUE(
-        Contains(to_ansi(road.ConvertFrame(L"<FilesList/>")), "There is no successfully imported snapshot."));
+        contains(to_ansi(road.ConvertFrame(L"<FilesList/>")), "There is no successfully imported snapshot."));
     road.CloseBoth();
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
 }
@@ -181,8 +181,8 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     const client_run_t run =
         RunOffhost(tools, tools.hosts.HostDir() / "spec-offhost.xml", {"--fail-vm", failedVm});
     EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
-    EXPECT_TRUE(Contains(run.out, "Import task completed")) << run.out;
-    EXPECT_TRUE(Contains(run.out, "Import and snapshot closed.")) << run.out;
+    EXPECT_TRUE(contains(run.out, "Import task completed")) << run.out;
+    EXPECT_TRUE(contains(run.out, "Import and snapshot closed.")) << run.out;
     EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
 
@@ -194,13 +194,13 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
         if (!entry.is_regular_file())
             continue;
         const std::string fileName = entry.path().filename().string();
-        EXPECT_EQ(ReadFile(entry.path()).substr(0, fileName.size() + 1), fileName + "\n") << entry.path();
+        EXPECT_EQ(read_file(entry.path()).substr(0, fileName.size() + 1), fileName + "\n") << entry.path();
         ++received;
     }
     EXPECT_GT(received, 0u);
-    const std::string results = ReadFile(tools.hosts.HostDir() / "state" / "backups.txt");
-    EXPECT_TRUE(Contains(results, "\tfailed")) << results;
-    EXPECT_TRUE(Contains(results, "\tsucceeded")) << results;
+    const std::string results = read_file(tools.hosts.HostDir() / "state" / "backups.txt");
+    EXPECT_TRUE(contains(results, "\tfailed")) << results;
+    EXPECT_TRUE(contains(results, "\tsucceeded")) << results;
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
 }
@@ -209,9 +209,9 @@ TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
     offhost_tools_t tools;
     const client_run_t run = RunOffhost(tools, tools.hosts.HostDir() / "spec.xml");
     EXPECT_EQ(run.status, client::exit_error_response) << run.out << run.err;
-    EXPECT_TRUE(Contains(run.out, "The host made no transportable snapshot")) << run.out;
+    EXPECT_TRUE(contains(run.out, "The host made no transportable snapshot")) << run.out;
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
     EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
-    EXPECT_FALSE(Contains(tools.proxyRun.LogText(), "Starting import of the off-host snapshot."));
+    EXPECT_FALSE(contains(tools.proxyRun.LogText(), "Starting import of the off-host snapshot."));
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
 }

@@ -20,7 +20,7 @@ TEST(ClientBackup, EveryVmArrivesInItsFolderAndItsResultReachesTheWriter) {
     const fs::path host = folder.dir();
     lab::create_sample_host(host, lab::sample_options_t());
     // The third VM of the specification, as its id is written there, is reported failed.
-    const std::string spec = ReadFileText(host / "spec.xml");
+    const std::string spec = read_file(host / "spec.xml");
     const std::regex vm("<VM id=\"([^\"]+)\"");
     const std::string failed = (*std::next(std::sregex_iterator(spec.begin(), spec.end(), vm), 2))[1];
 
@@ -43,17 +43,17 @@ TEST(ClientBackup, EveryVmArrivesInItsFolderAndItsResultReachesTheWriter) {
         files += entry.is_regular_file();
         if (entry.path().filename() == "vm1.vhdx") {
             ++disks_found;
-            EXPECT_EQ(ReadFileText(entry.path()), ReadFileText(live_disk));
+            EXPECT_EQ(read_file(entry.path()), read_file(live_disk));
         }
     }
     EXPECT_TRUE(std::regex_search(out, std::regex("\nTotal +" + std::to_string(files) + " "))) << out;
     EXPECT_GE(files, 35u);
     EXPECT_EQ(disks_found, 1u);
 
-    const std::string results = ReadFileText(host / "state" / "backups.txt");
+    const std::string results = read_file(host / "state" / "backups.txt");
     EXPECT_NE(results.find("component\t" + failed + "\tfailed"), std::string::npos) << results;
     EXPECT_EQ(std::count(results.begin(), results.end(), '\n'), 6) << results;
     EXPECT_EQ(results.find("not-reported"), std::string::npos) << results;
-    EXPECT_EQ(ReadFileText(host / "state" / "shadows.txt"), "");
+    EXPECT_EQ(read_file(host / "state" / "shadows.txt"), "");
     EXPECT_TRUE(!fs::exists(host / "state" / "shadows") || fs::is_empty(host / "state" / "shadows"));
 }

@@ -28,12 +28,10 @@ using client::CResponse;
 
 namespace {
 
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
+using test_support::contains;
 
 std::string ReadThrough(const std::wstring& windowsPath) {
-    return ReadFileText(hostsim::map_path(windowsPath).value_or(""));
+    return read_file(hostsim::map_path(windowsPath).value_or(""));
 }
 
 GUID VmId(const char* id) {
@@ -129,7 +127,7 @@ TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVe
     EXPECT_EQ(road.host.count("SetContext"), 0u);
     EXPECT_EQ(road.host.count("AddComponent"), 3u);
     EXPECT_EQ(road.host.count("AddComponent", idle_vm), 0u);
-    EXPECT_TRUE(Contains(log, "Leaving snapshot creation procedure.")) << log;
+    EXPECT_TRUE(contains(log, "Leaving snapshot creation procedure.")) << log;
 }
 
 namespace {
@@ -223,7 +221,7 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
     if (!c.closeAt.empty())
         seen = log;
     for (const std::string& piece : c.expected)
-        EXPECT_TRUE(Contains(seen, piece)) << piece << "\nnot in:\n" << seen;
+        EXPECT_TRUE(contains(seen, piece)) << piece << "\nnot in:\n" << seen;
     EXPECT_EQ(road.host.count(c.neverCalled), 0u);
     EXPECT_TRUE(road.host.is_clean());
     if (!c.afterPrepare)
@@ -251,7 +249,7 @@ TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeThe
     ASSERT_EQ(road.WaitForVerdict().Value(L"IsSucceeded"), L"true");
     road.Report("B0000000-0000-4000-8000-00000000000B", true);
     const std::string log = road.Close();
-    EXPECT_TRUE(Contains(log, "Cannot find VM with ID: [b0000000-0000-4000-8000-00000000000b]")) << log;
+    EXPECT_TRUE(contains(log, "Cannot find VM with ID: [b0000000-0000-4000-8000-00000000000b]")) << log;
     EXPECT_EQ(road.host.count("BackupComplete"), 0u);
     EXPECT_TRUE(road.host.is_clean());
 }
@@ -273,15 +271,15 @@ TEST(SnapshotRoad, ASignalToTheWorkerDuringTheHoldLeavesTheToolServingAndNoShado
     const long worker = WorkerThreadId(road.run.LogText(), "VssSnapshotThread");
     ASSERT_NE(worker, 0) << road.run.LogText();
     ASSERT_EQ(::syscall(SYS_tgkill, road.run.Pid(), worker, SIGSEGV), 0);
-    for (int i = 0; i < 500 && !Contains(road.run.LogText(), finished); ++i)
+    for (int i = 0; i < 500 && !contains(road.run.LogText(), finished); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 
     EXPECT_TRUE(road.Call(L"GetAsyncOpStatus").IsSuccess());
     const std::string log = road.Close();
-    EXPECT_TRUE(Contains(log, finished)) << log;
+    EXPECT_TRUE(contains(log, finished)) << log;
     // The abandoned worker never released its snapshot: the shadow copies end with the
     // process, as auto-release shadow copies do, and the host's next caller sweeps them.
     const std::string state = lab::host_state_report(road.host.dir());
-    EXPECT_TRUE(Contains(state, "Live shadow copies: 0\n")) << state;
+    EXPECT_TRUE(contains(state, "Live shadow copies: 0\n")) << state;
     EXPECT_TRUE(road.host.is_clean());
 }

@@ -6,8 +6,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -102,17 +100,10 @@ int ToolRun::WaitForExit() {
     return status;
 }
 
-std::string ReadFileText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 std::string ToolRun::LogText() const {
-    return ReadFileText(folder / "tool.log");
+    return read_file(folder / "tool.log");
 }
 
 std::string ToolRun::OutputText() const {
-    return ReadFileText(folder / "stdout.txt");
+    return read_file(folder / "stdout.txt");
 }

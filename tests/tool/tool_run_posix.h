@@ -2,6 +2,8 @@
 // and the exit status once it has ended.
 #pragma once
 
+#include "tests/support/text_file.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -46,5 +48,4 @@ private:
     int status = -1;
 };
 
-// The whole content of a file, or nothing when it cannot be read.
-std::string ReadFileText(const std::filesystem::path& path);
+using test_support::read_file;

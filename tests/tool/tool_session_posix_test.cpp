@@ -12,10 +12,8 @@ namespace {
 
 using client::CRequestArguments;
 
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-bool Contains(const std::wstring& text, const std::wstring& part) {
+using test_support::contains;
+bool contains(const std::wstring& text, const std::wstring& part) {
     return text.find(part) != std::wstring::npos;
 }
 
@@ -64,13 +62,13 @@ TEST_F(ToolSession, WithoutATaskCommandsAnswerTheCauseThenTheTracedLineAndServin
     // An empty document is a load failure, not a broken frame.
     const std::wstring empty = Exchange(L"cmd:CloseSnapshot xml:");
     EXPECT_TRUE(empty.starts_with(L"err:")) << empty;
-    EXPECT_FALSE(Contains(empty, L"Unknown type of request")) << empty;
+    EXPECT_FALSE(contains(empty, L"Unknown type of request")) << empty;
     EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
     const std::string log = EndSession();
-    EXPECT_TRUE(Contains(log, tool_expect::statusFailedLine)) << log;
-    EXPECT_TRUE(Contains(log, "RPC method call has failed (GetAsyncOpStatus).")) << log;
-    EXPECT_TRUE(Contains(log, tool_expect::closeWithoutTaskError)) << log;
-    EXPECT_TRUE(Contains(log, tool_expect::closeLine)) << log;
+    EXPECT_TRUE(contains(log, tool_expect::statusFailedLine)) << log;
+    EXPECT_TRUE(contains(log, "RPC method call has failed (GetAsyncOpStatus).")) << log;
+    EXPECT_TRUE(contains(log, tool_expect::closeWithoutTaskError)) << log;
+    EXPECT_TRUE(contains(log, tool_expect::closeLine)) << log;
 }
 
 TEST_F(ToolSession, ArgumentsMissingOrNoGuidsFailTheirReaderBeforeTheHolderIsAskedAndBareGuidsAreRead) {
@@ -85,7 +83,7 @@ TEST_F(ToolSession, ArgumentsMissingOrNoGuidsFailTheirReaderBeforeTheHolderIsAsk
               L"err:Value of the argument 'BackupStatus' is not defined.\n"
               L"--tr:Failed to retrieve value of the boolean attribute 'BackupStatus'.");
     const std::wstring bad = Call(L"GetVMFilesList", CRequestArguments().AddText(L"VmId", L"not-a-guid"));
-    EXPECT_TRUE(Contains(bad, L"Failed to convert string [not-a-guid] to UUID.")) << bad;
+    EXPECT_TRUE(contains(bad, L"Failed to convert string [not-a-guid] to UUID.")) << bad;
     EXPECT_TRUE(bad.ends_with(L"\n--tr:Failed to retrieve value of the GUID attribute 'VmId'.")) << bad;
 
     EXPECT_EQ(Call(L"GetVMFilesList",
@@ -97,10 +95,10 @@ TEST_F(ToolSession, ArgumentsMissingOrNoGuidsFailTheirReaderBeforeTheHolderIsAsk
               L"err:Snapshot is not initialized.\n"
               L"--tr:Failed to complete VM backup. VmID: '{11111111-2222-3333-4444-555555555555}'.");
     const std::string log = EndSession();
-    EXPECT_FALSE(Contains(log, "Starting VSS backup.")) << log;
-    EXPECT_FALSE(Contains(log, "Completing VM backup. VMID: '{99999999")) << log;
-    EXPECT_TRUE(Contains(log, "Getting file list of vm '{11111111-2222-3333-4444-5555aaaaaaaa}'.")) << log;
-    EXPECT_TRUE(Contains(log, "Completing VM backup. VMID: '{11111111-2222-3333-4444-555555555555}', Status: "
+    EXPECT_FALSE(contains(log, "Starting VSS backup.")) << log;
+    EXPECT_FALSE(contains(log, "Completing VM backup. VMID: '{99999999")) << log;
+    EXPECT_TRUE(contains(log, "Getting file list of vm '{11111111-2222-3333-4444-5555aaaaaaaa}'.")) << log;
+    EXPECT_TRUE(contains(log, "Completing VM backup. VMID: '{11111111-2222-3333-4444-555555555555}', Status: "
                               "'Failed'"))
         << log;
 }
@@ -112,7 +110,7 @@ TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords)
     EXPECT_EQ(Call(L"Frob\xD800nicate"), L"err:Command [Frob\uFFFDnicate] not found");
     const std::wstring unloaded = Exchange(L"cmd:CloseSnapshot xml:<Input\xDC00");
     EXPECT_TRUE(unloaded.starts_with(L"err:")) << unloaded;
-    EXPECT_TRUE(Contains(unloaded, L"'<Input\uFFFD'")) << unloaded;
+    EXPECT_TRUE(contains(unloaded, L"'<Input\uFFFD'")) << unloaded;
     EXPECT_EQ(Call(L"GetSnapshotInfo",
                    CRequestArguments().AddText(L"Note", std::wstring(L"a") + wchar_t(0xDBFF) + L"b")),
               L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
@@ -135,23 +133,23 @@ TEST_F(ToolSession, BadBytesAndLoneSurrogatesArriveAsReplacementsWithTheirWords)
     const std::wstring total = L"160";
     const std::wstring failed =
         Call(L"BeginSnapshotCreation", JobArguments().AddEncodedBytes(L"SnapshotXmlSpec", broken));
-    EXPECT_TRUE(Contains(failed, L"Source content: [" + characters + L"..., length: " + total + L"]."))
+    EXPECT_TRUE(contains(failed, L"Source content: [" + characters + L"..., length: " + total + L"]."))
         << failed;
     EXPECT_TRUE(failed.ends_with(L"\n--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'."))
         << failed;
 
     const std::string log = EndSession();
     const std::string fffd = "\xef\xbf\xbd";
-    EXPECT_TRUE(Contains(log, "Starting VSS backup. Job: 'J'. Backup server: 'C'. Backup spec: "
+    EXPECT_TRUE(contains(log, "Starting VSS backup. Job: 'J'. Backup server: 'C'. Backup spec: "
                               "'<HVBackupSpec><VMs><VM id=\"vm" +
                                   fffd + "\"/>"))
         << log;
-    EXPECT_TRUE(Contains(log, "VmID: 'vm" + fffd + "'")) << log;
-    EXPECT_TRUE(Contains(log, "[SoapEnter] Frob" + fffd + "nicate:")) << log;
-    EXPECT_TRUE(Contains(log, "RPC method call has failed (Frob" + fffd + "nicate).")) << log;
-    EXPECT_TRUE(Contains(log, "value=\"a" + fffd + "b\"")) << log;
-    EXPECT_FALSE(Contains(log, "UNICODE->ANSI failed")) << log;
-    EXPECT_FALSE(Contains(log, "ANSI -> UNICODE failed.")) << log;
+    EXPECT_TRUE(contains(log, "VmID: 'vm" + fffd + "'")) << log;
+    EXPECT_TRUE(contains(log, "[SoapEnter] Frob" + fffd + "nicate:")) << log;
+    EXPECT_TRUE(contains(log, "RPC method call has failed (Frob" + fffd + "nicate).")) << log;
+    EXPECT_TRUE(contains(log, "value=\"a" + fffd + "b\"")) << log;
+    EXPECT_FALSE(contains(log, "UNICODE->ANSI failed")) << log;
+    EXPECT_FALSE(contains(log, "ANSI -> UNICODE failed.")) << log;
 }
 
 TEST_F(ToolSession, SpecsThatArentAndDocumentsNestedTooDeepFailWithTheParserThenTheCommandLine) {
@@ -159,7 +157,7 @@ TEST_F(ToolSession, SpecsThatArentAndDocumentsNestedTooDeepFailWithTheParserThen
     for (const std::wstring& encoded : {std::wstring(L"!!!!"), std::wstring(L"PEhW")}) {
         const std::wstring frame =
             Call(L"BeginSnapshotCreation", JobArguments().AddText(L"SnapshotXmlSpec", encoded));
-        EXPECT_TRUE(Contains(frame, tool_expect::specParseFailure)) << frame;
+        EXPECT_TRUE(contains(frame, tool_expect::specParseFailure)) << frame;
         EXPECT_TRUE(frame.ends_with(tool_expect::createTaskFailedTrace)) << frame;
     }
     // A parser that recursed per level would take the process down with a stack overflow.
@@ -175,10 +173,10 @@ TEST_F(ToolSession, SpecsThatArentAndDocumentsNestedTooDeepFailWithTheParserThen
     EXPECT_TRUE(spec_frame.starts_with(L"err:XML error: [Error parsing Element.]. Error code: [3].\n"))
         << spec_frame.substr(0, 300);
     EXPECT_TRUE(
-        Contains(spec_frame, L"Cannot parse backup specification document (<HVBackupSpec><VMs><a><a>"));
+        contains(spec_frame, L"Cannot parse backup specification document (<HVBackupSpec><VMs><a><a>"));
     const std::wstring document_frame = Exchange(L"cmd:GetAsyncOpStatus xml:" + deep);
     EXPECT_TRUE(document_frame.starts_with(L"err:")) << document_frame.substr(0, 300);
-    EXPECT_TRUE(Contains(document_frame, L"Failed to load XML document '<a><a>"))
+    EXPECT_TRUE(contains(document_frame, L"Failed to load XML document '<a><a>"))
         << document_frame.substr(0, 300);
     EndSession();
 }

@@ -11,9 +11,7 @@
 
 namespace {
 
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
+using test_support::contains;
 
 bool PipeFolderIsEmpty(const ToolRun& run) {
     return std::filesystem::is_empty(run.PipeFolder());
@@ -35,14 +33,14 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
         ToolRun run(arguments);
         EXPECT_EQ(run.WaitForExit(), 0);
         const std::string log = run.LogText();
-        EXPECT_TRUE(Contains(log, logged)) << log;
+        EXPECT_TRUE(contains(log, logged)) << log;
         EXPECT_TRUE(PipeFolderIsEmpty(run));
-        EXPECT_FALSE(Contains(log, tool_expect::normalEnd)) << log;
+        EXPECT_FALSE(contains(log, tool_expect::normalEnd)) << log;
     }
     // Where no log can be opened, standard error is what tells.
     ToolRun unlogged({"-log", "/dev/null/none/tool.log"});
     EXPECT_EQ(unlogged.WaitForExit(), 0);
-    EXPECT_TRUE(Contains(unlogged.OutputText(), "Tool was not started in pipe mode."))
+    EXPECT_TRUE(contains(unlogged.OutputText(), "Tool was not started in pipe mode."))
         << unlogged.OutputText();
 }
 
@@ -58,21 +56,21 @@ TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
     client->Disconnect();
     EXPECT_EQ(run.WaitForExit(), 0);
     const std::string log = run.LogText();
-    EXPECT_TRUE(Contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
-    EXPECT_TRUE(Contains(log, "Process will be finished normally.")) << log;
+    EXPECT_TRUE(contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
+    EXPECT_TRUE(contains(log, "Process will be finished normally.")) << log;
 }
 
 TEST(ToolStartup, ClientThatLeavesAtOnceEndsTheRunNormally) {
     ToolJob job;
     const std::string log = job.End();
-    EXPECT_FALSE(Contains(log, "ERR |")) << log;
+    EXPECT_FALSE(contains(log, "ERR |")) << log;
 }
 
 TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
     ToolJob first;
     ToolRun second(ToolRun::PipeMode(), first.run.PipeFolder());
     EXPECT_EQ(second.WaitForExit(), 0);
-    EXPECT_TRUE(Contains(second.LogText(), tool_expect::PipeInUse(ToolRun::pipeName))) << second.LogText();
-    EXPECT_FALSE(Contains(second.LogText(), tool_expect::normalEnd));
+    EXPECT_TRUE(contains(second.LogText(), tool_expect::PipeInUse(ToolRun::pipeName))) << second.LogText();
+    EXPECT_FALSE(contains(second.LogText(), tool_expect::normalEnd));
     first.Close();
 }

@@ -25,9 +25,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
+using test_support::contains;
 
 // A job of its own, with its verdict, that must end with the tool serving.
 class Job : public ToolJob {
@@ -50,7 +48,7 @@ public:
 std::vector<std::string> JournalOf(const hyperv_host_t& host, const std::string& op) {
     std::vector<std::string> lines;
     for (const auto& line : host.state_lines("journal.txt"))
-        if (Contains(line, "\t" + op + "\t") || line.ends_with("\t" + op))
+        if (contains(line, "\t" + op + "\t") || line.ends_with("\t" + op))
             lines.push_back(line);
     return lines;
 }
@@ -66,18 +64,18 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
     first.Begin(vms);
     while (host.count("DoSnapshotSet") == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    const std::string csvStateOfTheFirst = ReadFileText(host.dir() / "state" / "csv.txt");
+    const std::string csvStateOfTheFirst = read_file(host.dir() / "state" / "csv.txt");
 
     second.Begin(vms);
     const std::string description = second.Failure();
-    EXPECT_TRUE(Contains(description,
+    EXPECT_TRUE(contains(description,
                          "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
                          "already in progress. Wait a few moments and try again.\n--tr:Failed to "
                          "perform pre-backup tasks."))
         << description;
     EXPECT_EQ(host.count("StartSnapshotSet"), 2u);
     EXPECT_EQ(host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
-    EXPECT_EQ(ReadFileText(host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
+    EXPECT_EQ(read_file(host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
     second.Close();
 
     ASSERT_TRUE(first.Succeeds());
@@ -104,14 +102,14 @@ TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
     lab::create_sample_host(dir, options); // 63 local volumes, a cluster shared volume and a share
 
     Job job(dir);
-    job.Begin(ReadFileText(dir / "spec.xml"));
+    job.Begin(read_file(dir / "spec.xml"));
     const std::string description = job.Failure();
-    EXPECT_TRUE(Contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
+    EXPECT_TRUE(contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
                                       "operation has been reached.\n"))
         << description;
     job.Close();
     for (const char* state : {"shadows.txt", "csv.txt", "creation.txt"})
-        EXPECT_EQ(ReadFileText(dir / "state" / state), "") << state;
+        EXPECT_EQ(read_file(dir / "state" / state), "") << state;
 }
 
 TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
@@ -133,10 +131,10 @@ TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderThe
     }
     const auto cleared = JournalOf(host, "CsvBackupStateCleared");
     ASSERT_EQ(cleared.size(), 1u);
-    EXPECT_TRUE(Contains(cleared[0], std::string(csv_volume) + "\t" + firstSet + ";")) << cleared[0];
+    EXPECT_TRUE(contains(cleared[0], std::string(csv_volume) + "\t" + firstSet + ";")) << cleared[0];
     const std::string state = lab::host_state_report(host.dir());
-    EXPECT_TRUE(Contains(state, "Cluster shared volumes in backup: 0\n")) << state;
-    EXPECT_TRUE(Contains(state, "Live shadow copies: 1\n")) << state;
+    EXPECT_TRUE(contains(state, "Cluster shared volumes in backup: 0\n")) << state;
+    EXPECT_TRUE(contains(state, "Live shadow copies: 1\n")) << state;
     EXPECT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the first job's snapshot stands";
 
     first.Close();
