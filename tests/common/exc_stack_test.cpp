@@ -1,4 +1,5 @@
 #include "common/exc/exc.h"
+#include "wine_error_texts.h"
 
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
@@ -51,16 +52,18 @@ TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
         FAIL() << "nothing thrown";
     } catch (const exc::win_sys_exc_t& e) {
         EXPECT_EQ(e.code(), 5u);
-        EXPECT_STREQ(e.what(), "Access is denied.\r\n"
-                               "\n"
-                               "CreateDirectory(C:\\B) function call failed.\n"
-                               "Cannot create folder. Folder path: [C:\\B].\n"
-                               "--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
-        EXPECT_EQ(e.plain_text(), "Access is denied.\r\n"
-                                  "\n"
-                                  "CreateDirectory(C:\\B) function call failed.\n"
-                                  "Cannot create folder. Folder path: [C:\\B].\n"
-                                  "Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
+        EXPECT_EQ(wine_texts::as_windows(e.what()),
+                  "Access is denied.\r\n"
+                  "\n"
+                  "CreateDirectory(C:\\B) function call failed.\n"
+                  "Cannot create folder. Folder path: [C:\\B].\n"
+                  "--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
+        EXPECT_EQ(wine_texts::as_windows(e.plain_text()),
+                  "Access is denied.\r\n"
+                  "\n"
+                  "CreateDirectory(C:\\B) function call failed.\n"
+                  "Cannot create folder. Folder path: [C:\\B].\n"
+                  "Failed to create snapshot task. Job: 'J'. Backup console: 'C'.");
         ASSERT_EQ(e.messages().size(), 4u);
         EXPECT_FALSE(e.messages()[2].is_trace);
         EXPECT_TRUE(e.messages()[3].is_trace);
