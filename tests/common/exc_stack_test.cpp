@@ -101,21 +101,6 @@ TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
     }
 }
 
-TEST(ExceptionStack, WrappingAStoredCopyOutsideAHandlerThrowsItsDynamicType) {
-    std::shared_ptr<exc::exc_base_t> stored;
-    try {
-        throw exc::win_sys_exc_t("inner", 6);
-    } catch (const exc::exc_base_t& e) {
-        stored = e.clone();
-    }
-    try {
-        exc::rethrow_with_trace("outer", *stored);
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.code(), 6u);
-        EXPECT_EQ(e.messages().back().text, "outer");
-    }
-}
-
 TEST(ExceptionStack, ForeignCauseBecomesRuntimeExceptionWithItsTextFirst) {
     auto from_bad_alloc = wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
     try {
@@ -155,12 +140,19 @@ TEST(ExceptionStack, SystemErrorOfADependencyLendsItsCode) {
     }
 }
 
-TEST(ExceptionCopies, CloneAndRethrowKeepTheDynamicType) {
+// A stored copy is wrapped outside any handler too, and is thrown as what it was.
+TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicType) {
     const exc::win_sys_exc_t original("context", 2);
     std::shared_ptr<exc::exc_base_t> copy = original.clone();
     ASSERT_NE(dynamic_cast<exc::win_sys_exc_t*>(copy.get()), nullptr);
     EXPECT_STREQ(copy->what(), original.what());
     EXPECT_THROW(copy->rethrow(), exc::win_sys_exc_t);
+    try {
+        exc::rethrow_with_trace("outer", *copy);
+    } catch (const exc::win_sys_exc_t& e) {
+        EXPECT_EQ(e.code(), 2u);
+        EXPECT_EQ(e.messages().back().text, "outer");
+    }
 
     exc::runtime_exc_t runtime("r");
     runtime.set_code(7);
