@@ -3,6 +3,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "invoke/invoke_server_com.h"
 
 #include <cstdlib>
 #include <ostream>
@@ -82,6 +83,8 @@ const subcommand_t& find_subcommand(const std::string& name) {
 
 int RunClient(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     try {
+        // The documents that the client reads and writes are COM objects where the DOM is COM.
+        const wrap::CRequestComScope com;
         const parsed_line_t line = parse_line(arguments);
         if (line.help) {
             print_usage(out);

@@ -113,7 +113,10 @@ DWORD write_whole_message(pipe_channel_t& channel, const std::uint8_t* data, DWO
     bytes_written = 0;
     if (::WriteFile(channel.handle(), data, size, &bytes_written, nullptr))
         return ERROR_SUCCESS;
-    return ::GetLastError();
+    const DWORD error = ::GetLastError();
+    // A client that has closed its end makes the write fail with "the pipe is being closed":
+    // that is the peer gone, as much as the broken pipe that a read meets.
+    return error == ERROR_NO_DATA ? DWORD(ERROR_BROKEN_PIPE) : error;
 }
 
 std::wstring native_pipe_name(const std::wstring& full_path) {

@@ -56,6 +56,7 @@ const std::map<std::uint32_t, const char*>& system_texts() {
         {234, "More data is available.\r\n"},
         {258, "The wait operation timed out.\r\n"},
         {259, "No more data is available.\r\n"},
+        {267, "The directory name is invalid.\r\n"},
         {535, "There is a process on other end of the pipe.\r\n"},
         {995, "The I/O operation has been aborted because of either a thread exit or an application "
               "request.\r\n"},

@@ -120,8 +120,18 @@ DWORD os_search_t::first(const std::wstring& pattern, find_data_t& entry) {
     if (!local)
         return ERROR_PATH_NOT_FOUND;
     state_->dir.reset(::opendir(local->c_str()));
-    if (!state_->dir.valid())
-        return errno == ENOENT ? ERROR_PATH_NOT_FOUND : win32_error_from_errno(errno);
+    if (!state_->dir.valid()) {
+        const int error = errno;
+        // A search in a file, as in a folder: Windows says that the folder's name is invalid.
+        constexpr DWORD error_directory = 267;
+        std::string named = local->string();
+        while (named.size() > 1 && named.back() == '/')
+            named.pop_back();
+        struct stat st {};
+        if (error == ENOTDIR && ::stat(named.c_str(), &st) == 0 && !S_ISDIR(st.st_mode))
+            return error_directory;
+        return error == ENOENT ? ERROR_PATH_NOT_FOUND : win32_error_from_errno(error);
+    }
 
     if (!has_wildcards(state_->mask)) {
         // The exact name first; the scan below finds it in another case.

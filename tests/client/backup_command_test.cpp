@@ -98,7 +98,7 @@ struct road_t {
              (folder / "shadow" / "a" / "Virtual Hard Disks" / "a.vhdx").wstring()},
             {L"C:\\VMs\\a\\", L"a.vmcx", 0, L"a.vmcx", (folder / "shadow" / "a" / "a.vmcx").wstring()}};
         dispatcher->items[braced(vm_b)] = {};
-        std::ofstream(folder / "spec.xml") << spec_with({vm_a, vm_b});
+        std::ofstream(folder / "spec.xml", std::ios::binary) << spec_with({vm_a, vm_b});
     }
 
     void run(std::vector<std::string> extra = {}) {

@@ -5,8 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+
 using namespace client;
-using client_test::test_dispatcher_t;
 using client_test::test_server_t;
 
 namespace {
@@ -14,6 +15,18 @@ namespace {
 bool has_line_ending_with(const std::string& log, const std::string& text) {
     return log.find(text + "\r\n") != std::string::npos;
 }
+
+// Says that a command has come and answers once released, with a document of no element: Wine's
+// MSXML would break an element's text over lines of the log.
+class holding_dispatcher_t : public wrap::IInvokeDispatcher {
+public:
+    void Invoke(const std::wstring&, InputArguments_t&, OutputArguments_t&) override {
+        received.set_value();
+        released.get_future().wait();
+    }
+    std::promise<void> received;
+    std::promise<void> released;
+};
 
 } // namespace
 
@@ -90,18 +103,18 @@ TEST(ClientSession, BadFramesGetErrorFramesAndTheNextCommandIsServed) {
 
 TEST(ClientSession, AClientThatLeavesBeforeItsAnswerEndsTheServingWithAWarning) {
     client_test::test_log_t log;
-    const auto dispatcher = std::make_shared<test_dispatcher_t>();
+    const auto dispatcher = std::make_shared<holding_dispatcher_t>();
     test_server_t server(dispatcher);
     auto connection = CInvokeClient::Connect(server.name());
     ASSERT_TRUE(connection->SendMessage(win::pipes::EncodeFrameText(L"cmd:Hold xml:<InputArguments/>")));
+    // A client gone before the server took it would be a failed connection on Windows.
+    dispatcher->received.get_future().wait();
     connection->Disconnect();
     dispatcher->released.set_value();
 
     EXPECT_EQ(server.finish(), "");
     const std::string lines = log.text();
-    EXPECT_TRUE(has_line_ending_with(
-        lines,
-        "prx| WARN|Response 'xml:<OutputArguments><Text value=\"late\"/></OutputArguments>' was not sent."))
+    EXPECT_TRUE(has_line_ending_with(lines, "prx| WARN|Response 'xml:<OutputArguments/>' was not sent."))
         << lines;
     EXPECT_TRUE(has_line_ending_with(lines, "prx|   Leaving dispatch loop."));
 }

@@ -37,7 +37,7 @@ inline std::filesystem::path scratch_folder() {
 }
 
 // Echo: Text back as Text, the encoded Document back as FilesList. Big: a FilesList
-// of Size characters. Fail: a two-line failure. Hold: answers once released.
+// of Size characters. Fail: a two-line failure.
 class test_dispatcher_t : public wrap::IInvokeDispatcher {
 public:
     void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override {
@@ -52,14 +52,10 @@ public:
             } catch (const std::exception& e) {
                 exc::rethrow_with_trace("The step.", e);
             }
-        } else if (command == L"Hold") {
-            released.get_future().wait();
-            output.WriteText("Text", L"late");
         } else if (command != L"Nothing") {
             throw exc::runtime_exc_t("Command [%1] not found", to_ansi_nothrow(command));
         }
     }
-    std::promise<void> released;
 };
 
 // RunPipeInvokeServer on its own thread. Leaving makes sure the server isn't left

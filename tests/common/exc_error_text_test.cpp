@@ -1,21 +1,25 @@
 #include "common/exc/exc.h"
+#include "wine_error_texts.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
-    EXPECT_EQ(exc::sys_error_text(2), "The system cannot find the file specified.\r\n");
-    EXPECT_EQ(exc::sys_error_text(32),
+    using wine_texts::as_windows;
+    EXPECT_EQ(as_windows(exc::sys_error_text(2)), "The system cannot find the file specified.\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(32)),
               "The process cannot access the file because it is being used by another process.\r\n");
-    EXPECT_EQ(exc::sys_error_text(1705), "The string universal unique identifier (UUID) is invalid.\r\n");
-    EXPECT_EQ(exc::sys_error_text(0x80004005u), "Unspecified error\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(1705)),
+              "The string universal unique identifier (UUID) is invalid.\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(0x80004005u)), "Unspecified error\r\n");
     // An HRESULT of the Win32 facility reads as its Win32 code.
     EXPECT_EQ(exc::sys_error_text(0x80070057u), exc::sys_error_text(87));
 }
 
 TEST(SystemErrorText, InternetCodesComeFromTheirOwnTableOnlyInTheirRange) {
-    EXPECT_EQ(exc::sys_error_text(12007), "The server name or address could not be resolved\r\n");
+    EXPECT_EQ(wine_texts::as_windows(exc::sys_error_text(12007)),
+              "The server name or address could not be resolved\r\n");
     // Beyond the range, and for any code no table holds, the number closes the last-resort text.
     for (const std::uint32_t unknown : {12175u, 4000000001u}) {
         const std::string text = exc::sys_error_text(unknown);

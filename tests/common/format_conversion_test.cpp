@@ -3,11 +3,18 @@
 
 #include <gtest/gtest.h>
 
+const std::wstring non_ascii = L"Caf\u00e9 \u65e5\u672c \u00c4";
+
 TEST(TextConversion, RoundTripsNonAsciiText) {
-    const std::wstring wide = L"Caf\u00e9 \u65e5\u672c \u00c4";
-    EXPECT_EQ(from_utf8(to_utf8(wide)), wide);
-    EXPECT_EQ(to_unicode(to_ansi(wide)), wide);
+    EXPECT_EQ(from_utf8(to_utf8(non_ascii)), non_ascii);
     EXPECT_EQ(to_utf8(L"\u00e9"), "\xc3\xa9");
+}
+
+TEST(TextConversion, TheAnsiCodePageHoldsAnyTextOffWindows) {
+#ifdef _WIN32
+    GTEST_SKIP() << "A Windows ANSI code page holds only its own few characters.";
+#endif
+    EXPECT_EQ(to_unicode(to_ansi(non_ascii)), non_ascii);
 }
 
 TEST(TextConversion, EmptyAndZeroCutTexts) {

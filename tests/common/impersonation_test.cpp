@@ -6,6 +6,7 @@
 #include "common/win/sync_os.h"
 #include "common/win/thread.h"
 #include "log_test_support.h"
+#include "wine_error_texts.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +62,7 @@ protected:
         return CCommonLibCtx::get()->impersonation_tokens();
     }
     bool log_has(const std::string& text) const {
-        return log_test::read_file(log_path_).find(text) != std::string::npos;
+        return wine_texts::as_windows(log_test::read_file(log_path_)).find(text) != std::string::npos;
     }
 
     std::shared_ptr<fake_token_calls_t> calls_ = std::make_shared<fake_token_calls_t>();

@@ -1,6 +1,7 @@
 #include "common/exc/exc.h"
 #include "common/win/folder.h"
 #include "compat/win_types.h"
+#include "tests/support/process_env.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -78,20 +79,21 @@ TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
     }
 }
 
-TEST(FolderCreation, FileInTheWayFailsWithTheSystemErrorFirstAndEachLevelAfter) {
+// Looking for a folder inside a file is a failure, not the quiet "not there" of errors 2 and 3.
+TEST(FolderCreation, FileInTheWayFailsTheLookForTheFolderWithTheSystemErrorFirst) {
     win_test::temp_tree_t tree;
     tree.add_file("blocker");
-    const std::string blocker = std::filesystem::path(tree.wide("blocker")).string();
+    const std::string sub = std::filesystem::path(tree.wide("blocker\\sub")).string();
     try {
         win::create_folder(tree.wide("blocker\\sub"));
         FAIL() << "no exception";
     } catch (const exc::win_sys_exc_t& e) {
-        const auto lines = lines_of(e);
-        ASSERT_EQ(lines.size(), 4u);
-        EXPECT_EQ(lines[1], "CreateDirectory(" + blocker + ") function call failed.");
-        EXPECT_EQ(lines[2], "Cannot create folder. Folder path: [" + blocker + "].");
-        EXPECT_EQ(lines[3], "Cannot create folder. Folder path: [" + blocker + "\\sub].");
-        EXPECT_EQ(e.code(), static_cast<std::uint32_t>(ERROR_ALREADY_EXISTS));
+        EXPECT_EQ(lines_of(e),
+                  (std::vector<std::string>{exc::sys_error_text(e.code()),
+                                            "Failed to check whether folder '" + sub + "' exists.",
+                                            "Cannot create folder. Folder path: [" + sub + "]."}));
+        // Windows says that the folder's name is invalid (267); Wine's search, that the name is (123).
+        EXPECT_TRUE(e.code() == 267 || (e.code() == 123 && !test_env::simulated_host)) << e.code();
     }
 }
 

@@ -19,7 +19,8 @@ byte_buffer_t pattern(std::size_t size) {
     return bytes;
 }
 
-// A server endpoint with its client already connected.
+// A server endpoint with its client already connected. A Windows pipe holds no more than its
+// buffer: what a client writes beyond it waits for the server's reads, so writers get a thread.
 struct connected_pair_t {
     std::wstring path = pipe_test::fresh_pipe_path();
     std::shared_ptr<CPipeHandler> server = CreateNamedPipeEndpoint(path);
@@ -31,8 +32,10 @@ struct connected_pair_t {
 
 TEST(PipeTransport, MessagesKeepTheirBoundariesAcrossReadParts) {
     connected_pair_t pair;
-    for (const std::size_t size : {std::size_t(1024), std::size_t(1025), std::size_t(0)})
-        ASSERT_TRUE(WriteWholeMessage(*pair.client, pattern(size)));
+    const std::jthread writer([&] {
+        for (const std::size_t size : {std::size_t(1024), std::size_t(1025), std::size_t(0)})
+            EXPECT_TRUE(WriteWholeMessage(*pair.client, pattern(size)));
+    });
 
     byte_buffer_t message;
     ASSERT_TRUE(pair.server->ReadMessage(message));
@@ -48,8 +51,10 @@ TEST(PipeTransport, ReadPartsSayWhetherMoreOfTheMessageFollows) {
     const auto server = create_server_channel(path);
     const auto client = connect_client_channel(path, 5000);
     ASSERT_EQ(wait_for_client(*server, {}, 1000), client_wait_t::connected);
-    ASSERT_TRUE(WriteWholeMessage(*client, pattern(1024)));
-    ASSERT_TRUE(WriteWholeMessage(*client, pattern(1025)));
+    const std::jthread writer([&] {
+        EXPECT_TRUE(WriteWholeMessage(*client, pattern(1024)));
+        EXPECT_TRUE(WriteWholeMessage(*client, pattern(1025)));
+    });
 
     std::uint8_t part[1024];
     DWORD got = 0;

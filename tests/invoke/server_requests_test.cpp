@@ -3,6 +3,7 @@
 #include "invoke/arguments.h"
 #include "invoke/pipe_invoke_server.h"
 #include "invoke/pipe_text.h"
+#include "msxml_layout.h"
 #include "pipe_test_support.h"
 #include "tests/common/log_test_support.h"
 
@@ -59,7 +60,8 @@ TEST(ServerGrammar, PrefixesIgnoreCaseAndTheNameEndsAtTheFirstSpace) {
 }
 
 TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
-    EXPECT_EQ(server.ExecuteRequest(L"cmd:Echo xml:<InputArguments><Say value=\"hi\"/></InputArguments>"),
+    EXPECT_EQ(msxml_layout::without_breaks(server.ExecuteRequest(
+                  L"cmd:Echo xml:<InputArguments><Say value=\"hi\"/></InputArguments>")),
               L"xml:<OutputArguments><Said value=\"hi\"/></OutputArguments>");
     const std::wstring empty = server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>");
     EXPECT_EQ(empty.rfind(L"xml:<OutputArguments", 0), 0u);
@@ -70,6 +72,9 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
 
 // As the system's conversions read it: the request goes on with U+FFFD in the surrogate's place.
 TEST_F(ServerRequests, ALoneSurrogateInAFrameReadsAsTheReplacementCharacter) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Windows' wide text is the frame's UTF-16 itself: nothing converts the surrogate.";
+#endif
     const std::wstring request = L"cmd:Echo xml:<InputArguments><Say value=\"?\"/></InputArguments>";
     win::pipes::byte_buffer_t frame = win::pipes::EncodeFrameText(request);
     frame[2 * request.find(L'?')] = 0x00;
@@ -102,17 +107,13 @@ TEST_F(ServerTrace, EachCallShowsItsCommandAndDocumentsAsTheyAre) {
     wrap::CPipeInvokeSrv server(pipe_test::fresh_pipe_name(), dispatcher);
     server.ExecuteRequest(L"cmd:Echo xml:<InputArguments><Say value=\"%1 %2\"/></InputArguments>");
     server.ExecuteRequest(L"cmd:%1x xml:<InputArguments/>");
-    const std::vector<std::string> lines = bodies();
-    auto has_line_ending_with = [&](const std::string& text) {
-        for (const std::string& line : lines)
-            if (line.size() >= text.size() && line.compare(line.size() - text.size(), text.size(), text) == 0)
-                return true;
-        return false;
-    };
-    EXPECT_TRUE(
-        has_line_ending_with("[SoapEnter] Echo:<InputArguments><Say value=\"%1 %2\"/></InputArguments>"));
-    EXPECT_TRUE(
-        has_line_ending_with("[SoapExit] Echo:<OutputArguments><Said value=\"%1 %2\"/></OutputArguments>"));
-    EXPECT_TRUE(has_line_ending_with("[SoapEnter] %1x:<InputArguments/>"));
-    EXPECT_TRUE(has_line_ending_with("[SoapExit] %1x:<OutputArguments/>"));
+    std::string log;
+    // Each line of a message carries the tag; what follows it is the message's own text.
+    for (const std::string& line : bodies())
+        log += line.substr(line.find("| ") + 2) + "\n";
+    log = msxml_layout::without_breaks(log);
+    for (const char* trace : {"[SoapEnter] Echo:<InputArguments><Say value=\"%1 %2\"/></InputArguments>",
+                              "[SoapExit] Echo:<OutputArguments><Said value=\"%1 %2\"/></OutputArguments>",
+                              "[SoapEnter] %1x:<InputArguments/>", "[SoapExit] %1x:<OutputArguments/>"})
+        EXPECT_NE(log.find(trace), std::string::npos) << trace << "\n" << log;
 }
