@@ -24,7 +24,7 @@ TEST(FormatMessage, MarkerEndsAtTheFirstNonDigit) {
     EXPECT_EQ(format_message("%12", "a"), "%12");
     std::vector<std::string> twelve;
     for (int i = 1; i <= 12; ++i)
-        twelve.push_back("v" + std::to_string(i));
+        twelve.push_back(std::string("v").append(std::to_string(i)));
     EXPECT_EQ(format_message("%12|%1 2", twelve), "v12|v1 2");
 }
 
