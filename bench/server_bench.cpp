@@ -32,8 +32,8 @@ public:
             return;
         }
         ItemsList items;
-        DeserializeItemsList(input.ReadEncoded("InPathsXML"), items);
-        output.WriteEncoded("OutPathsXML", SerializeItemsList(items));
+        DeserializeItemsListUtf8(input.ReadEncodedUtf8("InPathsXML"), items);
+        output.WriteEncodedUtf8("OutPathsXML", SerializeItemsListUtf8(items));
     }
 };
 

@@ -9,7 +9,6 @@ namespace {
 // Made once: each call would otherwise build them anew.
 struct document_names_t {
     std::wstring input_root = L"InputArguments";
-    std::wstring output_root = L"OutputArguments";
     std::wstring value = L"value";
     std::string true_text = "true";
     std::string false_text = "false";
@@ -19,6 +18,8 @@ const document_names_t& names() {
     static const document_names_t instance;
     return instance;
 }
+
+constexpr std::string_view value_attribute = "value";
 
 // Argument names are ASCII constants of the code.
 std::wstring widen_name(const std::string& name) {
@@ -83,17 +84,31 @@ bool InputArguments_t::ReadBool(const std::string& name) const {
     }
 }
 
-// Only the reading carries the reader's line; a decoding failure stands as it is.
-std::wstring InputArguments_t::ReadEncoded(const std::string& name) const {
-    std::string bytes = base64_decode(ReadMultibyte(name));
+namespace {
+
+// The decoded bytes up to their first zero.
+std::string decoded_bytes(const std::string& encoded) {
+    std::string bytes = base64_decode(encoded);
     const std::size_t zero = bytes.find('\0');
     if (zero != std::string::npos)
         bytes.resize(zero);
-    return from_utf8(bytes);
+    return bytes;
+}
+
+} // namespace
+
+// Only the reading carries the reader's line; a decoding failure stands as it is.
+std::wstring InputArguments_t::ReadEncoded(const std::string& name) const {
+    return from_utf8(decoded_bytes(ReadMultibyte(name)));
+}
+
+std::string InputArguments_t::ReadEncodedUtf8(const std::string& name) const {
+    return utf8_round_trip(decoded_bytes(ReadMultibyte(name)));
 }
 
 OutputArguments_t::OutputArguments_t()
-    : document_(dom_create_document()), root_(dom_add_child(document_, names().output_root)) {}
+    : document_(dom_create_document()), root_(dom_add_child(document_, std::string_view("OutputArguments"))) {
+}
 
 dom_element_t OutputArguments_t::CreateElement(const std::string& name) {
     return dom_add_child(root_, std::string_view(name));
@@ -105,21 +120,24 @@ void OutputArguments_t::WriteText(const std::string& name, const std::wstring& v
 
 // Values that are ASCII by their making go in as they are printed, without wide text between.
 void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
-    dom_set_attribute_utf8(CreateElement(name), names().value, guid_to_string(value));
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, guid_to_string(value));
 }
 
 void OutputArguments_t::WriteBool(const std::string& name, bool value) {
-    dom_set_attribute_utf8(CreateElement(name), names().value,
+    dom_set_attribute_utf8(CreateElement(name), value_attribute,
                            value ? names().true_text : names().false_text);
 }
 
 void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
-    dom_set_attribute_utf8(CreateElement(name), names().value, std::to_string(value));
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, std::to_string(value));
 }
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
-    const std::string encoded = base64_encode(to_utf8(value));
-    dom_set_attribute_utf8(CreateElement(name), names().value, encoded);
+    WriteEncodedUtf8(name, to_utf8(value));
+}
+
+void OutputArguments_t::WriteEncodedUtf8(const std::string& name, std::string_view value) {
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, base64_encode(value));
 }
 
 std::wstring OutputArguments_t::Serialize() const {

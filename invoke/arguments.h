@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // The parsed request: <InputArguments><Name value="..."/>...</InputArguments>.
 // Argument elements are found without regard to case; the first of a name counts.
@@ -27,6 +28,8 @@ public:
     bool ReadBool(const std::string& name) const;
     // Base64 of UTF-8; decoding stops quietly at the first character it cannot use.
     std::wstring ReadEncoded(const std::string& name) const;
+    // The same text as UTF-8, for documents that go on to the parser as UTF-8.
+    std::string ReadEncodedUtf8(const std::string& name) const;
 
 private:
     dom_document_t document_;
@@ -46,6 +49,8 @@ public:
     void WriteBool(const std::string& name, bool value);
     void WriteNumber(const std::string& name, std::int64_t value);
     void WriteEncoded(const std::string& name, const std::wstring& value);
+    // The same for text that is UTF-8 already.
+    void WriteEncodedUtf8(const std::string& name, std::string_view value);
     // An argument of its own form (attributes other than "value").
     dom_element_t CreateElement(const std::string& name);
 

@@ -59,7 +59,7 @@ char* put_pair(char* out, std::uint32_t twelve_bits) {
 
 // Both directions write into storage sized up front: documents of several
 // megabytes pass through here.
-std::string base64_encode(const std::string& bytes) {
+std::string base64_encode(std::string_view bytes) {
     std::string text((bytes.size() + 2) / 3 * 4, '=');
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
     char* out = text.data();
@@ -79,7 +79,7 @@ std::string base64_encode(const std::string& bytes) {
     return text;
 }
 
-std::string base64_decode(const std::string& text) {
+std::string base64_decode(std::string_view text) {
     std::string bytes(text.size() / 4 * 3 + 2, '\0');
     const auto* in = reinterpret_cast<const unsigned char*>(text.data());
     char* out = bytes.data();

@@ -23,7 +23,7 @@ using files_list_impl::names;
 
 CFilesListItem read_item(const dom_element_t& element) {
     const list_names_t& n = names();
-    const std::uint32_t recursive = iequals(dom_get_attribute(element, n.recursive), n.true_text) ? 1 : 0;
+    const std::uint32_t recursive = iequals(dom_get_attribute_utf8(element, n.recursive), "true") ? 1 : 0;
     std::wstring path = dom_get_attribute(element, n.path);
     std::wstring mask = dom_get_attribute(element, n.mask);
     std::wstring fullPath = dom_get_attribute(element, n.full_path);
@@ -39,18 +39,20 @@ CFilesListItem::CFilesListItem(std::wstring path, std::wstring mask, std::uint32
     : path(std::move(path)), mask(std::move(mask)), recursive(recursive),
       relativePath(std::move(relativePath)), fullPath(std::move(fullPath)) {}
 
-std::wstring SerializeItemsList(const ItemsList& items) {
+namespace {
+
+template <class Write> auto serialize(const Write& write) {
     try {
-        return files_list_impl::write_document(items);
+        return write();
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to serialize files list to XML.", e);
     }
 }
 
 // Every child counts as an item, whatever its name.
-void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {
+template <class Load> void deserialize(const Load& load, ItemsList& items) {
     try {
-        const dom_element_t root = dom_required_child(dom_load(xml), names().root);
+        const dom_element_t root = dom_required_child(load(), names().root);
         const std::vector<dom_element_t> children = dom_child_elements(root);
         ItemsList read;
         read.reserve(children.size());
@@ -65,4 +67,22 @@ void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to de-serialize XML to the items list.", e);
     }
+}
+
+} // namespace
+
+std::wstring SerializeItemsList(const ItemsList& items) {
+    return serialize([&] { return files_list_impl::write_document(items); });
+}
+
+std::string SerializeItemsListUtf8(const ItemsList& items) {
+    return serialize([&] { return files_list_impl::write_document_utf8(items); });
+}
+
+void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {
+    deserialize([&] { return dom_load(xml); }, items);
+}
+
+void DeserializeItemsListUtf8(std::string_view xml, ItemsList& items) {
+    deserialize([&] { return dom_load_utf8(xml); }, items);
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // One file of a VM: the file spec it came from (path, mask, recursive), its path
@@ -27,3 +28,8 @@ std::wstring SerializeItemsList(const ItemsList& items);
 // Appends the items in document order; on failure the list is left as it was.
 // "Recursive" is 1 only for "true" (any case): unlike boolean arguments, "1" is 0.
 void DeserializeItemsList(const std::wstring& xml, ItemsList& items);
+
+// The same over the document's UTF-8 text, the form in which it crosses the pipe: a list of
+// megabytes is not widened to be narrowed again.
+std::string SerializeItemsListUtf8(const ItemsList& items);
+void DeserializeItemsListUtf8(std::string_view xml, ItemsList& items);

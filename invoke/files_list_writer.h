@@ -24,7 +24,8 @@ struct list_names_t {
 
 const list_names_t& names();
 
-// The document's text; the caller adds the list's context line to a failure.
+// The document's text, wide or as UTF-8; the caller adds the list's context line to a failure.
 std::wstring write_document(const ItemsList& items);
+std::string write_document_utf8(const ItemsList& items);
 
 } // namespace files_list_impl

@@ -1,5 +1,6 @@
 #include "invoke/files_list_writer.h"
 
+#include "common/format/format.h"
 #include "common/xml/dom.h"
 
 namespace files_list_impl {
@@ -24,6 +25,11 @@ std::wstring write_document(const ItemsList& items) {
     for (const CFilesListItem& item : items)
         write_item(root, item);
     return dom_serialize(document);
+}
+
+// The platform's DOM writes wide text only.
+std::string write_document_utf8(const ItemsList& items) {
+    return to_utf8(write_document(items));
 }
 
 } // namespace files_list_impl

@@ -8,18 +8,24 @@ namespace wrap {
 
 namespace {
 
+// The log that the trace goes to, if anything is written yet: before that, a document of megabytes
+// would be joined into a line for nothing.
+std::shared_ptr<logging::log_t> trace_log() {
+    std::shared_ptr<logging::log_t> log = logging::rpc_logger().log;
+    return log && log->receiver() ? log : nullptr;
+}
+
 // Joined in storage sized once, and handed to the log as the message itself: the document runs to
 // megabytes, and the template "%1" would only copy it once more.
-void trace_call(std::string_view tag, std::string_view command, std::string_view document) {
+void trace_call(const std::shared_ptr<logging::log_t>& log, std::string_view tag, std::string_view command,
+                std::string_view document) {
     std::string line;
     line.reserve(tag.size() + command.size() + 1 + document.size());
     line += tag;
     line += command;
     line += ':';
     line += document;
-    const logger_t& rpc = logging::rpc_logger();
-    if (const std::shared_ptr<logging::log_t> log = rpc.log)
-        log->write_at_current_indent(logging::level_trace, rpc.format.get(), line);
+    log->write_at_current_indent(logging::level_trace, logging::rpc_logger().format.get(), line);
 }
 
 std::string_view without_trailing_crlf(std::string_view text) {
@@ -41,12 +47,15 @@ void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstri
 }
 
 void IInvokeDispatcher::OnSoapEnter(std::string_view command, std::string_view request) {
-    log_trace(logging::rpc_logger(), "%1", std::string());
-    trace_call("[SoapEnter] ", command, request);
+    if (const std::shared_ptr<logging::log_t> log = trace_log()) {
+        log_trace(logging::rpc_logger(), "%1", std::string());
+        trace_call(log, "[SoapEnter] ", command, request);
+    }
 }
 
 void IInvokeDispatcher::OnSoapExit(std::string_view command, std::string_view response) {
-    trace_call("[SoapExit] ", command, without_trailing_crlf(response));
+    if (const std::shared_ptr<logging::log_t> log = trace_log())
+        trace_call(log, "[SoapExit] ", command, without_trailing_crlf(response));
 }
 
 void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring& request,

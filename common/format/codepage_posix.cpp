@@ -91,4 +91,33 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     return out;
 }
 
+// Both code pages are UTF-8: only what is not well-formed changes, each bad sequence to U+FFFD as
+// the widening would read it. Nearly all text is well-formed and is only judged.
+bool recode_utf8_in_place(code_page_t, std::string& text) {
+    const std::string_view view(text);
+    std::size_t pos = 0;
+    while (pos < view.size()) {
+        if (view.size() - pos >= ascii_block && is_ascii_block(view.data() + pos)) {
+            pos += ascii_block;
+            continue;
+        }
+        const unicode::decoded_t c = unicode::decode_utf8(view.substr(pos));
+        if (!c.well_formed)
+            break;
+        pos += c.units;
+    }
+    if (pos == view.size())
+        return true;
+    std::string repaired(view.substr(0, pos));
+    repaired.reserve(view.size() + view.size() / 2);
+    char encoded[4];
+    while (pos < view.size()) {
+        const unicode::decoded_t c = unicode::decode_utf8(view.substr(pos));
+        repaired.append(encoded, compat::utf8::put(encoded, c.value));
+        pos += c.units;
+    }
+    text = std::move(repaired);
+    return true;
+}
+
 } // namespace format_impl

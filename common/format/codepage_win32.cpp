@@ -49,4 +49,9 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t code_page, std::string
     return std::wstring(buffer.data());
 }
 
+// Neither code page is UTF-8's own here, or its replacements might differ from the system's.
+bool recode_utf8_in_place(code_page_t, std::string&) {
+    return false;
+}
+
 } // namespace format_impl

@@ -71,3 +71,23 @@ std::wstring from_utf8(const std::string& text) {
     return widen(code_page_t::utf8, text,
                  "Multibyte UTF8 string cannot be converted to unicode string. Source string: [%1].");
 }
+
+namespace {
+
+std::string recode_utf8(code_page_t code_page, std::string text) {
+    text.resize(std::char_traits<char>::length(text.c_str()));
+    if (format_impl::recode_utf8_in_place(code_page, text))
+        return text;
+    const std::wstring wide = from_utf8(text);
+    return code_page == code_page_t::utf8 ? to_utf8(wide) : to_ansi(wide);
+}
+
+} // namespace
+
+std::string utf8_round_trip(std::string text) {
+    return recode_utf8(code_page_t::utf8, std::move(text));
+}
+
+std::string utf8_to_ansi(std::string text) {
+    return recode_utf8(code_page_t::ansi, std::move(text));
+}

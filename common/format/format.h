@@ -23,6 +23,10 @@ std::wstring to_unicode(const std::string& text);
 std::wstring to_unicode_nothrow(const std::string& text) noexcept;
 std::string to_utf8(const std::wstring& text);
 std::wstring from_utf8(const std::string& text);
+// What from_utf8 and then to_utf8, or to_ansi, would make of UTF-8 text, without the wide text
+// between where the platform allows: documents of megabytes cross the pipe as UTF-8.
+std::string utf8_round_trip(std::string text);
+std::string utf8_to_ansi(std::string text);
 
 std::string bool_to_string(bool value);
 bool string_to_bool(const std::string& text);

@@ -71,7 +71,9 @@ void dom_set_attribute(const dom_element_t& element, const std::wstring& name, c
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name);
 // The same for values that are UTF-8 text already, such as whole documents carried in an
 // attribute: no round trip through wide text. Text that is no UTF-8 fails as its conversion would.
-void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name, const std::string& value);
+// The name is ASCII text of the code, as the arguments' attribute names are.
+void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
+                            const std::string& value);
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name);
 GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& name);
 

@@ -10,29 +10,60 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
 #include <vector>
 
-// A document owns its tree, and the text it was parsed from in place. Nodes and elements hold
-// their document alive; an element is its own node view, and its document is its owner, so
-// neither view costs a new holder.
-struct dom_document_native_t : std::enable_shared_from_this<dom_document_native_t> {
-    std::string source;
-    pugi::xml_document tree;
-};
-
+// A document owns its tree, the text it was parsed from in place, and the views that holders of
+// its nodes and elements point to. Those holders share the document's count rather than having
+// counts of their own: a request builds a handful of them, a list of thousands one per item, and
+// none of them then costs an allocation. The views live as long as the document.
 struct dom_node_native_t {
-    std::shared_ptr<dom_document_native_t> document;
+    dom_document_native_t* document = nullptr;
     pugi::xml_node node;
 };
 
-struct dom_element_native_t : dom_node_native_t, std::enable_shared_from_this<dom_element_native_t> {
+struct dom_element_native_t : dom_node_native_t {
     // Where the next lookup of an attribute starts: readers take an element's attributes in the
     // order they stand, an item of a list five of them, and so find each at the first look.
     pugi::xml_attribute next_attribute;
+};
+
+namespace {
+
+// Element views at addresses that stay put: the few of a small document inside it, the many of a
+// list in blocks that grow as they are needed.
+class element_views_t {
+public:
+    dom_element_native_t& add() {
+        if (inline_used_ < inline_.size())
+            return inline_[inline_used_++];
+        if (block_used_ == block_size_) {
+            block_size_ = block_size_ == 0 ? 2 * inline_.size() : 2 * block_size_;
+            blocks_.push_back(std::make_unique<dom_element_native_t[]>(block_size_));
+            block_used_ = 0;
+        }
+        return blocks_.back()[block_used_++];
+    }
+
+private:
+    std::array<dom_element_native_t, 8> inline_;
+    std::size_t inline_used_ = 0;
+    std::vector<std::unique_ptr<dom_element_native_t[]>> blocks_;
+    std::size_t block_size_ = 0;
+    std::size_t block_used_ = 0;
+};
+
+} // namespace
+
+struct dom_document_native_t : std::enable_shared_from_this<dom_document_native_t> {
+    std::string source;
+    pugi::xml_document tree;
+    dom_node_native_t as_node{this, tree};
+    element_views_t elements;
 };
 
 namespace {
@@ -49,11 +80,11 @@ template <class Native> Native& native_of(const dom_ref_t<Native>& holder) {
     return *holder.native();
 }
 
-dom_element_t make_element(const std::shared_ptr<dom_document_native_t>& document, pugi::xml_node node) {
-    auto native = std::make_shared<dom_element_native_t>();
-    native->document = document;
-    native->node = node;
-    return dom_element_t(std::move(native));
+dom_element_t make_element(dom_document_native_t& document, pugi::xml_node node) {
+    dom_element_native_t& native = document.elements.add();
+    native.document = &document;
+    native.node = node;
+    return dom_element_t(std::shared_ptr<dom_element_native_t>(document.shared_from_this(), &native));
 }
 
 // The names the platform gives to nodes that are no elements. A document type is named after
@@ -104,6 +135,30 @@ public:
 
 private:
     char short_[256];
+    std::string long_;
+    const char* text_ = nullptr;
+};
+
+// pugixml takes zero-terminated names; the short ones that nearly all are go on the stack.
+class zero_terminated_t {
+public:
+    explicit zero_terminated_t(std::string_view text) {
+        if (text.size() < sizeof(short_)) {
+            std::memcpy(short_, text.data(), text.size());
+            short_[text.size()] = '\0';
+            text_ = short_;
+        } else {
+            long_.assign(text);
+            text_ = long_.c_str();
+        }
+    }
+    zero_terminated_t(const zero_terminated_t&) = delete;
+    zero_terminated_t& operator=(const zero_terminated_t&) = delete;
+
+    const char* c_str() const noexcept { return text_; }
+
+private:
+    char short_[64];
     std::string long_;
     const char* text_ = nullptr;
 };
@@ -270,31 +325,28 @@ std::string dom_serialize_utf8(const dom_document_t& document) {
 }
 
 dom_document_t dom_owner_document(const dom_node_t& node) {
-    return dom_document_t(native_of(node).document);
+    return dom_document_t(native_of(node).document->shared_from_this());
 }
 
 dom_node_t dom_as_node(const dom_document_t& document) {
     dom_document_native_t& native = native_of(document);
-    auto node = std::make_shared<dom_node_native_t>();
-    node->document = native.shared_from_this();
-    node->node = native.tree;
-    return dom_node_t(std::move(node));
+    return dom_node_t(std::shared_ptr<dom_node_native_t>(native.shared_from_this(), &native.as_node));
 }
 
 dom_node_t dom_as_node(const dom_element_t& element) {
-    return dom_node_t(std::shared_ptr<dom_node_native_t>(native_of(element).shared_from_this()));
+    dom_element_native_t& native = native_of(element);
+    return dom_node_t(std::shared_ptr<dom_node_native_t>(native.document->shared_from_this(), &native));
 }
 
 namespace {
 
 // The attribute goes in before its value is converted: a value that cannot be converted
 // leaves it there, empty.
-pugi::xml_attribute attribute_to_set(const dom_element_t& element, const std::wstring& name) {
+pugi::xml_attribute attribute_to_set(const dom_element_t& element, const char* name) {
     pugi::xml_node node = native_of(element).node;
-    const utf8_arg_t name_utf8(name);
-    pugi::xml_attribute attribute = node.attribute(name_utf8.c_str());
+    pugi::xml_attribute attribute = node.attribute(name);
     if (!attribute)
-        attribute = node.append_attribute(name_utf8.c_str());
+        attribute = node.append_attribute(name);
     return attribute;
 }
 
@@ -311,21 +363,21 @@ const char* attribute_value(const dom_element_t& element, const std::wstring& na
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
     try {
-        pugi::xml_attribute attribute = attribute_to_set(element, name);
+        pugi::xml_attribute attribute = attribute_to_set(element, utf8_arg_t(name).c_str());
         attribute.set_value(utf8_arg_t(value).c_str());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
     }
 }
 
-void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
                             const std::string& value) {
     try {
         // Nothing to check: here a conversion between UTF-8 and wide text never fails.
-        pugi::xml_attribute attribute = attribute_to_set(element, name);
+        pugi::xml_attribute attribute = attribute_to_set(element, zero_terminated_t(ascii_name).c_str());
         attribute.set_value(value.c_str());
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
+        exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", std::string(ascii_name), e);
     }
 }
 
@@ -347,10 +399,10 @@ dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& 
 dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
                                  std::string_view ascii_name) {
     dom_document_native_t& document = native_of(owner);
-    pugi::xml_node element = native_of(parent).node.append_child(std::string(ascii_name).c_str());
+    pugi::xml_node element = native_of(parent).node.append_child(zero_terminated_t(ascii_name).c_str());
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
-    return make_element(document.shared_from_this(), element);
+    return make_element(document, element);
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {
@@ -359,7 +411,7 @@ std::vector<dom_element_t> child_elements(const dom_node_t& node) {
     for (pugi::xml_node child = parent.node.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "Failed to convert XMLDOMNode to XMLDOMElement.");
-        elements.push_back(make_element(parent.document, child));
+        elements.push_back(make_element(*parent.document, child));
     }
     return elements;
 }
@@ -375,7 +427,7 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
             continue;
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");
-        elements.push_back(make_element(parent.document, child));
+        elements.push_back(make_element(*parent.document, child));
     }
     return elements;
 }

@@ -203,9 +203,9 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
     return text != nullptr ? std::wstring(text, SysStringLen(text)) : L"";
 }
 
-void dom_set_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
                             const std::string& value) {
-    dom_set_attribute(element, name, from_utf8(value));
+    dom_set_attribute(element, std::wstring(ascii_name.begin(), ascii_name.end()), from_utf8(value));
 }
 
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name) {
