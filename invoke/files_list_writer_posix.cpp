@@ -3,14 +3,17 @@
 // the tree again. The same walk writes wide text and UTF-8, the form the list crosses the pipe in.
 #include "invoke/files_list_writer.h"
 
-#include "common/format/ascii_runs.h"
 #include "common/format/unicode_units.h"
 #include "compat/utf8_codec.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
-#include <iterator>
 #include <string_view>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace files_list_impl {
 
@@ -20,133 +23,180 @@ bool is_escaped(std::uint32_t u) {
     return u < 0x20 || u == '&' || u == '<' || u == '"';
 }
 
+// The text is written through a pointer into storage made ready an item at a time for the most
+// that the item can take, six characters for each of its own (the longest escape); the first
+// estimate leaves enough behind the last item that the storage seldom grows.
+template <class Char> class text_cursor_t {
+public:
+    text_cursor_t(std::basic_string<Char>& out, std::size_t estimate) : out_(out) {
+        out_.resize(estimate);
+        at = out_.data();
+    }
+
+    void make_room(std::size_t count) {
+        const auto used = static_cast<std::size_t>(at - out_.data());
+        if (out_.size() - used < count) {
+            out_.resize(std::max(2 * out_.size(), used + count));
+            at = out_.data() + used;
+        }
+    }
+    void put(std::string_view ascii) { at = std::copy(ascii.begin(), ascii.end(), at); }
+    void put(Char c) { *at++ = c; }
+    void finish() { out_.resize(static_cast<std::size_t>(at - out_.data())); }
+
+    Char* at = nullptr;
+
+private:
+    std::basic_string<Char>& out_;
+};
+
 // Wide text takes every character as it stands but those the serialiser escapes and those that
 // are no characters.
 struct wide_output_t {
-    using string_type = std::wstring;
+    using char_type = wchar_t;
 
     static bool is_plain(std::uint32_t u) { return !is_escaped(u) && unicode::is_scalar_value(u); }
-    static void append_run(std::wstring& out, const wchar_t* from, const wchar_t* to) {
-        out.append(from, to);
+    static void put_other(text_cursor_t<wchar_t>& out, std::uint32_t u) {
+        out.put(static_cast<wchar_t>(unicode::scalar_or_replacement(u)));
     }
-    static void append_character(std::wstring& out, std::uint32_t u) {
-        out += static_cast<wchar_t>(unicode::scalar_or_replacement(u));
+    static const wchar_t* copy_plain(const wchar_t* from, const wchar_t* end, text_cursor_t<wchar_t>& out) {
+        while (from != end && is_plain(static_cast<std::uint32_t>(*from)))
+            out.put(*from++);
+        return from;
     }
 };
+
+#if defined(__SSE2__)
+// All ones in each of the four units that is plain ASCII, all zeros in the others. Units are
+// compared as signed: those above 0x7FFFFFFF are no characters and fail the first test.
+__m128i plain_units(__m128i units) {
+    const __m128i printable = _mm_and_si128(_mm_cmpgt_epi32(units, _mm_set1_epi32(0x1F)),
+                                            _mm_cmplt_epi32(units, _mm_set1_epi32(0x80)));
+    const __m128i escaped = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi32(units, _mm_set1_epi32('&')),
+                                                      _mm_cmpeq_epi32(units, _mm_set1_epi32('<'))),
+                                         _mm_cmpeq_epi32(units, _mm_set1_epi32('"')));
+    return _mm_andnot_si128(escaped, printable);
+}
+#endif
 
 // UTF-8 takes ASCII as it stands and encodes the rest.
 struct utf8_output_t {
-    using string_type = std::string;
+    using char_type = char;
 
     static bool is_plain(std::uint32_t u) { return u < 0x80 && !is_escaped(u); }
-    static void append_run(std::string& out, const wchar_t* from, const wchar_t* to) {
-        constexpr std::size_t stage_size = 256;
-        char stage[stage_size];
-        while (from != to) {
-            const std::size_t count = std::min<std::size_t>(stage_size, static_cast<std::size_t>(to - from));
-            format_impl::ascii::narrow_prefix(std::wstring_view(from, count), stage);
-            out.append(stage, count);
-            from += count;
-        }
+    static void put_other(text_cursor_t<char>& out, std::uint32_t u) {
+        out.at = compat::utf8::put(out.at, unicode::scalar_or_replacement(u));
     }
-    static void append_character(std::string& out, std::uint32_t u) {
-        char encoded[4];
-        out.append(encoded, compat::utf8::put(encoded, unicode::scalar_or_replacement(u)));
+
+    // Values run to hundreds of characters, nearly all of them plain: where the machine has
+    // vectors, sixteen are judged and narrowed at a time, and stored whatever they were; the
+    // cursor then moves over the plain ones alone.
+    static const wchar_t* copy_plain(const wchar_t* from, const wchar_t* end, text_cursor_t<char>& out) {
+#if defined(__SSE2__)
+        constexpr std::size_t block = 16;
+        while (static_cast<std::size_t>(end - from) >= block) {
+            __m128i units[4];
+            __m128i plain[4];
+            for (std::size_t i = 0; i < 4; ++i) {
+                units[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * i));
+                plain[i] = plain_units(units[i]);
+            }
+            const __m128i narrowed =
+                _mm_packus_epi16(_mm_packs_epi32(units[0], units[1]), _mm_packs_epi32(units[2], units[3]));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out.at), narrowed);
+            const auto plain_bits = static_cast<unsigned>(_mm_movemask_epi8(
+                _mm_packs_epi16(_mm_packs_epi32(plain[0], plain[1]), _mm_packs_epi32(plain[2], plain[3]))));
+            const auto plain_count = static_cast<std::size_t>(std::countr_one(plain_bits));
+            from += plain_count;
+            out.at += plain_count;
+            if (plain_count < block)
+                return from;
+        }
+#endif
+        while (from != end && is_plain(static_cast<std::uint32_t>(*from)))
+            out.put(static_cast<char>(*from++));
+        return from;
     }
 };
 
-// Values run to hundreds of characters, nearly all of them plain: they are judged a block at a
-// time, with no branch inside a block, and copied a run at a time.
-constexpr std::size_t block = 8;
-
-template <class Output> bool block_is_plain(const wchar_t* text) {
-    bool plain = true;
-    for (std::size_t i = 0; i < block; ++i)
-        plain &= Output::is_plain(static_cast<std::uint32_t>(text[i]));
-    return plain;
-}
-
-// Where the plain run that starts at `from` ends.
-template <class Output> const wchar_t* plain_run_end(const wchar_t* from, const wchar_t* end) {
-    while (end - from >= static_cast<std::ptrdiff_t>(block) && block_is_plain<Output>(from))
-        from += block;
-    while (from != end && Output::is_plain(static_cast<std::uint32_t>(*from)))
-        ++from;
-    return from;
-}
-
-template <class String> void append_ascii(String& out, std::string_view text) {
-    out.append(text.begin(), text.end());
-}
-
 // As the serialiser escapes an attribute's value; the value ends at its first zero, as its
 // conversion for the DOM ends it, and what is no character becomes U+FFFD as there.
-template <class Output> void append_value(typename Output::string_type& out, const std::wstring& value) {
+template <class Output>
+void put_value(text_cursor_t<typename Output::char_type>& out, const std::wstring& value) {
     const wchar_t* it = value.data();
     const wchar_t* const end = it + value.size();
     for (;;) {
-        const wchar_t* const plain_end = plain_run_end<Output>(it, end);
-        Output::append_run(out, it, plain_end);
-        if (plain_end == end || *plain_end == L'\0')
+        it = Output::copy_plain(it, end, out);
+        if (it == end || *it == L'\0')
             return;
-        const auto c = static_cast<std::uint32_t>(*plain_end);
-        it = plain_end + 1;
+        const auto c = static_cast<std::uint32_t>(*it++);
         switch (c) {
         case '&':
-            append_ascii(out, "&amp;");
+            out.put("&amp;");
             break;
         case '<':
-            append_ascii(out, "&lt;");
+            out.put("&lt;");
             break;
         case '"':
-            append_ascii(out, "&quot;");
+            out.put("&quot;");
             break;
         default:
             if (c < 0x20) {
                 const char reference[] = {'&', '#', static_cast<char>('0' + c / 10),
                                           static_cast<char>('0' + c % 10), ';'};
-                append_ascii(out, std::string_view(reference, std::size(reference)));
+                out.put(std::string_view(reference, sizeof reference));
             } else {
-                Output::append_character(out, c);
+                Output::put_other(out, c);
             }
         }
     }
 }
 
 template <class Output>
-void append_attribute(typename Output::string_type& out, std::string_view name, const std::wstring& value) {
-    out += ' ';
-    append_ascii(out, name);
-    append_ascii(out, "=\"");
-    append_value<Output>(out, value);
-    out += '"';
+void put_attribute(text_cursor_t<typename Output::char_type>& out, std::string_view name,
+                   const std::wstring& value) {
+    out.put(' ');
+    out.put(name);
+    out.put("=\"");
+    put_value<Output>(out, value);
+    out.put('"');
 }
 
-template <class Output> typename Output::string_type write(const ItemsList& items) {
-    typename Output::string_type out;
-    if (items.empty()) {
-        append_ascii(out, "<FilesList/>");
-        return out;
-    }
-    std::size_t estimate = 23;
+// What an item's text takes beside its values, at the most.
+constexpr std::size_t item_frame = 100;
+constexpr std::size_t longest_escape = 6;
+
+template <class Output> std::basic_string<typename Output::char_type> write(const ItemsList& items) {
+    using string_type = std::basic_string<typename Output::char_type>;
+    string_type text;
+    std::size_t estimate = 2 * item_frame;
     for (const CFilesListItem& item : items)
-        estimate +=
-            100 + item.path.size() + item.mask.size() + item.fullPath.size() + item.relativePath.size();
-    out.reserve(estimate);
-    append_ascii(out, "<FilesList>");
+        estimate += item_frame + item.path.size() + item.mask.size() + item.fullPath.size() +
+                    item.relativePath.size();
+    text_cursor_t<typename Output::char_type> out(text, estimate);
+    if (items.empty()) {
+        out.put("<FilesList/>");
+        out.finish();
+        return text;
+    }
+    out.put("<FilesList>");
     const std::wstring true_text = L"true";
     const std::wstring false_text = L"false";
     for (const CFilesListItem& item : items) {
-        append_ascii(out, "<File");
-        append_attribute<Output>(out, "Recursive", item.recursive != 0 ? true_text : false_text);
-        append_attribute<Output>(out, "Path", item.path);
-        append_attribute<Output>(out, "Mask", item.mask);
-        append_attribute<Output>(out, "FullPath", item.fullPath);
-        append_attribute<Output>(out, "RelativePath", item.relativePath);
-        append_ascii(out, "/>");
+        out.make_room(item_frame + longest_escape * (item.path.size() + item.mask.size() +
+                                                     item.fullPath.size() + item.relativePath.size()));
+        out.put("<File");
+        put_attribute<Output>(out, "Recursive", item.recursive != 0 ? true_text : false_text);
+        put_attribute<Output>(out, "Path", item.path);
+        put_attribute<Output>(out, "Mask", item.mask);
+        put_attribute<Output>(out, "FullPath", item.fullPath);
+        put_attribute<Output>(out, "RelativePath", item.relativePath);
+        out.put("/>");
     }
-    append_ascii(out, "</FilesList>");
-    return out;
+    out.make_room(item_frame);
+    out.put("</FilesList>");
+    out.finish();
+    return text;
 }
 
 } // namespace

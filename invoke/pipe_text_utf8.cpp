@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace win::pipes {
 
 namespace {
@@ -21,6 +25,40 @@ char16_t unit_at(const std::uint8_t* bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
 }
 
+// ASCII here excludes U+0000, which ends a frame.
+#if defined(__SSE2__)
+// Where the machine has them, a block is two vector loads, a pack and two tests. A unit above
+// 0x7FFF packs to zero and one from 0x80 up to 0x7FFF to a byte with its top bit set, so that a
+// block is ASCII only when no packed byte is zero or has that bit.
+__m128i packed_units(const std::uint8_t* bytes) {
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16));
+    return _mm_packus_epi16(low, high);
+}
+
+bool is_ascii_vector(__m128i bytes) {
+    const __m128i zero = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
+    return _mm_movemask_epi8(_mm_or_si128(bytes, zero)) == 0;
+}
+
+bool is_ascii_unit_block(const std::uint8_t* bytes) {
+    return units_as_stored && is_ascii_vector(packed_units(bytes));
+}
+
+bool is_ascii_byte_block(const char* text) {
+    return units_as_stored && is_ascii_vector(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
+}
+
+void narrow_ascii_units(const std::uint8_t* bytes, char* out) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), packed_units(bytes));
+}
+
+void widen_ascii_bytes(const char* text, std::uint8_t* out) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
+}
+#else
 bool is_ascii_unit_block(const std::uint8_t* bytes) {
     if constexpr (!units_as_stored)
         return false;
@@ -42,6 +80,25 @@ bool is_ascii_byte_block(const char* text) {
         outside |= static_cast<unsigned char>(byte - 1) >= 0x7F ? 1u : 0u;
     return outside == 0;
 }
+
+void narrow_ascii_units(const std::uint8_t* bytes, char* out) {
+    char16_t units[block];
+    std::memcpy(units, bytes, sizeof units);
+    char narrowed[block];
+    for (std::size_t i = 0; i < block; ++i)
+        narrowed[i] = static_cast<char>(units[i]);
+    std::memcpy(out, narrowed, block);
+}
+
+void widen_ascii_bytes(const char* text, std::uint8_t* out) {
+    unsigned char bytes[block];
+    std::memcpy(bytes, text, sizeof bytes);
+    char16_t units[block];
+    for (std::size_t i = 0; i < block; ++i)
+        units[i] = bytes[i];
+    std::memcpy(out, units, sizeof units);
+}
+#endif
 
 std::size_t utf8_length(char32_t c) {
     return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
@@ -88,13 +145,8 @@ struct utf8_counter_t {
 struct utf8_writer_t {
     staged_output_t<std::string> out;
     void ascii_block(const std::uint8_t* bytes) {
-        char16_t units[block];
-        std::memcpy(units, bytes, sizeof units);
-        char narrowed[block];
-        for (std::size_t i = 0; i < block; ++i)
-            narrowed[i] = static_cast<char>(units[i]);
         char* const to = out.room(block);
-        std::memcpy(to, narrowed, block);
+        narrow_ascii_units(bytes, to);
         out.advance(to + block);
     }
     void put(char32_t c) {
@@ -139,13 +191,8 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
 struct utf16_writer_t {
     staged_output_t<byte_buffer_t> out;
     void ascii_block(const char* text) {
-        unsigned char bytes[block];
-        std::memcpy(bytes, text, sizeof bytes);
-        char16_t units[block];
-        for (std::size_t i = 0; i < block; ++i)
-            units[i] = bytes[i];
         std::uint8_t* const to = out.room(2 * block);
-        std::memcpy(to, units, sizeof units);
+        widen_ascii_bytes(text, to);
         out.advance(to + 2 * block);
     }
     void put_unit(char32_t unit) {

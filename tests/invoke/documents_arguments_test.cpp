@@ -1,3 +1,4 @@
+#include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
 #include "tests/invoke/documents_test_lines.h"
@@ -57,11 +58,19 @@ TEST(GuidArgument, ReadsWithEitherBraceOrNone) {
         EXPECT_EQ(request_with(L"VmId", text).ReadGuid("VmId"), expected);
 }
 
+// The UTF-8 reading gives the same text as the wide one, bad sequences replaced alike.
 TEST(EncodedArgument, StopsAtABreakOrAZeroWithoutFailing) {
-    EXPECT_EQ(request_with(L"Spec", encoded("<a>\xc3\xa9</a>")).ReadEncoded("Spec"), L"<a>\u00e9</a>");
-    EXPECT_EQ(request_with(L"Spec", encoded("abc") + L" " + encoded("def")).ReadEncoded("Spec"), L"abc");
-    EXPECT_EQ(request_with(L"Spec", encoded(std::string("ab\0cd", 5))).ReadEncoded("Spec"), L"ab");
-    EXPECT_EQ(request_with(L"Spec", encoded("\xff<\xfe")).ReadEncoded("Spec"), L"\uFFFD<\uFFFD");
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {encoded("<a>\xc3\xa9</a>"), L"<a>\u00e9</a>"},
+        {encoded("abc") + L" " + encoded("def"), L"abc"},
+        {encoded(std::string("ab\0cd", 5)), L"ab"},
+        {encoded("\xff<\xfe\xe2\x82 long enough to pass a block of sixteen \xed\xa0\x80."),
+         L"\uFFFD<\uFFFD\uFFFD long enough to pass a block of sixteen \uFFFD\uFFFD\uFFFD."}};
+    for (const auto& [value, text] : cases) {
+        const InputArguments_t request = request_with(L"Spec", value);
+        EXPECT_EQ(request.ReadEncoded("Spec"), text);
+        EXPECT_EQ(request.ReadEncodedUtf8("Spec"), to_utf8(text));
+    }
 }
 
 TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclaration) {
@@ -85,11 +94,13 @@ TEST(OutputDocument, EncodedValueReadsBackAsWritten) {
     OutputArguments_t output;
     output.WriteEncoded("SnapshotXmlSpec", document);
     output.WriteEncoded("Empty", L"");
+    output.WriteEncodedUtf8("Utf8", to_utf8(document));
     std::wstring request = output.Serialize();
     request.replace(request.find(L"<OutputArguments>"), 17, L"<InputArguments>");
     request.replace(request.find(L"</OutputArguments>"), 18, L"</InputArguments>");
     const InputArguments_t input(request);
     EXPECT_EQ(input.ReadEncoded("SnapshotXmlSpec"), document);
+    EXPECT_EQ(input.ReadEncoded("Utf8"), document);
     EXPECT_EQ(input.ReadText("Empty"), L"");
 }
 

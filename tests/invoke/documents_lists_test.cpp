@@ -20,6 +20,9 @@ TEST(ItemsListDocument, ItemsKeepOrderAndFieldsThroughTheRoundTrip) {
     ItemsList read = {CFilesListItem(L"x", L"x", 0, L"x", L"x")};
     DeserializeItemsList(SerializeItemsList(sample_items()), read);
     EXPECT_EQ(ItemsList(read.begin() + 1, read.end()), sample_items());
+    ItemsList read_utf8;
+    DeserializeItemsListUtf8(SerializeItemsListUtf8(sample_items()), read_utf8);
+    EXPECT_EQ(read_utf8, sample_items());
     EXPECT_EQ(msxml_layout::without_breaks(SerializeItemsList({CFilesListItem(L"p", L"m", 7, L"r", L"f")})),
               L"<FilesList><File Recursive=\"true\" Path=\"p\" Mask=\"m\" FullPath=\"f\" RelativePath=\"r\"/>"
               L"</FilesList>");
@@ -28,11 +31,22 @@ TEST(ItemsListDocument, ItemsKeepOrderAndFieldsThroughTheRoundTrip) {
     EXPECT_EQ(read.size(), sample_items().size() + 1);
 }
 
-// The list may be written without the DOM, for speed: it must read exactly as the DOM writes it.
+// The list may be written without the DOM, for speed, as wide text or as UTF-8: it must read
+// exactly as the DOM writes it, wherever an awkward character falls among the plain ones.
 TEST(ItemsListDocument, IsWrittenAsTheDomWritesIt) {
-    const std::wstring awkward = L"a&b<c>d\"e'f\tg\nh\ri\u0001j\u001fk\u00e9\u4e2d\U0001F600";
+    std::wstring awkward = L"a&b<c>d\"e'f\tg\nh\ri\u0001j\u001fk\u00e9\u4e2d\U0001F600\x7f";
+    if constexpr (sizeof(wchar_t) == 4) {
+        // Wide strings of four bytes can hold what is no character: a lone surrogate, values
+        // beyond U+10FFFF and those that read as negative.
+        awkward += static_cast<wchar_t>(0xD800);
+        awkward += static_cast<wchar_t>(0x110000);
+        awkward += static_cast<wchar_t>(-0x7FFFFF00);
+    }
+    std::wstring spread;
+    for (std::size_t i = 0; i < awkward.size(); ++i)
+        spread += std::wstring(i % 19, L'x') + awkward[i];
     const ItemsList items = {CFilesListItem(awkward, L"*.*", 0, L"", awkward + L'\0' + L"cut"),
-                             CFilesListItem(L"p", L"m", 2, L"r", L"f")};
+                             CFilesListItem(L"p", L"m", 2, spread, spread + L"/" + spread)};
     const dom_document_t document = dom_create_document();
     const dom_element_t root = dom_add_child(document, L"FilesList");
     for (const CFilesListItem& item : items) {
@@ -44,6 +58,7 @@ TEST(ItemsListDocument, IsWrittenAsTheDomWritesIt) {
         dom_set_attribute(file, L"RelativePath", item.relativePath);
     }
     EXPECT_EQ(SerializeItemsList(items), dom_serialize(document));
+    EXPECT_EQ(SerializeItemsListUtf8(items), dom_serialize_utf8(document));
 }
 
 TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrue) {
