@@ -4,14 +4,14 @@
 #include "common/format/format.h"
 #include "invoke/base64.h"
 
+#include <charconv>
+
 namespace {
 
 // Made once: each call would otherwise build them anew.
 struct document_names_t {
     std::wstring input_root = L"InputArguments";
     std::wstring value = L"value";
-    std::string true_text = "true";
-    std::string false_text = "false";
 };
 
 const document_names_t& names() {
@@ -120,16 +120,17 @@ void OutputArguments_t::WriteText(const std::string& name, const std::wstring& v
 
 // Values that are ASCII by their making go in as they are printed, without wide text between.
 void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, guid_to_string(value));
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, guid_to_string(value).c_str());
 }
 
 void OutputArguments_t::WriteBool(const std::string& name, bool value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute,
-                           value ? names().true_text : names().false_text);
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, value ? "true" : "false");
 }
 
 void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, std::to_string(value));
+    char digits[24];
+    *std::to_chars(digits, digits + sizeof digits - 1, value).ptr = '\0';
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, digits);
 }
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
@@ -137,7 +138,7 @@ void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring
 }
 
 void OutputArguments_t::WriteEncodedUtf8(const std::string& name, std::string_view value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, base64_encode(value));
+    dom_set_attribute_utf8(CreateElement(name), value_attribute, base64_encode(value).c_str());
 }
 
 std::wstring OutputArguments_t::Serialize() const {

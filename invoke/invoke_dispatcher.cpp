@@ -12,7 +12,7 @@ namespace {
 // would be joined into a line for nothing.
 std::shared_ptr<logging::log_t> trace_log() {
     std::shared_ptr<logging::log_t> log = logging::rpc_logger().log;
-    return log && log->receiver() ? log : nullptr;
+    return log && log->has_receiver() ? log : nullptr;
 }
 
 // Joined in storage sized once, and handed to the log as the message itself: the document runs to

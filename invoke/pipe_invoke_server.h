@@ -64,6 +64,8 @@ private:
     std::shared_ptr<win::pipes::CPipeHandler> pipe;
     std::shared_ptr<win::win_manual_reset_event_t> stopEvent;
     std::shared_ptr<IInvokeDispatcher> dispatcher;
+    // The wide name of the command being run, kept so that its storage serves the next one.
+    std::wstring commandName;
 };
 
 // Creates the server, waits for one client, serves it, and returns when it has gone.

@@ -17,11 +17,13 @@ namespace wrap {
 namespace {
 
 // The command's name is UTF-8 that the frame's conversion made, so it converts without fail;
-// the ASCII that names nearly every command widens as it stands.
-std::wstring widen(std::string_view utf8) {
+// the ASCII that names nearly every command widens as it stands, into storage that the previous
+// name leaves.
+void assign_widened(std::wstring& wide, std::string_view utf8) {
     if (std::all_of(utf8.begin(), utf8.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
-        return std::wstring(utf8.begin(), utf8.end());
-    return from_utf8(std::string(utf8));
+        wide.assign(utf8.begin(), utf8.end());
+    else
+        wide = from_utf8(std::string(utf8));
 }
 
 std::string_view without_trailing_crlf(std::string_view text) {
@@ -54,7 +56,8 @@ win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteUtf8(const win::pipes::utf8_fra
         dispatcher->OnSoapEnter(command, document);
         InputArguments_t input(dom_load_utf8(document));
         OutputArguments_t output;
-        dispatcher->Invoke(widen(command), input, output);
+        assign_widened(commandName, command);
+        dispatcher->Invoke(commandName, input, output);
         const std::string response = output.SerializeUtf8();
         dispatcher->OnSoapExit(command, response);
         return win::pipes::EncodeFrameUtf8("xml:", without_trailing_crlf(response));

@@ -68,6 +68,7 @@ void log_t::count_message_for_size_check() {
 void log_t::install(std::shared_ptr<receiver::log_file_t> receiver, bool size_check) {
     std::lock_guard<log_lock_t> guard(lock_);
     receiver_ = std::move(receiver);
+    has_receiver_.store(receiver_ != nullptr, std::memory_order_release);
     eol_ = receiver_ ? receiver_->eol() : std::string();
     initialised_ = 1;
     size_check_ = size_check ? 1 : 0;

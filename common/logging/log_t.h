@@ -4,6 +4,7 @@
 #include "common/logging/line_layout.h"
 #include "common/logging/log.h"
 
+#include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -51,6 +52,9 @@ public:
     // From here on lines go to the receiver; with size_check the file is kept under its limit.
     void install(std::shared_ptr<receiver::log_file_t> receiver, bool size_check);
     std::shared_ptr<receiver::log_file_t> receiver() const;
+    // Whether lines go anywhere yet: a caller with megabytes to put into a line asks first, without
+    // the lock that every writer takes.
+    bool has_receiver() const noexcept { return has_receiver_.load(std::memory_order_acquire); }
 
     // The calling thread's indent depth in this log; it never goes below 0.
     std::int32_t indent() const;
@@ -68,6 +72,7 @@ private:
 
     mutable log_lock_t lock_;
     std::shared_ptr<receiver::log_file_t> receiver_;
+    std::atomic<bool> has_receiver_{false};
     // Only threads that stand indented have an entry: nothing is left behind by a thread that ends at
     // the margin, and nothing depends on thread-local storage, which is gone before the last lines
     // of process exit.

@@ -21,10 +21,10 @@ dom_node_t::dom_node_t(const dom_element_t& element) : dom_node_t(dom_as_node(el
 namespace {
 
 // The name is made fit for the message only when there is a failure to report.
-template <class Name, class ShowName>
-dom_element_t add_child(const dom_node_t& parent, const Name& name, const ShowName& show_name) {
+template <class Parent, class Name, class ShowName>
+dom_element_t add_child(const Parent& parent, const Name& name, const ShowName& show_name) {
     try {
-        return dom_platform::append_new_element(dom_owner_document(parent), parent, name);
+        return dom_platform::append_new_element(parent, name);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to create child node '%1'.", show_name(), e);
     }
@@ -37,6 +37,10 @@ dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name) 
 }
 
 dom_element_t dom_add_child(const dom_node_t& parent, std::string_view ascii_name) {
+    return add_child(parent, ascii_name, [&] { return std::string(ascii_name); });
+}
+
+dom_element_t dom_add_child(const dom_element_t& parent, std::string_view ascii_name) {
     return add_child(parent, ascii_name, [&] { return std::string(ascii_name); });
 }
 

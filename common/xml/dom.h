@@ -65,6 +65,7 @@ dom_node_t dom_as_node(const dom_element_t& element);
 dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name);
 // The same for a name that is ASCII text of the code, as argument names are.
 dom_element_t dom_add_child(const dom_node_t& parent, std::string_view ascii_name);
+dom_element_t dom_add_child(const dom_element_t& parent, std::string_view ascii_name);
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).

@@ -16,11 +16,10 @@ inline constexpr char serialize_failed_text[] = "Failed to serialize XML documen
 // A missing attribute arrives as VT_NULL (1).
 [[noreturn]] void throw_unexpected_attribute_type(int variant_type, const std::wstring& name);
 
-// The owner document creates the element, which then goes behind the parent's last child.
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 const std::wstring& name);
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 std::string_view ascii_name);
+// The parent's owner document creates the element, which then goes behind the parent's last child.
+dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name);
+dom_element_t append_new_element(const dom_node_t& parent, std::string_view ascii_name);
+dom_element_t append_new_element(const dom_element_t& parent, std::string_view ascii_name);
 
 // Unwrapped enumerations: the caller adds its context line.
 std::vector<dom_element_t> child_elements(const dom_node_t& node);

@@ -391,18 +391,27 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
 
 namespace dom_platform {
 
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 const std::wstring& name) {
-    return append_new_element(owner, parent, std::string_view(utf8_arg_t(name).c_str()));
-}
+namespace {
 
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 std::string_view ascii_name) {
-    dom_document_native_t& document = native_of(owner);
-    pugi::xml_node element = native_of(parent).node.append_child(zero_terminated_t(ascii_name).c_str());
+dom_element_t append_to(dom_node_native_t& parent, const char* name) {
+    pugi::xml_node element = parent.node.append_child(name);
     if (!element)
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
-    return make_element(document, element);
+    return make_element(*parent.document, element);
+}
+
+} // namespace
+
+dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
+    return append_to(native_of(parent), utf8_arg_t(name).c_str());
+}
+
+dom_element_t append_new_element(const dom_node_t& parent, std::string_view ascii_name) {
+    return append_to(native_of(parent), zero_terminated_t(ascii_name).c_str());
+}
+
+dom_element_t append_new_element(const dom_element_t& parent, std::string_view ascii_name) {
+    return append_to(native_of(parent), zero_terminated_t(ascii_name).c_str());
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {

@@ -214,8 +214,8 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
 
 namespace dom_platform {
 
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 const std::wstring& name) {
+dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
+    const dom_document_t owner = dom_owner_document(parent);
     const bstr_arg_t name_arg(name);
     com_ptr_t<IXMLDOMElement> element;
     const HRESULT hr = native_of(owner).ptr->createElement(name_arg.get(), element.put());
@@ -227,9 +227,12 @@ dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& 
     return make_holder<dom_element_t>(std::move(element));
 }
 
-dom_element_t append_new_element(const dom_document_t& owner, const dom_node_t& parent,
-                                 std::string_view ascii_name) {
-    return append_new_element(owner, parent, std::wstring(ascii_name.begin(), ascii_name.end()));
+dom_element_t append_new_element(const dom_node_t& parent, std::string_view ascii_name) {
+    return append_new_element(parent, std::wstring(ascii_name.begin(), ascii_name.end()));
+}
+
+dom_element_t append_new_element(const dom_element_t& parent, std::string_view ascii_name) {
+    return append_new_element(dom_node_t(parent), ascii_name);
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {
