@@ -29,12 +29,12 @@ namespace {
 
 // The list runs to megabytes: its narrow text is put into the line and let go before the line is
 // written, so that the log's own copy is the only other one.
-std::string SpecificationLine(const std::wstring& itemsXml) {
+std::string SpecificationLine(const std::string& itemsXml) {
     constexpr std::string_view line = "XML specification: [%1].";
     const std::size_t marker = line.find("%1");
     std::string line_text;
     {
-        const std::string narrow = to_ansi(itemsXml);
+        const std::string narrow = utf8_to_ansi(itemsXml);
         line_text.reserve(line.size() - 2 + narrow.size());
         line_text += line.substr(0, marker);
         line_text += narrow;
@@ -45,17 +45,17 @@ std::string SpecificationLine(const std::wstring& itemsXml) {
 
 } // namespace
 
-std::wstring CVssImportSnapshotResult::ConvertOffhostPaths(const std::wstring& itemsXml) const {
+std::string CVssImportSnapshotResult::ConvertOffhostPaths(const std::string& itemsXml) const {
     try {
         log_scope_t scope(logging::tool_logger(), "Obtaining paths to shadow copies of the specified files.");
         log_info(logging::tool_logger(), SpecificationLine(itemsXml));
         ItemsList items;
-        DeserializeItemsList(itemsXml, items);
+        DeserializeItemsListUtf8(itemsXml, items);
         // Once per snapshot: a rewritten path starts with a device name, which no
         // later snapshot's volume name matches.
         for (const VSSUtils::VSS_SNAPSHOT_INFO& snapshot : *snapshots)
             UpdateItems(snapshot.oldVolume, snapshot.newVolume, items);
-        std::wstring converted = SerializeItemsList(items);
+        std::string converted = SerializeItemsListUtf8(items);
         scope.close_quietly();
         return converted;
     } catch (const std::exception& e) {

@@ -23,7 +23,8 @@ public:
 
     // Items list XML in, the same items with each FullPath moved from its host
     // volume to the imported copy; items on no imported volume come back as they were.
-    std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) const;
+    // Both as UTF-8, the form in which the list crosses the pipe.
+    std::string ConvertOffhostPaths(const std::string& itemsXml) const;
 
 private:
     std::shared_ptr<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>> snapshots;

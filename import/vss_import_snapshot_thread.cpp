@@ -73,7 +73,7 @@ std::shared_ptr<wrap::locks::CLockerJobInfo> CVssImportSnapshotThread::GetJobInf
     return shared->jobInfo;
 }
 
-std::wstring CVssImportSnapshotThread::ConvertOffhostPaths(const std::wstring& itemsXml) const {
+std::string CVssImportSnapshotThread::ConvertOffhostPaths(const std::string& itemsXml) const {
     // The result is the worker's until completion has been published.
     if (!shared->operationInfo->IsCompleted() || !shared->result)
         throw exc::runtime_exc_t("There is no successfully imported snapshot.");

@@ -38,7 +38,7 @@ public:
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() const;
     // Throws "There is no successfully imported snapshot." until the import stands.
     // Still answers after the snapshot's release, with paths that lead nowhere then.
-    std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) const;
+    std::string ConvertOffhostPaths(const std::string& itemsXml) const;
 
     // What the worker shares with the dispatcher; kept alive by both, so that a
     // worker that outlives the join still has it.

@@ -59,8 +59,8 @@ void SetVmBackupStatus(InputArguments_t& input, OutputArguments_t&) {
 }
 
 void ConvertOffhostPaths(InputArguments_t& input, OutputArguments_t& output) {
-    const std::wstring items = input.ReadEncoded("InPathsXML");
-    output.WriteEncoded("OutPathsXML", Holder().ConvertOffhostPaths(items));
+    const std::string items = input.ReadEncodedUtf8("InPathsXML");
+    output.WriteEncodedUtf8("OutPathsXML", Holder().ConvertOffhostPaths(items));
 }
 
 void CloseSnapshot(InputArguments_t&, OutputArguments_t&) {

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "compat/win_types.h"
+#include "import/import_snapshot_context.h"
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
-#include "import/import_snapshot_context.h"
 
 #include <memory>
 #include <string>
@@ -16,9 +16,9 @@ public:
 
     virtual std::shared_ptr<COperationInfo> GetOperationInfo() = 0;
     virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
-    // Items list XML in, the same items on the imported shadow devices out.
+    // Items list XML in, the same items on the imported shadow devices out, both as UTF-8.
     // Throws "There is no successfully imported snapshot." until the import stands.
-    virtual std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) = 0;
+    virtual std::string ConvertOffhostPaths(const std::string& itemsXml) = 0;
 };
 
 // Starts an import task; provided by the one file that knows the task class.

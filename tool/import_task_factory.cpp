@@ -14,7 +14,7 @@ public:
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override { return task.GetOperationInfo(); }
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override { return task.GetJobInfo(); }
-    std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) override {
+    std::string ConvertOffhostPaths(const std::string& itemsXml) override {
         return task.ConvertOffhostPaths(itemsXml);
     }
 

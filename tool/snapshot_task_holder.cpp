@@ -6,6 +6,7 @@
 #include "spec/hv_backup_spec.h"
 #include "tool/snapshot_id.h"
 
+#include <concepts>
 #include <utility>
 
 namespace {
@@ -16,16 +17,26 @@ std::string GuidText(const GUID& id) {
     return guid_to_string(id);
 }
 
+const std::string& FailureText(const std::string& text) {
+    return text;
+}
+
+template <typename MakeText>
+requires std::invocable<MakeText> std::string FailureText(const MakeText& make) {
+    return make();
+}
+
 // Every operation but the clearing has the same frame: a log block around the
 // work, and the operation's own failure line added to whatever the work threw.
-// The work closes the block itself, since the closing line differs.
-template <typename Work>
-auto RunInLogBlock(const std::string& blockText, const std::string& failureText, Work work) {
+// The work closes the block itself, since the closing line differs. The failure
+// line is a text, or what makes it when it is needed.
+template <typename Failure, typename Work>
+auto RunInLogBlock(const std::string& blockText, const Failure& failure, Work work) {
     try {
         log_scope_t block(logging::tool_logger(), blockText);
         return work(block);
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace(failureText, e);
+        exc::rethrow_with_trace(FailureText(failure), e);
     }
 }
 
@@ -130,11 +141,15 @@ void CSnapshotTaskHolder::SetVmBackupStatus(const GUID& vmId, bool status) {
                   });
 }
 
-std::wstring CSnapshotTaskHolder::ConvertOffhostPaths(const std::wstring& itemsXml) {
+// The specification runs to megabytes: the failure line that shows it is made only for a failure.
+std::string CSnapshotTaskHolder::ConvertOffhostPaths(const std::string& itemsXml) {
     return RunInLogBlock(
         "Converting source paths to the off-host paths.",
-        format_message("Failed to convert source paths to off-host shadow paths. Given specification: '%1'.",
-                       to_ansi_nothrow(itemsXml)),
+        [&] {
+            return format_message(
+                "Failed to convert source paths to off-host shadow paths. Given specification: '%1'.",
+                to_ansi_nothrow(from_utf8(itemsXml)));
+        },
         [&](log_scope_t& block) {
             auto converted = RequireImportTask().ConvertOffhostPaths(itemsXml);
             block.finish("Paths were successfully converted.");

@@ -37,7 +37,8 @@ public:
     std::shared_ptr<impl::CSnapshotInfo> GetSnapshotInfo();
     std::wstring GetVMFilesList(const GUID& vmId);
     void SetVmBackupStatus(const GUID& vmId, bool status);
-    std::wstring ConvertOffhostPaths(const std::wstring& itemsXml);
+    // The items list as UTF-8, the form in which it crosses the pipe.
+    std::string ConvertOffhostPaths(const std::string& itemsXml);
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetLockerJobInfo();
     void CloseSnapshot();
     // False when releasing a task threw; the failure is logged.

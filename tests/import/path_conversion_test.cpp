@@ -28,7 +28,7 @@ CFilesListItem Item(const std::wstring& fullPath, const std::wstring& relativePa
 
 ItemsList Convert(const hv::CVssImportSnapshotResult& result, const ItemsList& items) {
     ItemsList converted;
-    DeserializeItemsList(result.ConvertOffhostPaths(SerializeItemsList(items)), converted);
+    DeserializeItemsListUtf8(result.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
     return converted;
 }
 
@@ -84,7 +84,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
     const auto result = ResultOf({c7, d8});
     log_capture_t log;
     ItemsList none;
-    DeserializeItemsList(result.ConvertOffhostPaths(L"<FilesList/>"), none);
+    DeserializeItemsListUtf8(result.ConvertOffhostPaths("<FilesList/>"), none);
     EXPECT_TRUE(none.empty());
     EXPECT_TRUE(log.has("Obtaining paths to shadow copies of the specified files.")) << log.text();
     EXPECT_TRUE(log.has("XML specification: [<FilesList/>].")) << log.text();
@@ -96,7 +96,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
 
 TEST(PathConversion, UnreadableItemsFailThisCallOnly) {
     const auto result = ResultOf({c7});
-    const auto lines = failure_lines([&] { result.ConvertOffhostPaths(L"<FilesList><File"); });
+    const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");
     EXPECT_EQ(FullPaths(Convert(result, {Item(volumeC + L"a.vhd")})),

@@ -40,7 +40,7 @@ SOperationStatus WaitForVerdict(const hv::CVssImportSnapshotThread& task) {
 
 ItemsList Converted(const hv::CVssImportSnapshotThread& task, const ItemsList& items) {
     ItemsList converted;
-    DeserializeItemsList(task.ConvertOffhostPaths(SerializeItemsList(items)), converted);
+    DeserializeItemsListUtf8(task.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
     return converted;
 }
 

@@ -39,9 +39,7 @@ public:
     }
     std::wstring GetVmFiles(const GUID&) override { throw exc::runtime_exc_t("Failed to create snapshot."); }
     void SetVmCompletion(const GUID&, bool succeeded) override { record.completions.push_back(succeeded); }
-    std::wstring ConvertOffhostPaths(const std::wstring& itemsXml) override {
-        return L"converted:" + itemsXml;
-    }
+    std::string ConvertOffhostPaths(const std::string& itemsXml) override { return "converted:" + itemsXml; }
 
 private:
     TaskRecord& record;
@@ -127,14 +125,17 @@ TEST_F(TaskHolderTest, SnapshotSlotWinsStatusAndJobInfoAndIsReleasedFirst) {
 
 TEST_F(TaskHolderTest, EachSlotAnswersOnlyItsOwnCommandsAndTheTasksFailuresGetTheCommandsLine) {
     BeginImport();
-    EXPECT_EQ(holder.ConvertOffhostPaths(L"<FilesList/>"), L"converted:<FilesList/>");
+    EXPECT_EQ(holder.ConvertOffhostPaths("<FilesList/>"), "converted:<FilesList/>");
     EXPECT_EQ(FailureOf([&] { holder.GetSnapshotInfo(); }),
               "Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
     EXPECT_THROW(holder.SetVmBackupStatus(someVm, false), exc::exc_base_t);
 
     holder.CloseSnapshot();
     BeginSnapshot();
-    EXPECT_THROW(holder.ConvertOffhostPaths(L"<FilesList/>"), exc::exc_base_t);
+    EXPECT_EQ(
+        FailureOf([&] { holder.ConvertOffhostPaths("<FilesList/>"); }),
+        "Snapshot is not initialized.\n--tr:Failed to convert source paths to off-host shadow paths. Given "
+        "specification: '<FilesList/>'.");
     // The snapshot task's failures get the command's line; its statuses pass through.
     EXPECT_EQ(FailureOf([&] { holder.GetVMFilesList(someVm); }),
               "Failed to create snapshot.\n--tr:Failed to get file list of vm.");
