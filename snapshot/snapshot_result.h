@@ -18,8 +18,9 @@ public:
     CVssSnapshotResult(std::shared_ptr<impl::CSnapshotInfo> info, VmFilesMap vmFiles)
         : info(std::move(info)), vmFiles(std::move(vmFiles)) {}
 
-    // The items list document of the VM; a VM outside the task fails.
-    std::wstring ListVmFiles(const GUID& vmId) const;
+    // The items list document of the VM, as UTF-8, the form in which it crosses the pipe; a VM
+    // outside the task fails.
+    std::string ListVmFiles(const GUID& vmId) const;
 
     const std::shared_ptr<impl::CSnapshotInfo> info;
     const VmFilesMap vmFiles;

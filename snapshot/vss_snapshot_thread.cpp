@@ -92,7 +92,7 @@ std::shared_ptr<impl::CSnapshotInfo> CVssSnapshotThread2::GetCreatedInfo() {
     return RequireResult().info;
 }
 
-std::wstring CVssSnapshotThread2::GetVmFiles(const GUID& vmId) {
+std::string CVssSnapshotThread2::GetVmFiles(const GUID& vmId) {
     return RequireResult().ListVmFiles(vmId);
 }
 

@@ -44,7 +44,7 @@ public:
     std::shared_ptr<COperationInfo> GetOperationInfo();
     // Both throw "Failed to create snapshot." while the task has no result.
     std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo();
-    std::wstring GetVmFiles(const GUID& vmId);
+    std::string GetVmFiles(const GUID& vmId);
     // Only records the verdict; the writer hears of it when the task is closed.
     void SetVmCompletion(const GUID& vmId, bool succeeded);
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo();

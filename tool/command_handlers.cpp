@@ -49,7 +49,7 @@ void GetSnapshotInfo(InputArguments_t&, OutputArguments_t& output) {
 
 void GetVMFilesList(InputArguments_t& input, OutputArguments_t& output) {
     const GUID vmId = input.ReadGuid("VmId");
-    output.WriteEncoded("FilesList", Holder().GetVMFilesList(vmId));
+    output.WriteEncodedUtf8("FilesList", Holder().GetVMFilesList(vmId));
 }
 
 void SetVmBackupStatus(InputArguments_t& input, OutputArguments_t&) {

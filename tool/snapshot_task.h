@@ -20,7 +20,8 @@ public:
     virtual std::shared_ptr<COperationInfo> GetOperationInfo() = 0;
     // Both throw "Failed to create snapshot." while the task has no result.
     virtual std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() = 0;
-    virtual std::wstring GetVmFiles(const GUID& vmId) = 0;
+    // The items list as UTF-8.
+    virtual std::string GetVmFiles(const GUID& vmId) = 0;
     // Only records the verdict; the writer hears of it when the task is closed.
     virtual void SetVmCompletion(const GUID& vmId, bool succeeded) = 0;
     virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;

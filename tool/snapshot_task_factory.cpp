@@ -14,7 +14,7 @@ public:
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override { return task.GetOperationInfo(); }
     std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override { return task.GetCreatedInfo(); }
-    std::wstring GetVmFiles(const GUID& vmId) override { return task.GetVmFiles(vmId); }
+    std::string GetVmFiles(const GUID& vmId) override { return task.GetVmFiles(vmId); }
     void SetVmCompletion(const GUID& vmId, bool succeeded) override { task.SetVmCompletion(vmId, succeeded); }
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override { return task.GetJobInfo(); }
 

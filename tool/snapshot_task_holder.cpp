@@ -122,7 +122,7 @@ std::shared_ptr<impl::CSnapshotInfo> CSnapshotTaskHolder::GetSnapshotInfo() {
     });
 }
 
-std::wstring CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
+std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
     return RunInLogBlock(format_message("Getting file list of vm '%1'.", GuidText(vmId)),
                          "Failed to get file list of vm.", [&](log_scope_t& block) {
                              auto files = RequireSnapshotTask().GetVmFiles(vmId);

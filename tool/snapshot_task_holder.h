@@ -35,7 +35,8 @@ public:
                              const std::wstring& jobName, const std::wstring& backupConsole);
     std::shared_ptr<COperationInfo> GetAsyncOpStatus();
     std::shared_ptr<impl::CSnapshotInfo> GetSnapshotInfo();
-    std::wstring GetVMFilesList(const GUID& vmId);
+    // The items list as UTF-8, the form in which it crosses the pipe.
+    std::string GetVMFilesList(const GUID& vmId);
     void SetVmBackupStatus(const GUID& vmId, bool status);
     // The items list as UTF-8, the form in which it crosses the pipe.
     std::string ConvertOffhostPaths(const std::string& itemsXml);

@@ -25,7 +25,7 @@ TEST(ShadowPaths, TheResultListsAVmByItsIdAndRefusesOthers) {
     const GUID unknown = {9, 9, 9, {9, 9, 9, 9, 9, 9, 9, 9}};
     CVssSnapshotResult result(std::make_shared<impl::CSnapshotInfo>(),
                               {{known, {CFilesListItem(L"p", L"m", 0, L"r", L"f")}}});
-    EXPECT_NE(result.ListVmFiles(known).find(L"FullPath=\"f\""), std::wstring::npos);
+    EXPECT_NE(result.ListVmFiles(known).find("FullPath=\"f\""), std::string::npos);
     EXPECT_EQ(failure_lines([&] { result.ListVmFiles(unknown); }),
               std::vector<std::string>{"Cannot find VM with ID: [{00000009-0009-0009-0909-090909090909}]"});
 }

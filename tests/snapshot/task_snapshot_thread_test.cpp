@@ -84,7 +84,6 @@ TEST(SnapshotTask, ASilentServersTaskCompletesByItselfAndKeepsItsResult) {
     EXPECT_EQ(host.state_lines("backups.txt").back(),
               std::string("component\t") + local_vm + "\tnot-reported");
     EXPECT_FALSE(task->GetCreatedInfo()->BackupDoc.empty());
-    EXPECT_NE(task->GetVmFiles(string_to_guid(std::string(local_vm))).find(L"local.vhdx"),
-              std::wstring::npos);
+    EXPECT_NE(task->GetVmFiles(string_to_guid(std::string(local_vm))).find("local.vhdx"), std::string::npos);
     EXPECT_TRUE(task->GetOperationInfo()->Read().isSucceeded);
 }

@@ -37,7 +37,7 @@ public:
     std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override {
         throw exc::runtime_exc_t("Failed to create snapshot.");
     }
-    std::wstring GetVmFiles(const GUID&) override { throw exc::runtime_exc_t("Failed to create snapshot."); }
+    std::string GetVmFiles(const GUID&) override { throw exc::runtime_exc_t("Failed to create snapshot."); }
     void SetVmCompletion(const GUID&, bool succeeded) override { record.completions.push_back(succeeded); }
     std::string ConvertOffhostPaths(const std::string& itemsXml) override { return "converted:" + itemsXml; }
 
