@@ -120,17 +120,17 @@ void OutputArguments_t::WriteText(const std::string& name, const std::wstring& v
 
 // Values that are ASCII by their making go in as they are printed, without wide text between.
 void OutputArguments_t::WriteGuid(const std::string& name, const GUID& value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, guid_to_string(value).c_str());
+    dom_add_child_with_attribute(root_, name, value_attribute, guid_to_string(value).c_str());
 }
 
 void OutputArguments_t::WriteBool(const std::string& name, bool value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, value ? "true" : "false");
+    dom_add_child_with_attribute(root_, name, value_attribute, value ? "true" : "false");
 }
 
 void OutputArguments_t::WriteNumber(const std::string& name, std::int64_t value) {
     char digits[24];
     *std::to_chars(digits, digits + sizeof digits - 1, value).ptr = '\0';
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, digits);
+    dom_add_child_with_attribute(root_, name, value_attribute, digits);
 }
 
 void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring& value) {
@@ -138,7 +138,7 @@ void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring
 }
 
 void OutputArguments_t::WriteEncodedUtf8(const std::string& name, std::string_view value) {
-    dom_set_attribute_utf8(CreateElement(name), value_attribute, base64_encode(value).c_str());
+    dom_add_child_with_attribute(root_, name, value_attribute, base64_encode(value).c_str());
 }
 
 std::wstring OutputArguments_t::Serialize() const {

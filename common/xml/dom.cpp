@@ -7,6 +7,10 @@
 
 namespace dom_platform {
 
+void rethrow_child_failure(const std::string& name, const std::exception& error) {
+    exc::rethrow_with_trace("Failed to create child node '%1'.", name, error);
+}
+
 void throw_unexpected_attribute_type(int variant_type, const std::wstring& name) {
     throw exc::runtime_exc_t("Unexpected type (%1) of the XML attribute (%2). Expected: 'VT_BSTR'.",
                              num_to_string(static_cast<std::int32_t>(variant_type)), to_ansi_nothrow(name));
@@ -26,7 +30,7 @@ dom_element_t add_child(const Parent& parent, const Name& name, const ShowName& 
     try {
         return dom_platform::append_new_element(parent, name);
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create child node '%1'.", show_name(), e);
+        dom_platform::rethrow_child_failure(show_name(), e);
     }
 }
 

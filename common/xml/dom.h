@@ -66,6 +66,10 @@ dom_element_t dom_add_child(const dom_node_t& parent, const std::wstring& name);
 // The same for a name that is ASCII text of the code, as argument names are.
 dom_element_t dom_add_child(const dom_node_t& parent, std::string_view ascii_name);
 dom_element_t dom_add_child(const dom_element_t& parent, std::string_view ascii_name);
+// An element with one attribute appended to the parent, both named in ASCII text of the code: the
+// form of nearly every argument of a response, which needs no holder of the element.
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const char* value);
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).

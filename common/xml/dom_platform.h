@@ -13,6 +13,9 @@ namespace dom_platform {
 inline constexpr char load_failed_text[] = "Failed to load XML document '%1'.";
 inline constexpr char serialize_failed_text[] = "Failed to serialize XML document to string.";
 
+// Adds the line of a failure to create a child element.
+[[noreturn]] void rethrow_child_failure(const std::string& name, const std::exception& error);
+
 // A missing attribute arrives as VT_NULL (1).
 [[noreturn]] void throw_unexpected_attribute_type(int variant_type, const std::wstring& name);
 

@@ -35,26 +35,35 @@ struct dom_element_native_t : dom_node_native_t {
 namespace {
 
 // Element views at addresses that stay put: the few of a small document inside it, the many of a
-// list in blocks that grow as they are needed.
+// list in blocks that grow as they are needed. A view is made only when it is handed out, since
+// making one calls into the parser's library.
 class element_views_t {
 public:
+    element_views_t() = default;
+    element_views_t(const element_views_t&) = delete;
+    element_views_t& operator=(const element_views_t&) = delete;
+
     dom_element_native_t& add() {
-        if (inline_used_ < inline_.size())
-            return inline_[inline_used_++];
-        if (block_used_ == block_size_) {
-            block_size_ = block_size_ == 0 ? 2 * inline_.size() : 2 * block_size_;
-            blocks_.push_back(std::make_unique<dom_element_native_t[]>(block_size_));
-            block_used_ = 0;
+        if (used_ == capacity_) {
+            capacity_ *= 2;
+            blocks_.push_back(
+                std::make_unique_for_overwrite<std::byte[]>(capacity_ * sizeof(dom_element_native_t)));
+            storage_ = blocks_.back().get();
+            used_ = 0;
         }
-        return blocks_.back()[block_used_++];
+        return *::new (storage_ + sizeof(dom_element_native_t) * used_++) dom_element_native_t;
     }
 
 private:
-    std::array<dom_element_native_t, 8> inline_;
-    std::size_t inline_used_ = 0;
-    std::vector<std::unique_ptr<dom_element_native_t[]>> blocks_;
-    std::size_t block_size_ = 0;
-    std::size_t block_used_ = 0;
+    static_assert(std::is_trivially_destructible_v<dom_element_native_t>,
+                  "views are never destroyed one by one");
+    static constexpr std::size_t inline_count = 8;
+
+    alignas(dom_element_native_t) std::byte inline_[inline_count * sizeof(dom_element_native_t)];
+    std::byte* storage_ = inline_;
+    std::size_t used_ = 0;
+    std::size_t capacity_ = inline_count;
+    std::vector<std::unique_ptr<std::byte[]>> blocks_;
 };
 
 } // namespace
@@ -389,15 +398,36 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
     return std::string(attribute_value(element, name));
 }
 
+namespace {
+
+pugi::xml_node appended_child(pugi::xml_node parent, const char* name) {
+    pugi::xml_node element = parent.append_child(name);
+    if (!element)
+        throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
+    return element;
+}
+
+} // namespace
+
+// The parser's own nodes, with no view or holder between: a response is built from a handful of
+// these on every request.
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const char* value) {
+    pugi::xml_node child;
+    try {
+        child = appended_child(native_of(parent).node, zero_terminated_t(ascii_name).c_str());
+    } catch (const std::exception& e) {
+        dom_platform::rethrow_child_failure(std::string(ascii_name), e);
+    }
+    child.append_attribute(zero_terminated_t(ascii_attribute).c_str()).set_value(value);
+}
+
 namespace dom_platform {
 
 namespace {
 
 dom_element_t append_to(dom_node_native_t& parent, const char* name) {
-    pugi::xml_node element = parent.node.append_child(name);
-    if (!element)
-        throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
-    return make_element(*parent.document, element);
+    return make_element(*parent.document, appended_child(parent.node, name));
 }
 
 } // namespace

@@ -212,6 +212,12 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
     return to_utf8(dom_get_attribute(element, name));
 }
 
+// The platform's DOM has no shorter way.
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const char* value) {
+    dom_set_attribute_utf8(dom_add_child(parent, ascii_name), ascii_attribute, value);
+}
+
 namespace dom_platform {
 
 dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
