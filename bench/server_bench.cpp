@@ -18,6 +18,13 @@ using namespace server_bench;
 void run_server_side(benchmark::State& state, const std::wstring& request) {
     wrap::CPipeInvokeSrv server(fresh_pipe_name(), make_dispatcher());
     const win::pipes::byte_buffer_t frame = win::pipes::EncodeFrameText(request);
+    // A refused request is answered quickly, and its time would pass for the work's. The error
+    // text carries the whole request: its start is enough.
+    const std::wstring response = win::pipes::DecodeFrameText(server.ExecuteFrame(frame)).text;
+    if (!response.starts_with(L"xml:")) {
+        state.SkipWithError(narrow(response.substr(0, 200)).c_str());
+        return;
+    }
     for (auto _ : state)
         benchmark::DoNotOptimize(server.ExecuteFrame(frame));
 }
