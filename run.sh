@@ -82,6 +82,13 @@ cmd_wine() {
     bash "$ROOT/.ci/wine-tests.sh"
 }
 
+# Not in CI: the Windows build's server benchmark under Wine, against MSXML alone.
+cmd_wine_bench() {
+    MIRRACK_CROSS_BENCH=ON cmd_cross
+    need_packages wine wine64
+    bash "$ROOT/bench/wine_server_bench.sh"
+}
+
 cmd_bench() {
     cmd_build
     for b in build/bin/*_bench; do
@@ -107,10 +114,11 @@ asan) cmd_asan ;;
 fuzz-replay) cmd_fuzz_replay ;;
 cross) cmd_cross ;;
 wine) cmd_wine ;;
+wine-bench) cmd_wine_bench ;;
 bench) cmd_bench ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|bench|wine-bench]" >&2
     exit 2
     ;;
 esac

@@ -3,6 +3,7 @@
 # by MinGW-w64, the tool, the client and the test suites (which .ci/wine-tests.sh runs).
 # zlib, TinyXML, Boost.Program_options and GoogleTest for MinGW are built from Debian's
 # source packages (a deb-src entry, then apt-get source) into the build folder, once.
+# MIRRACK_CROSS_BENCH=ON builds the benchmarks too, and Google Benchmark the same way.
 set -euo pipefail
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
 OUT=${MIRRACK_CROSS_DIR:-$ROOT/build-win}
@@ -57,12 +58,25 @@ ensure_deb_src() {
     $sudo apt-get update -qq
 }
 
+LIBRARIES=(zlib tinyxml boost_program_options googletest)
+SOURCE_PACKAGES=(zlib tinyxml boost1.74 googletest)
+BENCH=${MIRRACK_CROSS_BENCH:-OFF}
+if [ "$BENCH" = ON ]; then
+    LIBRARIES+=(benchmark)
+    SOURCE_PACKAGES+=(benchmark)
+fi
+
+# The missing ones together, in one call.
 fetch_sources() {
     mkdir -p "$SRC"
     cd "$SRC"
-    ls zlib_*.dsc tinyxml_*.dsc boost1.74_*.dsc googletest_*.dsc >/dev/null 2>&1 && return
+    local missing=()
+    for package in "${SOURCE_PACKAGES[@]}"; do
+        ls "${package}"_*.dsc >/dev/null 2>&1 || missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
     ensure_deb_src
-    apt-get source --download-only zlib tinyxml boost1.74 googletest >/dev/null
+    apt-get source --download-only "${missing[@]}" >/dev/null
 }
 
 build_zlib() {
@@ -133,9 +147,31 @@ build_googletest() {
     cp libgtest.a libgtest_main.a "$DEPS/lib/"
 }
 
+# The library alone, without its main: the benchmarks have one of their own. Debian's patches
+# touch its packaging, its own tests and other platforms, nothing built here.
+build_benchmark() {
+    cd "$SRC"
+    rm -rf benchmark && mkdir benchmark
+    tar -xf benchmark_*.orig.tar.* -C benchmark --strip-components=1
+    cd benchmark
+    local objs=()
+    for f in src/*.cc; do
+        [ "$f" = src/benchmark_main.cc ] && continue
+        "$CXX" -O2 -std=c++17 -DNDEBUG -DHAVE_STD_REGEX -DHAVE_STEADY_CLOCK -DBENCHMARK_STATIC_DEFINE \
+            -Iinclude -c "$f" -o "${f%.cc}.o" &
+        objs+=("${f%.cc}.o")
+        while (($(jobs -r | wc -l) >= JOBS)); do wait -n; done
+    done
+    wait
+    "$AR" rcs libbenchmark.a "${objs[@]}"
+    rm -rf "$DEPS/include/benchmark"
+    cp -r include/benchmark "$DEPS/include/"
+    cp libbenchmark.a "$DEPS/lib/"
+}
+
 # Each library is built once into the build folder; a marker per library keeps a folder made
 # before a library was added.
-for lib in zlib tinyxml boost_program_options googletest; do
+for lib in "${LIBRARIES[@]}"; do
     if [ ! -f "$DEPS/.built-$lib" ]; then
         echo "Building $lib for MinGW-w64 from its Debian source package"
         fetch_sources
@@ -147,7 +183,7 @@ done
 
 # ctest runs the cross-built tests under Wine (.ci/wine-tests.sh prepares its prefix).
 cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake" \
-    -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH=OFF -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
+    -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH="$BENCH" -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build "$OUT/build" -j "$JOBS"
 echo "Windows cross-build: OK. The executables:"

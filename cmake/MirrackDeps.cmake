@@ -40,6 +40,20 @@ else()
   target_link_libraries(mirrack_boost_po INTERFACE Boost::program_options)
 endif()
 
+if(MIRRACK_BENCH AND MIRRACK_DEPS_PREFIX)
+  # Google Benchmark built for MinGW from its Debian source package, without a CMake package.
+  find_path(BENCHMARK_INCLUDE_DIR benchmark/benchmark.h REQUIRED)
+  find_library(BENCHMARK_LIBRARY NAMES benchmark REQUIRED)
+  add_library(mirrack_benchmark INTERFACE)
+  target_compile_definitions(mirrack_benchmark INTERFACE BENCHMARK_STATIC_DEFINE)
+  target_include_directories(mirrack_benchmark INTERFACE ${BENCHMARK_INCLUDE_DIR})
+  target_link_libraries(mirrack_benchmark INTERFACE ${BENCHMARK_LIBRARY} shlwapi)
+elseif(MIRRACK_BENCH)
+  find_package(benchmark REQUIRED)
+  add_library(mirrack_benchmark INTERFACE)
+  target_link_libraries(mirrack_benchmark INTERFACE benchmark::benchmark)
+endif()
+
 if(MIRRACK_TESTS)
   # The cross-build finds the GoogleTest built for MinGW in MIRRACK_DEPS_PREFIX.
   find_package(GTest REQUIRED)

@@ -1,0 +1,260 @@
+// The floor of the server benchmark where the server's documents are MSXML's: MSXML alone, over
+// COM, parsing and writing the same documents in its own UTF-16, with the Base64 of UTF-8 that the
+// arguments carry. It runs in the COM apartment that the benchmark's main thread holds.
+#include "bench/server_requests.h"
+#include "compat/com_ptr.h"
+#include "compat/win_types.h"
+#include "invoke/base64.h"
+
+#include <benchmark/benchmark.h>
+#include <msxml2.h>
+
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+using compat::com_ptr_t;
+using namespace server_bench;
+
+// The class the server's documents are made of: the published one, of no particular version.
+const CLSID clsid_dom_document = {
+    0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+void check(HRESULT hr, const char* call) {
+    if (FAILED(hr))
+        throw std::runtime_error(std::string(call) + " failed");
+}
+
+class bstr_holder_t {
+public:
+    bstr_holder_t() = default;
+    explicit bstr_holder_t(std::wstring_view text)
+        : value_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
+        if (value_ == nullptr)
+            throw std::bad_alloc();
+    }
+    bstr_holder_t(bstr_holder_t&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
+    bstr_holder_t& operator=(bstr_holder_t&& other) noexcept {
+        std::swap(value_, other.value_);
+        return *this;
+    }
+    ~bstr_holder_t() { SysFreeString(value_); }
+
+    BSTR get() const noexcept { return value_; }
+    BSTR* put() noexcept {
+        SysFreeString(std::exchange(value_, nullptr));
+        return &value_;
+    }
+    std::wstring_view view() const noexcept { return {value_, SysStringLen(value_)}; }
+
+    // The UTF-8 text made a BSTR without a std::wstring in between.
+    static bstr_holder_t from_utf8(std::string_view text) {
+        const int size =
+            MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+        bstr_holder_t result;
+        result.value_ = SysAllocStringLen(nullptr, static_cast<UINT>(size));
+        if (result.value_ == nullptr)
+            throw std::bad_alloc();
+        MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.value_, size);
+        return result;
+    }
+
+private:
+    BSTR value_ = nullptr;
+};
+
+std::string utf8_of(std::wstring_view text) {
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
+                                         nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), size, nullptr,
+                        nullptr);
+    return result;
+}
+
+// A VARIANT that holds a BSTR it does not own, for the calls that take their value so.
+VARIANT text_variant(BSTR text) {
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = VT_BSTR;
+    variant.bstrVal = text;
+    return variant;
+}
+
+com_ptr_t<IXMLDOMDocument> new_document() {
+    com_ptr_t<IXMLDOMDocument> document;
+    check(CoCreateInstance(clsid_dom_document, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
+                           reinterpret_cast<void**>(document.put())),
+          "CoCreateInstance");
+    return document;
+}
+
+com_ptr_t<IXMLDOMDocument> load(BSTR text) {
+    com_ptr_t<IXMLDOMDocument> document = new_document();
+    check(document->put_validateOnParse(VARIANT_FALSE), "put_validateOnParse");
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    check(document->loadXML(text, &loaded), "loadXML");
+    if (loaded != VARIANT_TRUE)
+        throw std::runtime_error("loadXML: the document is not well-formed");
+    return document;
+}
+
+com_ptr_t<IXMLDOMElement> root_of(const com_ptr_t<IXMLDOMDocument>& document) {
+    com_ptr_t<IXMLDOMElement> root;
+    check(document->get_documentElement(root.put()), "get_documentElement");
+    return root;
+}
+
+com_ptr_t<IXMLDOMElement> append_element(const com_ptr_t<IXMLDOMDocument>& document, IXMLDOMNode* parent,
+                                         BSTR name) {
+    com_ptr_t<IXMLDOMElement> element;
+    check(document->createElement(name, element.put()), "createElement");
+    com_ptr_t<IXMLDOMNode> appended;
+    check(parent->appendChild(element.get(), appended.put()), "appendChild");
+    return element;
+}
+
+void set_attribute(const com_ptr_t<IXMLDOMElement>& element, BSTR name, BSTR value) {
+    check(element->setAttribute(name, text_variant(value)), "setAttribute");
+}
+
+bstr_holder_t xml_of(const com_ptr_t<IXMLDOMDocument>& document) {
+    bstr_holder_t text;
+    check(document->get_xml(text.put()), "get_xml");
+    return text;
+}
+
+com_ptr_t<IXMLDOMNode> first_child(IXMLDOMNode* node) {
+    com_ptr_t<IXMLDOMNode> child;
+    check(node->get_firstChild(child.put()), "get_firstChild");
+    return child;
+}
+
+com_ptr_t<IXMLDOMNode> next_sibling(IXMLDOMNode* node) {
+    com_ptr_t<IXMLDOMNode> sibling;
+    check(node->get_nextSibling(sibling.put()), "get_nextSibling");
+    return sibling;
+}
+
+com_ptr_t<IXMLDOMElement> as_element(const com_ptr_t<IXMLDOMNode>& node) {
+    com_ptr_t<IXMLDOMElement> element;
+    check(node.query(IID_IXMLDOMElement, element), "QueryInterface(IXMLDOMElement)");
+    return element;
+}
+
+// The names and constant values the rounds write, made BSTRs once as a program that writes them
+// on every request would keep them.
+struct texts_t {
+    bstr_holder_t value{L"value"};
+    bstr_holder_t output_arguments{L"OutputArguments"};
+    bstr_holder_t in_paths{L"InPathsXML"};
+    bstr_holder_t out_paths{L"OutPathsXML"};
+    bstr_holder_t files_list{L"FilesList"};
+    bstr_holder_t file{L"File"};
+    bstr_holder_t item_attributes[5] = {bstr_holder_t(L"Recursive"), bstr_holder_t(L"Path"),
+                                        bstr_holder_t(L"Mask"), bstr_holder_t(L"FullPath"),
+                                        bstr_holder_t(L"RelativePath")};
+    // The status's arguments and their values.
+    bstr_holder_t status[6][2] = {
+        {bstr_holder_t(L"SnapshotId"), bstr_holder_t(L"{1c2b3a49-5d6e-4f70-8192-a3b4c5d6e7f8}")},
+        {bstr_holder_t(L"ErrDescription"), bstr_holder_t(L"")},
+        {bstr_holder_t(L"IsCompleted"), bstr_holder_t(L"true")},
+        {bstr_holder_t(L"IsSucceeded"), bstr_holder_t(L"true")},
+        {bstr_holder_t(L"CreationTime"), bstr_holder_t(L"134000000000000000")},
+        {bstr_holder_t(L"CompletedTime"), bstr_holder_t(L"134000000100000000")}};
+};
+
+// One round of the floor in a function of its own, as the server's round is, so that a profiler
+// can count each alone.
+[[gnu::noinline]] bstr_holder_t msxml_status_round(const std::wstring& request, const texts_t& texts) {
+    const com_ptr_t<IXMLDOMDocument> input = load(bstr_holder_t(request).get());
+    benchmark::DoNotOptimize(root_of(input));
+    const com_ptr_t<IXMLDOMDocument> output = new_document();
+    const com_ptr_t<IXMLDOMElement> root = append_element(output, output.get(), texts.output_arguments.get());
+    for (const auto& [name, value] : texts.status)
+        set_attribute(append_element(output, root.get(), name.get()), texts.value.get(), value.get());
+    return xml_of(output);
+}
+
+// The argument's element among the root's children, by its name as MSXML reports it.
+com_ptr_t<IXMLDOMElement> argument_of(const com_ptr_t<IXMLDOMDocument>& document, const bstr_holder_t& name) {
+    const com_ptr_t<IXMLDOMElement> root = root_of(document);
+    for (com_ptr_t<IXMLDOMNode> child = first_child(root.get()); child; child = next_sibling(child.get())) {
+        bstr_holder_t child_name;
+        check(child->get_nodeName(child_name.put()), "get_nodeName");
+        if (child_name.view() == name.view())
+            return as_element(child);
+    }
+    throw std::runtime_error("the request has no such argument");
+}
+
+std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) {
+    VARIANT value;
+    VariantInit(&value);
+    check(element->getAttribute(name, &value), "getAttribute");
+    std::string text = value.vt == VT_BSTR ? utf8_of({value.bstrVal, SysStringLen(value.bstrVal)}) : "";
+    VariantClear(&value);
+    return text;
+}
+
+[[gnu::noinline]] bstr_holder_t msxml_files_list_round(const std::wstring& request, const texts_t& texts) {
+    const com_ptr_t<IXMLDOMDocument> input = load(bstr_holder_t(request).get());
+    const std::string list_text =
+        base64_decode(attribute_utf8(argument_of(input, texts.in_paths), texts.value.get()));
+    const com_ptr_t<IXMLDOMDocument> list = load(bstr_holder_t::from_utf8(list_text).get());
+
+    const com_ptr_t<IXMLDOMDocument> out_list = new_document();
+    const com_ptr_t<IXMLDOMElement> out_root =
+        append_element(out_list, out_list.get(), texts.files_list.get());
+    const com_ptr_t<IXMLDOMElement> list_root = root_of(list);
+    for (com_ptr_t<IXMLDOMNode> file = first_child(list_root.get()); file; file = next_sibling(file.get())) {
+        const com_ptr_t<IXMLDOMElement> element = as_element(file);
+        const com_ptr_t<IXMLDOMElement> copy = append_element(out_list, out_root.get(), texts.file.get());
+        for (const bstr_holder_t& name : texts.item_attributes) {
+            VARIANT value;
+            VariantInit(&value);
+            check(element->getAttribute(name.get(), &value), "getAttribute");
+            const HRESULT set = copy->setAttribute(name.get(), value);
+            VariantClear(&value);
+            check(set, "setAttribute");
+        }
+    }
+    const bstr_holder_t encoded = bstr_holder_t::from_utf8(base64_encode(utf8_of(xml_of(out_list).view())));
+
+    const com_ptr_t<IXMLDOMDocument> output = new_document();
+    const com_ptr_t<IXMLDOMElement> root = append_element(output, output.get(), texts.output_arguments.get());
+    set_attribute(append_element(output, root.get(), texts.out_paths.get()), texts.value.get(),
+                  encoded.get());
+    return xml_of(output);
+}
+
+void BM_MsxmlAlone_GetAsyncOpStatus(benchmark::State& state) {
+    const std::wstring request = document_of(small_request);
+    const texts_t texts;
+    try {
+        for (auto _ : state)
+            benchmark::DoNotOptimize(msxml_status_round(request, texts));
+    } catch (const std::exception& e) {
+        state.SkipWithError(e.what());
+    }
+}
+BENCHMARK(BM_MsxmlAlone_GetAsyncOpStatus)->Unit(benchmark::kMicrosecond);
+
+void BM_MsxmlAlone_FilesList(benchmark::State& state) {
+    const std::wstring request = document_of(files_list_request(static_cast<int>(state.range(0))));
+    const texts_t texts;
+    try {
+        for (auto _ : state)
+            benchmark::DoNotOptimize(msxml_files_list_round(request, texts));
+    } catch (const std::exception& e) {
+        state.SkipWithError(e.what());
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_MsxmlAlone_FilesList)->Arg(2500)->Arg(10000)->Arg(40000)->Unit(benchmark::kMillisecond);
+
+} // namespace
