@@ -54,11 +54,18 @@ win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteUtf8(const win::pipes::utf8_fra
             throw UnknownRequest(request.text);
         const CRequestComScope com;
         dispatcher->OnSoapEnter(command, document);
-        InputArguments_t input(dom_load_utf8(document));
-        OutputArguments_t output;
-        assign_widened(commandName, command);
-        dispatcher->Invoke(commandName, input, output);
-        const std::string response = output.SerializeUtf8();
+        // Each document goes as soon as it is done with: a request of megabytes is held several
+        // times over on its way, and its response as well.
+        std::string response;
+        {
+            OutputArguments_t output;
+            {
+                InputArguments_t input(dom_load_utf8(document));
+                assign_widened(commandName, command);
+                dispatcher->Invoke(commandName, input, output);
+            }
+            response = output.SerializeUtf8();
+        }
         dispatcher->OnSoapExit(command, response);
         return win::pipes::EncodeFrameUtf8("xml:", without_trailing_crlf(response));
     } catch (const std::exception& e) {
