@@ -60,12 +60,24 @@ std::wstring InputArguments_t::ReadText(const std::string& name) const {
     }
 }
 
-std::string InputArguments_t::ReadMultibyte(const std::string& name) const {
+namespace {
+
+// The value is lent to `use` rather than copied: an encoded argument carries a whole document.
+void lend_multibyte(const dom_document_t& document, const std::string& name,
+                    const std::function<void(std::string_view)>& use) {
     try {
-        return dom_get_attribute_utf8(defined_argument(document_, name), names().value);
+        dom_read_attribute_utf8(defined_argument(document, name), names().value, use);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to retrieve value of the multibyte attribute '%1'.", name, e);
     }
+}
+
+} // namespace
+
+std::string InputArguments_t::ReadMultibyte(const std::string& name) const {
+    std::string value;
+    lend_multibyte(document_, name, [&](std::string_view lent) { value = lent; });
+    return value;
 }
 
 GUID InputArguments_t::ReadGuid(const std::string& name) const {
@@ -86,9 +98,10 @@ bool InputArguments_t::ReadBool(const std::string& name) const {
 
 namespace {
 
-// The decoded bytes up to their first zero.
-std::string decoded_bytes(const std::string& encoded) {
-    std::string bytes = base64_decode(encoded);
+// The decoded bytes up to their first zero. Decoding cannot fail but for want of memory.
+std::string decoded_bytes(const dom_document_t& document, const std::string& name) {
+    std::string bytes;
+    lend_multibyte(document, name, [&](std::string_view encoded) { bytes = base64_decode(encoded); });
     const std::size_t zero = bytes.find('\0');
     if (zero != std::string::npos)
         bytes.resize(zero);
@@ -97,13 +110,13 @@ std::string decoded_bytes(const std::string& encoded) {
 
 } // namespace
 
-// Only the reading carries the reader's line; a decoding failure stands as it is.
+// Only the reading carries the reader's line; a conversion failure stands as it is.
 std::wstring InputArguments_t::ReadEncoded(const std::string& name) const {
-    return from_utf8(decoded_bytes(ReadMultibyte(name)));
+    return from_utf8(decoded_bytes(document_, name));
 }
 
 std::string InputArguments_t::ReadEncodedUtf8(const std::string& name) const {
-    return utf8_round_trip(decoded_bytes(ReadMultibyte(name)));
+    return utf8_round_trip(decoded_bytes(document_, name));
 }
 
 OutputArguments_t::OutputArguments_t()

@@ -6,6 +6,7 @@
 #include "compat/win_types.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -80,6 +81,10 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
 void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
                             const std::string& value);
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name);
+// The value as UTF-8 lent to `read` for the length of the call: a document carried in an attribute
+// is read where the platform keeps it as UTF-8, without a copy of its own.
+void dom_read_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+                             const std::function<void(std::string_view)>& read);
 GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& name);
 
 // Every child as an element: a comment or text child is a failure, not a skip.

@@ -398,6 +398,11 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
     return std::string(attribute_value(element, name));
 }
 
+void dom_read_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+                             const std::function<void(std::string_view)>& read) {
+    read(attribute_value(element, name));
+}
+
 namespace {
 
 pugi::xml_node appended_child(pugi::xml_node parent, const char* name) {

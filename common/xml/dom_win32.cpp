@@ -212,6 +212,12 @@ std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstr
     return to_utf8(dom_get_attribute(element, name));
 }
 
+// The platform's DOM keeps wide text: the value is converted first.
+void dom_read_attribute_utf8(const dom_element_t& element, const std::wstring& name,
+                             const std::function<void(std::string_view)>& read) {
+    read(dom_get_attribute_utf8(element, name));
+}
+
 // The platform's DOM has no shorter way.
 void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
                                   std::string_view ascii_attribute, const char* value) {
