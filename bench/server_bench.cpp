@@ -6,6 +6,7 @@
 #include "invoke/invoke_server_com.h"
 #include "invoke/pipe_invoke_server.h"
 #include "invoke/pipe_text.h"
+#include "tool/process_platform.h"
 
 #include <benchmark/benchmark.h>
 
@@ -47,6 +48,9 @@ int main(int argc, char** argv) {
     // The tool's main thread holds COM for its whole run, so each request's own scope only nests
     // in it; the floor's documents need it too. Nothing where the platform has no COM.
     const wrap::CRequestComScope com;
+    // The requests are served with the allocator set as the tool sets it; the floor runs with
+    // the same setting.
+    KeepFreedMemoryForNextRequests();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

@@ -35,6 +35,7 @@ std::vector<std::wstring> CollectArguments() {
 
 int main(int argc, char* argv[]) {
     try {
+        KeepFreedMemoryForNextRequests();
         const std::vector<std::wstring> arguments = CollectArguments();
         logging::start_common_library("Mirrack.log", arguments);
 

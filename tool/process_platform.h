@@ -9,6 +9,10 @@
 // without doing anything.
 HRESULT InitializeComSecurityForProcess();
 
+// The allocator keeps what a request of megabytes frees for the next one, rather than giving it
+// back to the system and taking it again page by page: the server polls with such requests.
+void KeepFreedMemoryForNextRequests();
+
 // Ends the process at once with the given code: no destructors, no exit list.
 [[noreturn]] void TerminateProcessNow(int exitCode);
 

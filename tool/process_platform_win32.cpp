@@ -7,6 +7,9 @@ HRESULT InitializeComSecurityForProcess() {
                                 RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_STATIC_CLOAKING, nullptr);
 }
 
+// The system's heap keeps freed memory for reuse by itself.
+void KeepFreedMemoryForNextRequests() {}
+
 void TerminateProcessNow(int exitCode) {
     ExitProcess(static_cast<UINT>(exitCode));
 }
