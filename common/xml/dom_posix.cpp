@@ -123,51 +123,42 @@ bool ascii_iequals(std::string_view a, std::string_view b) {
                       [&](char x, char y) { return fold(x) == fold(y); });
 }
 
-// Names and values cross as UTF-8 for one pugixml call each. Nearly all of them are short
-// ASCII text, which is narrowed on the stack; the rest goes through the strict conversion.
-class utf8_arg_t {
+// Names and values cross to pugixml as zero-terminated UTF-8, for one call each. Nearly all of
+// them are short ASCII text, which goes on the stack; wide text that is not goes through the
+// strict conversion.
+class c_text_t {
 public:
-    explicit utf8_arg_t(const std::wstring& text) {
-        if (text.size() < sizeof(short_) && format_impl::ascii::narrow_prefix(text, short_) == text.size()) {
-            // A zero character ends the text here as it ends the converted one.
-            short_[text.size()] = '\0';
-            text_ = short_;
+    explicit c_text_t(std::string_view utf8) {
+        if (utf8.size() < sizeof(short_)) {
+            std::memcpy(short_, utf8.data(), utf8.size());
+            use_short(utf8.size());
         } else {
-            long_ = to_utf8(text);
-            text_ = long_.c_str();
+            use_long(std::string(utf8));
         }
     }
-    utf8_arg_t(const utf8_arg_t&) = delete;
-    utf8_arg_t& operator=(const utf8_arg_t&) = delete;
+    explicit c_text_t(const std::wstring& text) {
+        // A zero character ends the text here as it ends the converted one.
+        if (text.size() < sizeof(short_) && format_impl::ascii::narrow_prefix(text, short_) == text.size())
+            use_short(text.size());
+        else
+            use_long(to_utf8(text));
+    }
+    c_text_t(const c_text_t&) = delete;
+    c_text_t& operator=(const c_text_t&) = delete;
 
     const char* c_str() const noexcept { return text_; }
 
 private:
+    void use_short(std::size_t size) {
+        short_[size] = '\0';
+        text_ = short_;
+    }
+    void use_long(std::string text) {
+        long_ = std::move(text);
+        text_ = long_.c_str();
+    }
+
     char short_[256];
-    std::string long_;
-    const char* text_ = nullptr;
-};
-
-// pugixml takes zero-terminated names; the short ones that nearly all are go on the stack.
-class zero_terminated_t {
-public:
-    explicit zero_terminated_t(std::string_view text) {
-        if (text.size() < sizeof(short_)) {
-            std::memcpy(short_, text.data(), text.size());
-            short_[text.size()] = '\0';
-            text_ = short_;
-        } else {
-            long_.assign(text);
-            text_ = long_.c_str();
-        }
-    }
-    zero_terminated_t(const zero_terminated_t&) = delete;
-    zero_terminated_t& operator=(const zero_terminated_t&) = delete;
-
-    const char* c_str() const noexcept { return text_; }
-
-private:
-    char short_[64];
     std::string long_;
     const char* text_ = nullptr;
 };
@@ -362,7 +353,7 @@ pugi::xml_attribute attribute_to_set(const dom_element_t& element, const char* n
 const char* attribute_value(const dom_element_t& element, const std::wstring& name) {
     dom_element_native_t& native = native_of(element);
     const pugi::xml_attribute attribute =
-        native.node.attribute(utf8_arg_t(name).c_str(), native.next_attribute);
+        native.node.attribute(c_text_t(name).c_str(), native.next_attribute);
     if (!attribute)
         dom_platform::throw_unexpected_attribute_type(1, name);
     return attribute.value();
@@ -372,8 +363,8 @@ const char* attribute_value(const dom_element_t& element, const std::wstring& na
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
     try {
-        pugi::xml_attribute attribute = attribute_to_set(element, utf8_arg_t(name).c_str());
-        attribute.set_value(utf8_arg_t(value).c_str());
+        pugi::xml_attribute attribute = attribute_to_set(element, c_text_t(name).c_str());
+        attribute.set_value(c_text_t(value).c_str());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", to_ansi_nothrow(name), e);
     }
@@ -383,7 +374,7 @@ void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii
                             const std::string& value) {
     try {
         // Nothing to check: here a conversion between UTF-8 and wide text never fails.
-        pugi::xml_attribute attribute = attribute_to_set(element, zero_terminated_t(ascii_name).c_str());
+        pugi::xml_attribute attribute = attribute_to_set(element, c_text_t(ascii_name).c_str());
         attribute.set_value(value.c_str());
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", std::string(ascii_name), e);
@@ -420,11 +411,11 @@ void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view 
                                   std::string_view ascii_attribute, const char* value) {
     pugi::xml_node child;
     try {
-        child = appended_child(native_of(parent).node, zero_terminated_t(ascii_name).c_str());
+        child = appended_child(native_of(parent).node, c_text_t(ascii_name).c_str());
     } catch (const std::exception& e) {
         dom_platform::rethrow_child_failure(std::string(ascii_name), e);
     }
-    child.append_attribute(zero_terminated_t(ascii_attribute).c_str()).set_value(value);
+    child.append_attribute(c_text_t(ascii_attribute).c_str()).set_value(value);
 }
 
 namespace dom_platform {
@@ -438,15 +429,15 @@ dom_element_t append_to(dom_node_native_t& parent, const char* name) {
 } // namespace
 
 dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
-    return append_to(native_of(parent), utf8_arg_t(name).c_str());
+    return append_to(native_of(parent), c_text_t(name).c_str());
 }
 
 dom_element_t append_new_element(const dom_node_t& parent, std::string_view ascii_name) {
-    return append_to(native_of(parent), zero_terminated_t(ascii_name).c_str());
+    return append_to(native_of(parent), c_text_t(ascii_name).c_str());
 }
 
 dom_element_t append_new_element(const dom_element_t& parent, std::string_view ascii_name) {
-    return append_to(native_of(parent), zero_terminated_t(ascii_name).c_str());
+    return append_to(native_of(parent), c_text_t(ascii_name).c_str());
 }
 
 std::vector<dom_element_t> child_elements(const dom_node_t& node) {
@@ -463,7 +454,7 @@ std::vector<dom_element_t> child_elements(const dom_node_t& node) {
 std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
                                                  std::size_t limit) {
     const dom_node_native_t& parent = native_of(node);
-    const utf8_arg_t tag_utf8(tag);
+    const c_text_t tag_utf8(tag);
     std::vector<dom_element_t> elements;
     for (pugi::xml_node child = parent.node.first_child(); child && elements.size() < limit;
          child = child.next_sibling()) {
