@@ -61,27 +61,34 @@ inline std::optional<GUID> parse_uuid_text(std::wstring_view text) {
     return id;
 }
 
-// Lower case, without braces. Written digit by digit: the C library's wide formatter costs
-// several times more, and the answer to every status poll carries an id.
-inline std::wstring uuid_text(const GUID& id) {
-    static constexpr wchar_t digits[] = L"0123456789abcdef";
-    std::wstring text(36, L'-');
+inline constexpr std::size_t uuid_text_length = 36;
+
+// Lower case, without braces, the 36 characters at text. Written digit by digit: the C library's
+// wide formatter costs several times more, and the answer to every status poll carries an id.
+template <class Char> void put_uuid_text(const GUID& id, Char* text) {
+    static constexpr char digits[] = "0123456789abcdef";
     std::size_t pos = 0;
     auto put = [&](std::uint32_t value, int count) {
         for (int shift = 4 * (count - 1); shift >= 0; shift -= 4)
-            text[pos++] = digits[(value >> shift) & 0xF];
+            text[pos++] = static_cast<Char>(digits[(value >> shift) & 0xF]);
     };
+    auto hyphen = [&] { text[pos++] = static_cast<Char>('-'); };
     put(id.Data1, 8);
-    ++pos;
+    hyphen();
     put(id.Data2, 4);
-    ++pos;
+    hyphen();
     put(id.Data3, 4);
-    ++pos;
+    hyphen();
     put(id.Data4[0], 2);
     put(id.Data4[1], 2);
-    ++pos;
+    hyphen();
     for (std::size_t i = 2; i < 8; ++i)
         put(id.Data4[i], 2);
+}
+
+inline std::wstring uuid_text(const GUID& id) {
+    std::wstring text(uuid_text_length, L'\0');
+    put_uuid_text(id, text.data());
     return text;
 }
 

@@ -9,15 +9,15 @@ namespace wrap {
 namespace {
 
 // The log that the trace goes to, if anything is written yet: before that, a document of megabytes
-// would be joined into a line for nothing.
-std::shared_ptr<logging::log_t> trace_log() {
-    std::shared_ptr<logging::log_t> log = logging::rpc_logger().log;
-    return log && log->has_receiver() ? log : nullptr;
+// would be joined into a line for nothing. The handle holds the log for the process's life.
+logging::log_t* trace_log() {
+    logging::log_t* const log = logging::rpc_logger().log.get();
+    return log != nullptr && log->has_receiver() ? log : nullptr;
 }
 
 // Joined in storage sized once, and handed to the log as the message itself: the document runs to
 // megabytes, and the template "%1" would only copy it once more.
-void trace_call(const std::shared_ptr<logging::log_t>& log, std::string_view tag, std::string_view command,
+void trace_call(logging::log_t* log, std::string_view tag, std::string_view command,
                 std::string_view document) {
     std::string line;
     line.reserve(tag.size() + command.size() + 1 + document.size());
@@ -47,14 +47,14 @@ void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstri
 }
 
 void IInvokeDispatcher::OnSoapEnter(std::string_view command, std::string_view request) {
-    if (const std::shared_ptr<logging::log_t> log = trace_log()) {
+    if (logging::log_t* const log = trace_log()) {
         log_trace(logging::rpc_logger(), "%1", std::string());
         trace_call(log, "[SoapEnter] ", command, request);
     }
 }
 
 void IInvokeDispatcher::OnSoapExit(std::string_view command, std::string_view response) {
-    if (const std::shared_ptr<logging::log_t> log = trace_log())
+    if (logging::log_t* const log = trace_log())
         trace_call(log, "[SoapExit] ", command, without_trailing_crlf(response));
 }
 

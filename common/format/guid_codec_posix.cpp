@@ -15,6 +15,11 @@ std::wstring uuid_to_text(const GUID& guid) {
     return compat::uuid_text(guid);
 }
 
+bool uuid_to_ascii(const GUID& guid, char* text) {
+    compat::put_uuid_text(guid, text);
+    return true;
+}
+
 std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid) {
     const std::optional<GUID> parsed = compat::parse_uuid_text(text);
     if (!parsed)

@@ -15,6 +15,15 @@ std::wstring uuid_to_text(const GUID& guid) {
     return result;
 }
 
+bool uuid_to_ascii(const GUID& guid, char* text) {
+    const std::wstring wide = uuid_to_text(guid);
+    if (wide.size() != uuid_ascii_length)
+        return false;
+    for (std::size_t i = 0; i < wide.size(); ++i)
+        text[i] = static_cast<char>(wide[i]);
+    return true;
+}
+
 std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid) {
     std::wstring copy(text);
     return static_cast<std::uint32_t>(UuidFromStringW(reinterpret_cast<RPC_WSTR>(copy.data()), &guid));
