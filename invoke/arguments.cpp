@@ -128,7 +128,7 @@ dom_element_t OutputArguments_t::CreateElement(const std::string& name) {
 }
 
 void OutputArguments_t::WriteText(const std::string& name, const std::wstring& value) {
-    dom_set_attribute(CreateElement(name), names().value, value);
+    dom_add_child_with_attribute(root_, name, value_attribute, value);
 }
 
 // Values that are ASCII by their making go in as they are printed, without wide text between.

@@ -71,6 +71,8 @@ dom_element_t dom_add_child(const dom_element_t& parent, std::string_view ascii_
 // form of nearly every argument of a response, which needs no holder of the element.
 void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
                                   std::string_view ascii_attribute, const char* value);
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const std::wstring& value);
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).

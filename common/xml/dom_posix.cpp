@@ -405,17 +405,31 @@ pugi::xml_node appended_child(pugi::xml_node parent, const char* name) {
 
 } // namespace
 
+namespace {
+
 // The parser's own nodes, with no view or holder between: a response is built from a handful of
 // these on every request.
-void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
-                                  std::string_view ascii_attribute, const char* value) {
+pugi::xml_attribute appended_child_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                             std::string_view ascii_attribute) {
     pugi::xml_node child;
     try {
         child = appended_child(native_of(parent).node, c_text_t(ascii_name).c_str());
     } catch (const std::exception& e) {
         dom_platform::rethrow_child_failure(std::string(ascii_name), e);
     }
-    child.append_attribute(c_text_t(ascii_attribute).c_str()).set_value(value);
+    return child.append_attribute(c_text_t(ascii_attribute).c_str());
+}
+
+} // namespace
+
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const char* value) {
+    appended_child_attribute(parent, ascii_name, ascii_attribute).set_value(value);
+}
+
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const std::wstring& value) {
+    appended_child_attribute(parent, ascii_name, ascii_attribute).set_value(c_text_t(value).c_str());
 }
 
 namespace dom_platform {

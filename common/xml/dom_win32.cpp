@@ -224,6 +224,12 @@ void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view 
     dom_set_attribute_utf8(dom_add_child(parent, ascii_name), ascii_attribute, value);
 }
 
+void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
+                                  std::string_view ascii_attribute, const std::wstring& value) {
+    dom_set_attribute(dom_add_child(parent, ascii_name),
+                      std::wstring(ascii_attribute.begin(), ascii_attribute.end()), value);
+}
+
 namespace dom_platform {
 
 dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
