@@ -77,11 +77,8 @@ void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value);
 // A missing attribute throws (its variant type is VT_NULL).
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name);
-// The same for values that are UTF-8 text already, such as whole documents carried in an
-// attribute: no round trip through wide text. Text that is no UTF-8 fails as its conversion would.
-// The name is ASCII text of the code, as the arguments' attribute names are.
-void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
-                            const std::string& value);
+// The value as UTF-8, for values that go on as UTF-8, such as whole documents carried in an
+// attribute: no round trip through wide text.
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name);
 // The value as UTF-8 lent to `read` for the length of the call: a document carried in an attribute
 // is read where the platform keeps it as UTF-8, without a copy of its own.

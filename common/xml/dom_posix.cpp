@@ -370,17 +370,6 @@ void dom_set_attribute(const dom_element_t& element, const std::wstring& name, c
     }
 }
 
-void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
-                            const std::string& value) {
-    try {
-        // Nothing to check: here a conversion between UTF-8 and wide text never fails.
-        pugi::xml_attribute attribute = attribute_to_set(element, c_text_t(ascii_name).c_str());
-        attribute.set_value(value.c_str());
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to set value of the attribute '%1'.", std::string(ascii_name), e);
-    }
-}
-
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name) {
     return widen_value(attribute_value(element, name));
 }

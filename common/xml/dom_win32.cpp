@@ -203,11 +203,6 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
     return text != nullptr ? std::wstring(text, SysStringLen(text)) : L"";
 }
 
-void dom_set_attribute_utf8(const dom_element_t& element, std::string_view ascii_name,
-                            const std::string& value) {
-    dom_set_attribute(element, std::wstring(ascii_name.begin(), ascii_name.end()), from_utf8(value));
-}
-
 std::string dom_get_attribute_utf8(const dom_element_t& element, const std::wstring& name) {
     return to_utf8(dom_get_attribute(element, name));
 }
@@ -221,7 +216,7 @@ void dom_read_attribute_utf8(const dom_element_t& element, const std::wstring& n
 // The platform's DOM has no shorter way.
 void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
                                   std::string_view ascii_attribute, const char* value) {
-    dom_set_attribute_utf8(dom_add_child(parent, ascii_name), ascii_attribute, value);
+    dom_add_child_with_attribute(parent, ascii_name, ascii_attribute, from_utf8(value));
 }
 
 void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view ascii_name,
