@@ -104,9 +104,16 @@ com_ptr_t<IXMLDOMNodeList> open_children(const dom_node_t& node, const char* ope
     return children;
 }
 
-com_ptr_t<IXMLDOMNode> item_at(const com_ptr_t<IXMLDOMNodeList>& children, long index) {
+// The items are taken in order from the list's own position, one step each, where a fetch by
+// index may walk from the first child every time and make a long list quadratic. The walk asks
+// for every index from 0 in turn; the position is put back to the start before the first one,
+// whoever moved it before, and a failure to do so is the first item's.
+com_ptr_t<IXMLDOMNode> next_item(const com_ptr_t<IXMLDOMNodeList>& children, long index) {
+    HRESULT hr = index == 0 ? children->reset() : S_OK;
     com_ptr_t<IXMLDOMNode> item;
-    check(children->get_item(index, item.put()), "Failed to retrieve collection item by its index (%1).",
+    if (hr == S_OK)
+        hr = children->nextNode(item.put());
+    check(hr, "Failed to retrieve collection item by its index (%1).",
           num_to_string(static_cast<std::int32_t>(index)));
     return item;
 }
@@ -255,7 +262,7 @@ std::vector<dom_element_t> child_elements(const dom_node_t& node) {
                       "Failed to define number of the nodes in the collection.", length);
     std::vector<dom_element_t> elements;
     for (long i = 0; i < length; ++i) {
-        const com_ptr_t<IXMLDOMNode> item = item_at(children, i);
+        const com_ptr_t<IXMLDOMNode> item = next_item(children, i);
         if (!item)
             continue;
         com_ptr_t<IXMLDOMElement> element;
@@ -273,7 +280,7 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
                       "Failed to define dimension of the collection.", length);
     std::vector<dom_element_t> elements;
     for (long i = 0; i < length && elements.size() < limit; ++i) {
-        const com_ptr_t<IXMLDOMNode> item = item_at(children, i);
+        const com_ptr_t<IXMLDOMNode> item = next_item(children, i);
         if (!item)
             continue;
         bstr_result_t name;
