@@ -23,7 +23,10 @@ using files_list_impl::names;
 
 CFilesListItem read_item(const dom_element_t& element) {
     const list_names_t& n = names();
-    const std::uint32_t recursive = iequals(dom_get_attribute_utf8(element, n.recursive), "true") ? 1 : 0;
+    const std::uint32_t recursive =
+        iequals(dom_get_attribute_utf8(element, n.recursive), std::string(files_list_impl::ascii::true_text))
+            ? 1
+            : 0;
     std::wstring path = dom_get_attribute(element, n.path);
     std::wstring mask = dom_get_attribute(element, n.mask);
     std::wstring fullPath = dom_get_attribute(element, n.full_path);

@@ -166,35 +166,43 @@ void put_attribute(text_cursor_t<typename Output::char_type>& out, std::string_v
 constexpr std::size_t item_frame = 100;
 constexpr std::size_t longest_escape = 6;
 
+std::size_t values_size(const CFilesListItem& item) {
+    return item.path.size() + item.mask.size() + item.fullPath.size() + item.relativePath.size();
+}
+
 template <class Output> std::basic_string<typename Output::char_type> write(const ItemsList& items) {
     using string_type = std::basic_string<typename Output::char_type>;
     string_type text;
     std::size_t estimate = 2 * item_frame;
     for (const CFilesListItem& item : items)
-        estimate += item_frame + item.path.size() + item.mask.size() + item.fullPath.size() +
-                    item.relativePath.size();
+        estimate += item_frame + values_size(item);
     text_cursor_t<typename Output::char_type> out(text, estimate);
+    const list_names_t& n = names();
     if (items.empty()) {
-        out.put("<FilesList/>");
+        out.put('<');
+        out.put(ascii::root);
+        out.put("/>");
         out.finish();
         return text;
     }
-    out.put("<FilesList>");
-    const std::wstring true_text = L"true";
-    const std::wstring false_text = L"false";
+    out.put('<');
+    out.put(ascii::root);
+    out.put('>');
     for (const CFilesListItem& item : items) {
-        out.make_room(item_frame + longest_escape * (item.path.size() + item.mask.size() +
-                                                     item.fullPath.size() + item.relativePath.size()));
-        out.put("<File");
-        put_attribute<Output>(out, "Recursive", item.recursive != 0 ? true_text : false_text);
-        put_attribute<Output>(out, "Path", item.path);
-        put_attribute<Output>(out, "Mask", item.mask);
-        put_attribute<Output>(out, "FullPath", item.fullPath);
-        put_attribute<Output>(out, "RelativePath", item.relativePath);
+        out.make_room(item_frame + longest_escape * values_size(item));
+        out.put('<');
+        out.put(ascii::item);
+        put_attribute<Output>(out, ascii::recursive, item.recursive != 0 ? n.true_text : n.false_text);
+        put_attribute<Output>(out, ascii::path, item.path);
+        put_attribute<Output>(out, ascii::mask, item.mask);
+        put_attribute<Output>(out, ascii::full_path, item.fullPath);
+        put_attribute<Output>(out, ascii::relative_path, item.relativePath);
         out.put("/>");
     }
     out.make_room(item_frame);
-    out.put("</FilesList>");
+    out.put("</");
+    out.put(ascii::root);
+    out.put('>');
     out.finish();
     return text;
 }

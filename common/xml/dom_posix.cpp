@@ -10,7 +10,6 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -391,10 +390,6 @@ pugi::xml_node appended_child(pugi::xml_node parent, const char* name) {
         throw exc::com_exc_t(E_FAIL, "Failed to append node to the child nodes list.");
     return element;
 }
-
-} // namespace
-
-namespace {
 
 // The parser's own nodes, with no view or holder between: a response is built from a handful of
 // these on every request.
