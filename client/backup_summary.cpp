@@ -12,14 +12,14 @@ namespace client {
 namespace {
 
 struct column_widths_t {
-    std::size_t vm = 2;
-    std::size_t files = 5;
-    std::size_t bytes = 5;
+    std::size_t vm;
+    std::size_t files;
+    std::size_t bytes;
 };
 
 column_widths_t widths_of(const std::vector<vm_summary_row_t>& rows, std::size_t totalFiles,
-                          std::uint64_t totalBytes) {
-    column_widths_t widths;
+                          std::uint64_t totalBytes, const summary_columns_t& columns) {
+    column_widths_t widths{2, columns.files.size(), columns.bytes.size()};
     widths.vm = std::max(widths.vm, std::string("Total").size());
     for (const vm_summary_row_t& row : rows)
         widths.vm = std::max(widths.vm, to_ansi_nothrow(row.vmId).size());
@@ -42,15 +42,16 @@ void print_row(std::ostream& out, const column_widths_t& widths, const std::stri
 
 } // namespace
 
-void PrintBackupSummary(const std::vector<vm_summary_row_t>& rows, std::ostream& out) {
+void PrintBackupSummary(const std::vector<vm_summary_row_t>& rows, std::ostream& out,
+                        const summary_columns_t& columns) {
     std::size_t totalFiles = 0;
     std::uint64_t totalBytes = 0;
     for (const vm_summary_row_t& row : rows) {
         totalFiles += row.files;
         totalBytes += row.bytes;
     }
-    const column_widths_t widths = widths_of(rows, totalFiles, totalBytes);
-    print_row(out, widths, "VM", "Files", "Bytes", "Status");
+    const column_widths_t widths = widths_of(rows, totalFiles, totalBytes, columns);
+    print_row(out, widths, "VM", columns.files, columns.bytes, "Status");
     for (const vm_summary_row_t& row : rows)
         print_row(out, widths, to_ansi_nothrow(row.vmId), std::to_string(row.files),
                   FormatByteCount(row.bytes), row.status);

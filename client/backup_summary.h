@@ -17,6 +17,13 @@ struct vm_summary_row_t {
     std::vector<std::string> notes;
 };
 
-void PrintBackupSummary(const std::vector<vm_summary_row_t>& rows, std::ostream& out);
+// The headings of the counted columns: a backup counts files and bytes copied.
+struct summary_columns_t {
+    std::string files = "Files";
+    std::string bytes = "Bytes";
+};
+
+void PrintBackupSummary(const std::vector<vm_summary_row_t>& rows, std::ostream& out,
+                        const summary_columns_t& columns = {});
 
 } // namespace client

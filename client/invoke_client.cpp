@@ -33,9 +33,19 @@ CResponse CInvokeClient::Call(const std::wstring& command, const CRequestArgumen
 }
 
 std::wstring CInvokeClient::Exchange(const std::wstring& requestText) {
-    if (!SendMessage(win::pipes::EncodeFrameText(requestText)))
+    exchange_t exchange{requestText, L"", std::chrono::steady_clock::now(), {}};
+    const auto tell = [&] {
+        exchange.answered = std::chrono::steady_clock::now();
+        if (observer)
+            observer(exchange);
+    };
+    if (!SendMessage(win::pipes::EncodeFrameText(requestText))) {
+        tell();
         throw exc::runtime_exc_t("The server closed the pipe before the request was sent.");
+    }
     std::optional<std::wstring> response = ReceiveFrame();
+    exchange.response = response.value_or(L"");
+    tell();
     if (!response)
         throw exc::runtime_exc_t("The server closed the pipe without a response.");
     return *response;

@@ -7,6 +7,8 @@
 #include "compat/win_types.h"
 #include "invoke/pipe_handler.h"
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +20,15 @@ inline constexpr DWORD default_connect_timeout_ms = 10000;
 
 // "\\.\pipe\<name>", the path that a server started with that pipe name creates.
 std::wstring PipePathOf(const std::wstring& pipeName);
+
+// One request and its answer as they crossed the pipe; the answer is empty when none came.
+struct exchange_t {
+    std::wstring request;
+    std::wstring response;
+    std::chrono::steady_clock::time_point sent;
+    std::chrono::steady_clock::time_point answered;
+};
+using exchange_observer_t = std::function<void(const exchange_t& exchange)>;
 
 class CInvokeClient {
 public:
@@ -39,12 +50,16 @@ public:
     // Closes the connection; the server takes it as the end of the session.
     void Disconnect();
 
+    // Tells the observer of every exchange from now on, for a transcript of the session.
+    void Observe(exchange_observer_t exchangeObserver) { observer = std::move(exchangeObserver); }
+
     explicit CInvokeClient(std::shared_ptr<win::pipes::pipe_channel_t> channel);
 
 private:
     win::pipes::pipe_channel_t& Channel() const;
 
     std::shared_ptr<win::pipes::pipe_channel_t> channel;
+    exchange_observer_t observer;
 };
 
 // The request text of a command.

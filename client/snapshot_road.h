@@ -19,6 +19,8 @@ namespace client {
 class server_failure_exc_t : public std::runtime_error {
 public:
     server_failure_exc_t(const std::string& heading, const std::wstring& serverText);
+    // A road that can't go on with what the server answered, in the road's own words.
+    explicit server_failure_exc_t(const std::string& text) : std::runtime_error(text) {}
 };
 
 // A command's response when it is a success; a failure frame throws server_failure_exc_t.

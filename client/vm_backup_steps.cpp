@@ -66,22 +66,33 @@ std::vector<vm_copy_t> ListVmItems(const vm_items_source_t& itemsOf, const std::
     return copies;
 }
 
-std::vector<vm_summary_row_t> ReportVms(CInvokeClient& connection, const backup_arguments_t& arguments,
-                                        const std::vector<spec_vm_t>& vms,
-                                        const std::vector<vm_copy_t>& copies) {
+vm_items_work_t BackupWork(const backup_arguments_t& arguments) {
+    return {"Copying into " + arguments.targetDir.string() + ":", arguments.targetDir, &CopyVmItems,
+            [failVms = arguments.failVms](const spec_vm_t& vm, const vm_copy_t& copy) {
+                const bool failedOnRequest = IsListed(failVms, vm.guid);
+                return vm_verdict_t{!failedOnRequest && copy.Complete(), status_text(failedOnRequest, copy)};
+            }};
+}
+
+std::vector<vm_summary_row_t> WorkAndReportVms(CInvokeClient& host, const vm_items_source_t& itemsOf,
+                                               const std::vector<spec_vm_t>& vms, const vm_items_work_t& work,
+                                               std::ostream& out) {
+    std::vector<vm_copy_t> copies = ListVmItems(itemsOf, vms, work.dir, out);
+    out << work.heading << '\n';
+    work.run(copies, out);
     std::vector<vm_summary_row_t> rows;
     for (std::size_t i = 0; i < vms.size(); ++i) {
-        const bool failedOnRequest = IsListed(arguments.failVms, vms[i].guid);
-        ReportVmStatus(connection, vms[i].guid, !failedOnRequest && copies[i].Complete());
-        rows.push_back({vms[i].id, copies[i].filesCopied, copies[i].bytesCopied,
-                        status_text(failedOnRequest, copies[i]), copies[i].failures});
+        const vm_verdict_t verdict = work.verdict(vms[i], copies[i]);
+        ReportVmStatus(host, vms[i].guid, verdict.succeeded);
+        rows.push_back(
+            {vms[i].id, copies[i].filesCopied, copies[i].bytesCopied, verdict.status, copies[i].failures});
     }
     return rows;
 }
 
-int CopiesExitStatus(const std::vector<vm_copy_t>& copies) {
-    for (const vm_copy_t& copy : copies) {
-        if (!copy.Complete())
+int RowsExitStatus(const std::vector<vm_summary_row_t>& rows) {
+    for (const vm_summary_row_t& row : rows) {
+        if (!row.notes.empty())
             return exit_error_response;
     }
     return exit_success;

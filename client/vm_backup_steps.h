@@ -1,6 +1,5 @@
-// The steps that the on-host and the off-host backups of mirrack-client share: the
-// wait line, each VM's items planned for the copy, the reports to the host and the
-// exit status of the road.
+// The steps that the roads of mirrack-client share: the wait line, each VM's items
+// planned, the work on them, the reports to the host and the exit status of the road.
 #pragma once
 
 #include "client/backup_arguments.h"
@@ -32,12 +31,31 @@ using vm_items_source_t = std::function<ItemsList(const spec_vm_t& vm)>;
 std::vector<vm_copy_t> ListVmItems(const vm_items_source_t& itemsOf, const std::vector<spec_vm_t>& vms,
                                    const std::filesystem::path& dir, std::ostream& out);
 
-// Reports every VM to the host task and returns the summary's rows.
-std::vector<vm_summary_row_t> ReportVms(CInvokeClient& connection, const backup_arguments_t& arguments,
-                                        const std::vector<spec_vm_t>& vms,
-                                        const std::vector<vm_copy_t>& copies);
+// Whether a VM is reported backed up to the host task, and the summary's word for it.
+struct vm_verdict_t {
+    bool succeeded = false;
+    std::string status;
+};
 
-// exit_success when every VM was copied whole, else exit_error_response.
-int CopiesExitStatus(const std::vector<vm_copy_t>& copies);
+// What a road does with the items on the shadow copies once they are listed: a backup
+// copies them, a check reads samples of them. Each VM then gets its verdict.
+struct vm_items_work_t {
+    std::string heading;       // the line before the work
+    std::filesystem::path dir; // where the items are planned to go
+    std::function<void(std::vector<vm_copy_t>& vms, std::ostream& out)> run;
+    std::function<vm_verdict_t(const spec_vm_t& vm, const vm_copy_t& copy)> verdict;
+};
+
+// Copies into --to; a VM is backed up when all of it was copied and no --fail-vm names it.
+vm_items_work_t BackupWork(const backup_arguments_t& arguments);
+
+// Lists each VM's items, does the work on them and reports every VM to the host task;
+// the summary's rows.
+std::vector<vm_summary_row_t> WorkAndReportVms(CInvokeClient& host, const vm_items_source_t& itemsOf,
+                                               const std::vector<spec_vm_t>& vms, const vm_items_work_t& work,
+                                               std::ostream& out);
+
+// exit_success when no VM has a failure noted, else exit_error_response.
+int RowsExitStatus(const std::vector<vm_summary_row_t>& rows);
 
 } // namespace client

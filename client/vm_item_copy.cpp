@@ -5,6 +5,7 @@
 #include "client/terminal.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/win/path.h"
 
 #include <fstream>
 #include <vector>
@@ -86,7 +87,8 @@ item_copy_t PlanItemCopy(const CFilesListItem& item, const std::filesystem::path
     if (error)
         throw exc::runtime_exc_t("The file [%1] can't be read: %2", to_ansi_nothrow(item.fullPath),
                                  error.message());
-    return {item.fullPath, *source, TargetPathOfItem(vmDir, item.relativePath), size};
+    return {item.fullPath, *source, TargetPathOfItem(vmDir, item.relativePath), size,
+            win::path_join(item.path, item.relativePath)};
 }
 
 std::uint64_t CopyItemContents(const std::filesystem::path& source, const std::filesystem::path& target,
@@ -144,18 +146,18 @@ vm_copy_t PlanVmCopy(const std::wstring& vmFolder, const ItemsList& items, const
     return vm;
 }
 
-void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out) {
+void ProcessVmItems(std::vector<vm_copy_t>& vms, std::ostream& out, const item_action_t& action,
+                    const item_weight_t& weight) {
     std::uint64_t total = 0;
     for (const vm_copy_t& vm : vms) {
         for (const item_copy_t& item : vm.items)
-            total += item.size;
+            total += weight(item);
     }
     CByteProgressBar bar(out, total, IsTerminal(out));
     for (vm_copy_t& vm : vms) {
         for (const item_copy_t& item : vm.items) {
             try {
-                vm.bytesCopied += CopyItemContents(item.source, item.target,
-                                                   [&bar](std::uint64_t bytes) { bar.Advance(bytes); });
+                vm.bytesCopied += action(item, [&bar](std::uint64_t bytes) { bar.Advance(bytes); });
                 ++vm.filesCopied;
             } catch (const std::exception& e) {
                 vm.failures.push_back(exc::exception_text(e));
@@ -163,6 +165,15 @@ void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out) {
         }
     }
     bar.Finish();
+}
+
+void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out) {
+    ProcessVmItems(
+        vms, out,
+        [](const item_copy_t& item, const bytes_copied_t& moved) {
+            return CopyItemContents(item.source, item.target, moved);
+        },
+        [](const item_copy_t& item) { return item.size; });
 }
 
 } // namespace client

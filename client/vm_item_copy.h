@@ -24,6 +24,7 @@ struct item_copy_t {
     std::filesystem::path source;
     std::filesystem::path target;
     std::uint64_t size = 0;
+    std::wstring livePath; // the file on the live volume: the spec's folder and the relative path
 };
 
 // Where the item is read and written, and its size. Throws exc::runtime_exc_t when
@@ -52,9 +53,18 @@ struct vm_copy_t {
 // Plans every item; an item that can't be planned becomes a failure line of the VM.
 vm_copy_t PlanVmCopy(const std::wstring& vmFolder, const ItemsList& items, const std::filesystem::path& dir);
 
-// Copies every planned item of every VM under one progress bar in bytes on out
-// (redrawn in place on a terminal).
-// A failed item is noted on its VM and the copy goes on with the next one.
+// What is done with one item: the bytes it moved, told piece by piece as well. Throws on failure.
+using item_action_t = std::function<std::uint64_t(const item_copy_t& item, const bytes_copied_t& moved)>;
+// The bytes that the action will move for an item, for the progress bar's total.
+using item_weight_t = std::function<std::uint64_t(const item_copy_t& item)>;
+
+// The action on every planned item of every VM under one progress bar in bytes on out
+// (redrawn in place on a terminal), counted in filesCopied and bytesCopied. A failed item
+// is noted on its VM and the work goes on with the next one.
+void ProcessVmItems(std::vector<vm_copy_t>& vms, std::ostream& out, const item_action_t& action,
+                    const item_weight_t& weight);
+
+// Copies every planned item of every VM, as ProcessVmItems does.
 void CopyVmItems(std::vector<vm_copy_t>& vms, std::ostream& out);
 
 } // namespace client

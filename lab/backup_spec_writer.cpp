@@ -2,52 +2,51 @@
 
 #include "lab/sample_host.h"
 
-#include "hostsim/wide_text.h"
+#include "client/backup_spec_writer.h"
+#include "common/format/format.h"
 
-#include <pugixml.hpp>
+#include <fstream>
+#include <stdexcept>
 
 namespace lab {
 
 namespace {
 
-void add_provider(pugi::xml_node parent, const char* element, int type, const std::wstring& id,
-                  const std::wstring& mount_point) {
-    auto node = parent.append_child(element);
-    node.append_attribute("type") = type;
-    node.append_attribute("id") = hostsim::to_utf8(id).c_str();
-    if (!mount_point.empty())
-        node.append_attribute("volMountPoint") = hostsim::to_utf8(mount_point).c_str();
+client::spec_provider_t provider(client::provider_kind_t kind, const wchar_t* id,
+                                 const wchar_t* mount_point) {
+    return {kind, string_to_guid(std::wstring(id)), mount_point};
 }
 
 } // namespace
 
 void write_backup_spec(const std::filesystem::path& file, const std::vector<sample_vm_t>& vms, bool offhost) {
-    pugi::xml_document doc;
-    auto spec = doc.append_child("HVBackupSpec");
-    auto list = spec.append_child("VMs");
+    using client::provider_kind_t;
+    client::backup_spec_t spec;
     for (auto& vm : vms) {
         // A share can't be carried to a proxy: the off-host backup leaves that VM out.
         if (offhost && vm.place == vm_place::smb)
             continue;
-        auto node = list.append_child("VM");
-        node.append_attribute("id") = hostsim::to_utf8(vm.id).c_str();
-        node.append_attribute("crashConsistent") = "0";
+        client::spec_vm_entry_t entry{vm.id, false, {}, {}};
         if (!vm.aux_file.empty())
-            node.append_child("aux_file").append_attribute("path") = hostsim::to_utf8(vm.aux_file).c_str();
+            entry.auxFiles.push_back(vm.aux_file);
+        spec.vms.push_back(entry);
     }
     if (offhost) {
-        add_provider(spec, "VSSProvider", 3, hardware_provider_id, L"");
+        spec.defaultProvider = provider(provider_kind_t::hardware, hardware_provider_id, L"");
     } else {
-        add_provider(spec, "VSSProvider", 1, L"{b5946137-7b9f-4925-af80-51abd60b20d5}", L"");
-        auto volumes = spec.append_child("volumes");
-        add_provider(volumes, "volProvider", 5, L"{400a2ff4-5eb1-44b0-8a05-1fcac0bcf9ff}",
-                     L"C:\\ClusterStorage\\Volume1\\");
-        add_provider(volumes, "volProvider", 4, L"{89300202-3cec-4981-9171-19f59559e0f2}",
-                     L"\\\\fs01\\vms\\");
+        spec.defaultProvider =
+            provider(provider_kind_t::system, L"{b5946137-7b9f-4925-af80-51abd60b20d5}", L"");
+        spec.volumeProviders = {provider(provider_kind_t::csv, L"{400a2ff4-5eb1-44b0-8a05-1fcac0bcf9ff}",
+                                         L"C:\\ClusterStorage\\Volume1\\"),
+                                provider(provider_kind_t::fileshare,
+                                         L"{89300202-3cec-4981-9171-19f59559e0f2}", L"\\\\fs01\\vms\\")};
     }
-    spec.append_child("Offhost").append_attribute("type") = offhost ? 1 : 0;
-    spec.append_child("Settings").append_attribute("UseCsvVssWriter") = "true";
-    doc.save_file(file.c_str(), "  ");
+    spec.offhost = offhost;
+    spec.useCsvWriter = true;
+    std::ofstream out(file, std::ios::binary);
+    out << client::WriteBackupSpec(spec);
+    if (!out)
+        throw std::runtime_error("cannot write " + file.string());
 }
 
 } // namespace lab
