@@ -215,3 +215,24 @@ TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
     EXPECT_FALSE(contains(tools.proxyRun.LogText(), "Starting import of the off-host snapshot."));
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
 }
+
+TEST(OffhostClient, AFieldCheckReadsSamplesOnTheProxyAndReportsBothToolsSteps) {
+    offhost_tools_t tools;
+    const fs::path report = tools.hosts.HostDir().parent_path() / "report.txt";
+    std::ostringstream out, err;
+    const int status = client::RunClient({"check", "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec",
+                                          (tools.hosts.HostDir() / "spec-offhost.xml").string(), "--report",
+                                          report.string()},
+                                         out, err);
+    EXPECT_EQ(status, client::exit_success) << out.str() << err.str();
+    EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
+    EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
+    const std::string text = read_file(report);
+    for (const char* part : {"Result: passed\n", "\nImport on the proxy ", "\nSnapshot creation on the host ",
+                             "proxy <- cmd:ConvertOffhostPaths", "host <- cmd:SetVmBackupStatus",
+                             "versions unknown: give the check --tool-log"})
+        EXPECT_TRUE(contains(text, part)) << part << "\n" << text;
+    EXPECT_FALSE(contains(read_file(tools.hosts.HostDir() / "state" / "backups.txt"), "\tsucceeded"));
+    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
+    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
+}

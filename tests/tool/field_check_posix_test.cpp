@@ -1,0 +1,127 @@
+// POSIX only: the road runs on a simulated host made by mirrack-lab.
+// mirrack-client spec and check against the real mirrack: a healthy host, a VM one of whose
+// listed files can't be read, and a writer that fails. Nothing is copied, the writer hears
+// of no backup, the host is left clean, and the report holds what an administrator sends.
+#include "tool_run_posix.h"
+
+#include "client/subcommand.h"
+#include "lab/sample_host.h"
+#include "tests/support/host_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using test_support::contains;
+
+const std::string vm1 = "83F4C5F7-1401-4A04-A996-506A4DEA6810";
+const std::string vm2 = "26882B39-53FB-470F-8EBE-5938C39FCD0F";
+const std::string unreadable = "C:\\Hyper-V\\vm1\\Virtual Hard Disks\\gone.vhdx";
+
+struct check_run_t {
+    int status = -1;
+    std::string out;
+    std::string report;
+};
+
+class FieldCheck : public ::testing::Test {
+protected:
+    // The sample host with its disks larger than the check's two samples, and hostXml
+    // inserted where the host file's marker stands.
+    void MakeHost(const std::string& marker = "", const std::string& inserted = "") {
+        lab::sample_options_t options;
+        options.file_size = 3 << 20;
+        lab::create_sample_host(host, options);
+        std::string xml = read_file(host / "host.xml");
+        if (!marker.empty())
+            xml.insert(xml.find(marker), inserted);
+        std::ofstream(host / "host.xml", std::ios::binary) << xml;
+    }
+
+    check_run_t Check() {
+        std::ostringstream out, err;
+        EXPECT_EQ(client::RunClient({"spec", "--vm", vm1, "--vm", vm2, "-o", (host / "trial.xml").string()},
+                                    out, err),
+                  client::exit_success)
+            << err.str();
+        const fs::path log = host / "trial.log";
+        std::vector<std::string> tokens = ToolRun::PipeMode();
+        tokens.insert(tokens.end(), {"-log", log.string()});
+        ToolRun tool(tokens, {}, host);
+        ::setenv("MIRRACK_PIPE_DIR", tool.PipeFolder().c_str(), 1);
+        check_run_t run;
+        run.status =
+            client::RunClient({"--pipe", ToolRun::pipeName, "check", "--spec", (host / "trial.xml").string(),
+                               "--report", (host / "report.md").string(), "--tool-log", log.string()},
+                              out, err);
+        run.out = out.str() + err.str();
+        EXPECT_EQ(tool.WaitForExit(), 0) << run.out;
+        run.report = read_file(host / "report.md");
+        // The writer never hears of a backup, and no shadow copy is left behind.
+        for (const std::string& line : folder.state_lines("backups.txt"))
+            EXPECT_FALSE(contains(line, "\tsucceeded")) << line;
+        EXPECT_EQ(read_file(host / "state" / "shadows.txt"), "");
+        return run;
+    }
+
+    test_support::host_folder_t folder{"mirrack-field-check"};
+    fs::path host = folder.dir();
+};
+
+} // namespace
+
+TEST_F(FieldCheck, AHealthyHostPassesWithSamplesReadAndEveryVmReportedNotBackedUp) {
+    MakeHost();
+    const check_run_t run = Check();
+    ASSERT_EQ(run.status, client::exit_success) << run.out;
+    EXPECT_TRUE(contains(run.out, "Check passed")) << run.out;
+    EXPECT_EQ(folder.state_lines("backups.txt").size(), 3u) << "the backup and its two VMs, both failed";
+    std::size_t rows = 0;
+    for (std::size_t at = 0;
+         (at = run.out.find("  checked, reported not backed up\n", at)) != std::string::npos; ++at)
+        ++rows;
+    EXPECT_EQ(rows, 2u) << run.out;
+
+    // What an administrator sends back: versions from both ends, every frame, the steps, the tool's log.
+    for (const char* part :
+         {"- Result: passed", "- mirrack-client: 1.0.0.0", "- mirrack (tool): Module version:1.0.0.0",
+          "- mirrack (tool): OS version:", "tool <- cmd:BeginSnapshotCreation",
+          "tool <- cmd:SetVmBackupStatus", "BackupStatus value=\"false\"", "tool -> xml:<OutputArguments/>",
+          "\nSnapshot creation ", "\ntool: CloseSnapshot ", "\nReading the samples ",
+          "## Log of the tool's mirrack", "Process will be finished normally.",
+          "<VM id=\"83f4c5f7-1401-4a04-a996-506a4dea6810\""})
+        EXPECT_TRUE(contains(run.report, part)) << part << "\n" << run.report;
+}
+
+TEST_F(FieldCheck, AVmWithAFileThatCantBeReadFailsAloneAndTheRoadGoesOn) {
+    MakeHost(
+        "<File path=\"%SystemDrive%\\Hyper-V\\vm1\\Snapshots",
+        "<File path=\"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\\" spec=\"gone.vhdx\" recursive=\"false\" />");
+    const check_run_t run = Check();
+    EXPECT_EQ(run.status, client::exit_error_response) << run.out;
+    EXPECT_TRUE(contains(run.out, "check failed, reported not backed up")) << run.out;
+    EXPECT_TRUE(contains(run.out, "checked, reported not backed up")) << "the other VM: " << run.out;
+    EXPECT_TRUE(contains(run.out, "gone.vhdx] can't be read")) << run.out;
+    EXPECT_TRUE(contains(run.report, "- Result: failed: items of VMs could not be checked")) << run.report;
+    EXPECT_TRUE(contains(run.report, "tool <- cmd:CloseSnapshot")) << run.report;
+}
+
+TEST_F(FieldCheck, AFailingWriterStopsTheCheckWhichStillClosesAndReports) {
+    MakeHost("</Host>",
+             R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" )"
+             R"(hr="0x800423f4"/>)");
+    const check_run_t run = Check();
+    EXPECT_EQ(run.status, client::exit_error_response) << run.out;
+    const std::string failure = "is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'";
+    EXPECT_TRUE(contains(run.out, "Check stopped: The snapshot task failed:")) << run.out;
+    EXPECT_TRUE(contains(run.report, failure)) << run.report;
+    EXPECT_TRUE(contains(run.report, "tool <- cmd:CloseSnapshot")) << run.report;
+    EXPECT_FALSE(contains(run.report, "cmd:GetVMFilesList")) << run.report;
+    EXPECT_TRUE(contains(run.report, "\nSnapshot creation ")) << run.report;
+}
