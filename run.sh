@@ -82,6 +82,14 @@ cmd_wine() {
     bash "$ROOT/.ci/wine-tests.sh"
 }
 
+# The Windows bundle that an administrator downloads, checked once made:
+# build-win/mirrack-VERSION-win64.zip.
+cmd_package() {
+    cmd_cross
+    need_packages zip unzip
+    bash "$ROOT/packaging/package-windows.sh"
+}
+
 # Not in CI: the Windows build's server benchmark under Wine, against MSXML alone.
 cmd_wine_bench() {
     MIRRACK_CROSS_BENCH=ON cmd_cross
@@ -114,11 +122,12 @@ asan) cmd_asan ;;
 fuzz-replay) cmd_fuzz_replay ;;
 cross) cmd_cross ;;
 wine) cmd_wine ;;
+package) cmd_package ;;
 wine-bench) cmd_wine_bench ;;
 bench) cmd_bench ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|bench|wine-bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|package|bench|wine-bench]" >&2
     exit 2
     ;;
 esac

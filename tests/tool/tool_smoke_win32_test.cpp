@@ -251,6 +251,33 @@ TEST_F(ToolSmoke, ABackupThatFailsInTheVssLayerEndsCleanly) {
     EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
 }
 
+// The field check on Wine's VSS: it stops at the same failure, closes, and still writes its
+// report with the versions from the tool's banner and the tool's log of the run.
+TEST_F(ToolSmoke, AFieldCheckStopsCleanlyAtTheVssFailureAndStillReports) {
+    std::string answer;
+    const std::wstring spec = (folder / "trial.xml").wstring();
+    ASSERT_EQ(Client(PipeName("spec"),
+                     {L"spec", L"--vm", L"11111111-2222-3333-4444-555555555555", L"-o", spec}, answer),
+              0u)
+        << answer;
+    const fs::path logFile = folder / "trial.log";
+    auto tool = StartServingTool(PipeName("check"), logFile);
+    const fs::path report = folder / "report.txt";
+    EXPECT_EQ(
+        Client(PipeName("check"),
+               {L"check", L"--spec", spec, L"--report", report.wstring(), L"--tool-log", logFile.wstring()},
+               answer),
+        1u)
+        << answer;
+    EXPECT_TRUE(Contains(answer, "Check stopped: The snapshot task failed:")) << answer;
+    EXPECT_EQ(tool->Wait(), 0u);
+    const std::string text = ReadText(report);
+    for (const char* part : {"Result: stopped: The snapshot task failed:", "Failed to create VSS component.",
+                             "mirrack (tool): Module version:1.0.0.0", "mirrack (tool): OS version:",
+                             "tool <- cmd:CloseSnapshot", tool_expect::normalEnd})
+        EXPECT_TRUE(Contains(text, part)) << part << "\n" << text;
+}
+
 TEST_F(ToolSmoke, WithoutOptionsTheToolRefusesAndLogsToTheConfiguredDirectory) {
     const LogDirectoryValue configured(folder / "logs");
     EXPECT_EQ(StartTool({})->Wait(), 0u);
