@@ -30,7 +30,7 @@ struct subcommand_t {
     // The arguments behind the subcommand's name. Returns the exit status; a usage
     // error is reported by throwing usage_error_t.
     int (*run)(const client_options_t& options, const std::vector<std::string>& arguments, std::ostream& out);
-    // Speaks to more than one server, each named by an option of its own: needs no --pipe.
+    // Needs no --pipe: speaks to no server, or names its servers' pipes by options of its own.
     bool namesItsPipes = false;
 };
 
