@@ -24,7 +24,7 @@ const std::vector<subcommand_t>& Subcommands() {
          true},
         {"check",
          "check --spec FILE [--report FILE] [--tool-log FILE] [--host-pipe NAME --proxy-pipe NAME "
-         "[--proxy-log FILE]]",
+         "[--proxy-log FILE]] [--job NAME] [--console NAME]",
          "a trial backup that copies nothing: reads samples of each item, reports every VM not backed up",
          &RunCheckCommand, true},
     };
