@@ -182,8 +182,10 @@ private:
         return found + close.size();
     }
 
+    // All that the expansion makes counts, also what is read only to be dropped.
     void append(std::string_view text) {
-        require(expanded_.size() + text.size() <= budget_);
+        grown_ += text.size();
+        require(grown_ <= budget_);
         expanded_ += text;
     }
 
@@ -198,6 +200,8 @@ private:
         const std::string_view text = walk.text;
         while ((walk.pos = find_any<'<', '&'>(text, walk.pos)) != text.npos) {
             if (text[walk.pos] == '&') {
+                // Outside the root a reference is text beside it.
+                require(!is_document || depth_ > 0);
                 reference(walk, 0);
                 continue;
             }
@@ -211,25 +215,29 @@ private:
             else if (rest.starts_with("<!DOCTYPE") && is_document && !seen_element_)
                 document_type(walk);
             else if (rest.starts_with("</"))
-                walk.pos = behind(walk, walk.pos + 2, ">");
-            else
-                start_tag(walk);
+                end_tag(walk, is_document);
+            else if (start_tag(walk) && is_document)
+                ++depth_;
         }
         walk.pos = text.size();
     }
 
-    // Quoted values may hold a '>'; none may hold a '<'.
-    void start_tag(walk_t& walk) {
+    void end_tag(walk_t& walk, bool is_document) {
+        walk.pos = behind(walk, walk.pos + 2, ">");
+        if (is_document && depth_ > 0)
+            --depth_;
+    }
+
+    // Quoted values may hold a '>'; none may hold a '<'. True where the element is not empty.
+    bool start_tag(walk_t& walk) {
         require(walk.pos + 1 < walk.text.size() && walk.text[walk.pos + 1] != '!');
         seen_element_ = true;
         ++walk.pos;
         for (;;) {
             walk.pos = find_any<'"', '\'', '>', '<'>(walk.text, walk.pos);
             require(walk.pos != walk.text.npos && walk.text[walk.pos] != '<');
-            if (walk.text[walk.pos] == '>') {
-                ++walk.pos;
-                return;
-            }
+            if (walk.text[walk.pos] == '>')
+                return walk.text[walk.pos++ - 1] != '/';
             attribute_value(walk, walk.text[walk.pos++]);
         }
     }
@@ -289,12 +297,27 @@ private:
         walk.copied = walk.pos;
         open_.push_back(name);
         walk_t inner{found->replacement};
-        if (quote != 0)
+        if (quote != 0) {
             replacement_in_value(inner, quote);
-        else
-            walk_content(inner, false);
-        copy_up_to(inner, inner.text.size());
+            copy_up_to(inner, inner.text.size());
+        } else {
+            node_for_reference(inner, name);
+        }
         open_.pop_back();
+    }
+
+    // In content the platform's DOM keeps a reference as a node of its own, named after the
+    // entity and no element, with the replacement's nodes beneath it where nothing of this layer
+    // looks. The replacement is read for its faults and its size, and an instruction of the same
+    // name stands for the node.
+    void node_for_reference(walk_t& inner, std::string_view name) {
+        const std::size_t mark = expanded_.size();
+        walk_content(inner, false);
+        copy_up_to(inner, inner.text.size());
+        expanded_.resize(mark);
+        append("<?");
+        append(name);
+        append("?>");
     }
 
     static std::optional<std::uint32_t> character_reference(std::string_view digits) {
@@ -450,6 +473,9 @@ private:
     // however indirectly, is refused.
     std::vector<std::string_view> open_;
     bool seen_element_ = false;
+    // Elements open around the document's own text.
+    std::size_t depth_ = 0;
+    std::size_t grown_ = 0;
     bool expanding_ = false;
     std::string expanded_;
 };
