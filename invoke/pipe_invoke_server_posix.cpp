@@ -32,6 +32,15 @@ std::string_view without_trailing_crlf(std::string_view text) {
     return text;
 }
 
+// The platform's parser reads the frame's wide text, which still holds a surrogate without its
+// partner where the UTF-8 has U+FFFD, and refuses it.
+dom_document_t load_document(const win::pipes::utf8_frame_t& request, std::string_view document) {
+    const auto at = static_cast<std::size_t>(document.data() - request.text.data());
+    if (request.first_unpaired != std::string::npos && request.first_unpaired >= at)
+        dom_refuse_utf8(document);
+    return dom_load_utf8(document);
+}
+
 } // namespace
 
 win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_buffer_t& message) {
@@ -60,7 +69,7 @@ win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteUtf8(const win::pipes::utf8_fra
         {
             OutputArguments_t output;
             {
-                InputArguments_t input(dom_load_utf8(document));
+                InputArguments_t input(load_document(request, document));
                 assign_widened(commandName, command);
                 dispatcher->Invoke(commandName, input, output);
             }

@@ -17,7 +17,11 @@ using frame_text_t = frame_of_t<std::wstring>;
 // The frame's text as UTF-8, which the XML parser and the log read, without wide strings
 // between. What is not well-formed becomes U+FFFD, as the system's conversions without flags
 // make it: a surrogate without its partner, and for each bad UTF-8 sequence its maximal subpart.
-using utf8_frame_t = frame_of_t<std::string>;
+struct utf8_frame_t : frame_of_t<std::string> {
+    // Where the first surrogate without its partner stood, as the offset of its U+FFFD in text;
+    // npos for none. XML refuses such a character, which the wide text would still hold.
+    std::size_t first_unpaired = std::string::npos;
+};
 
 // Units that are no valid UTF-16 (a lone surrogate) are kept as they stand, as the
 // platform's own wide strings would keep them; an odd last byte is dropped.

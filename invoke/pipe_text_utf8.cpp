@@ -126,6 +126,7 @@ public:
         target_.insert(target_.end(), stage_, stage_ + used_);
         used_ = 0;
     }
+    std::size_t written() const noexcept { return target_.size() + used_; }
 
 private:
     static constexpr std::size_t stage_size = 1024;
@@ -140,10 +141,16 @@ struct utf8_counter_t {
     std::size_t size = 0;
     void ascii_block(const std::uint8_t*) { size += block; }
     void put(char32_t c) { size += utf8_length(c); }
+    void unpaired() {}
 };
 
 struct utf8_writer_t {
     staged_output_t<std::string> out;
+    std::size_t first_unpaired = std::string::npos;
+    void unpaired() {
+        if (first_unpaired == std::string::npos)
+            first_unpaired = out.written();
+    }
     void ascii_block(const std::uint8_t* bytes) {
         char* const to = out.room(block);
         narrow_ascii_units(bytes, to);
@@ -182,6 +189,8 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
         ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
         const unicode::decoded_t decoded = unicode::decode_utf16({pair, i < units ? 2u : 1u});
+        if (!decoded.well_formed)
+            sink.unpaired();
         sink.put(decoded.value);
         i += decoded.units - 1;
     }
@@ -246,6 +255,7 @@ utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
         frame.terminated = walk_frame(bytes.data(), units, i, writer);
     }
     writer.out.flush();
+    frame.first_unpaired = writer.first_unpaired;
     return frame;
 }
 

@@ -18,6 +18,10 @@ void throw_unexpected_attribute_type(int variant_type, const std::wstring& name)
 
 } // namespace dom_platform
 
+void dom_refuse_utf8(std::string_view xml) {
+    throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, std::string(xml));
+}
+
 dom_node_t::dom_node_t(const dom_document_t& document) : dom_node_t(dom_as_node(document)) {}
 
 dom_node_t::dom_node_t(const dom_element_t& element) : dom_node_t(dom_as_node(element)) {}

@@ -57,6 +57,9 @@ std::wstring dom_serialize(const dom_document_t& document);
 // no round trip through wide strings where the platform's DOM reads UTF-8 itself.
 dom_document_t dom_load_utf8(std::string_view xml);
 std::string dom_serialize_utf8(const dom_document_t& document);
+// The load's failure for UTF-8 text whose wide form held a character that XML refuses and that
+// the conversion to UTF-8 could not keep (a surrogate without its partner).
+[[noreturn]] void dom_refuse_utf8(std::string_view xml);
 
 dom_document_t dom_owner_document(const dom_node_t& node);
 dom_node_t dom_as_node(const dom_document_t& document);

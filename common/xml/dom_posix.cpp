@@ -3,6 +3,7 @@
 #include "common/exc/exc.h"
 #include "common/format/ascii_runs.h"
 #include "common/format/format.h"
+#include "common/format/unicode_units.h"
 #include "common/xml/dom_platform.h"
 #include "common/xml/nesting_depth.h"
 #include "common/xml/xml_text_rules.h"
@@ -274,8 +275,11 @@ namespace {
 // given, which the caller still has.
 template <class ShowGiven>
 dom_document_t load_source(std::shared_ptr<dom_document_native_t> document, const ShowGiven& show_given) {
-    if (breaks_xml_text_rules(document->source))
+    xml_text_verdict_t verdict = judge_xml_text(document->source);
+    if (verdict.refused)
         throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+    if (verdict.expanded)
+        document->source = std::move(*verdict.expanded);
     const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
         document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
     if (!parsed || !is_well_formed(document->tree))
@@ -293,6 +297,11 @@ std::string serialized(const dom_document_t& document) {
 
 dom_document_t dom_load(const std::wstring& xml) {
     auto document = std::make_shared<dom_document_native_t>();
+    // A surrogate without its partner is no character of XML, and the conversion would make it
+    // U+FFFD: the text is refused as the platform's parser refuses it.
+    if (!std::all_of(xml.begin(), xml.end(),
+                     [](wchar_t c) { return unicode::is_scalar_value(static_cast<std::uint32_t>(c)); }))
+        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
     try {
         document->source = to_utf8(xml);
     } catch (const std::exception& e) {

@@ -3,6 +3,7 @@
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
 #include "common/xml/nesting_depth.h"
+#include "common/xml/xml_text_rules.h"
 #include "compat/com_ptr.h"
 #include "compat/win_types.h"
 
@@ -128,14 +129,35 @@ dom_document_t dom_create_document() {
     return make_holder<dom_document_t>(std::move(document));
 }
 
-// A parse error comes back as S_FALSE with the flag false, and is reported with that code. A
-// document nested too deep for the parser's stack is refused the same way before it starts.
-dom_document_t dom_load(const std::wstring& xml) {
+namespace {
+
+// A document that declares entities is judged as the other builds judge it before the parser
+// sees it: so its entities cannot grow it without bound, and none that names a file or an
+// address is ever referred to. Text that does not convert holds a character XML refuses.
+bool is_refused_before_parsing(const std::wstring& xml) {
     if (nests_deeper_than(std::wstring_view(xml), max_element_depth))
+        return true;
+    if (!declares_document_type(std::wstring_view(xml)))
+        return false;
+    try {
+        return judge_xml_text(to_utf8(xml)).refused;
+    } catch (const std::exception&) {
+        return true;
+    }
+}
+
+} // namespace
+
+// A parse error comes back as S_FALSE with the flag false, and is reported with that code, as is
+// a document refused before parsing. The parser never reads a file or an address that the
+// document names: the tool runs as an administrator, and the document comes from the pipe.
+dom_document_t dom_load(const std::wstring& xml) {
+    if (is_refused_before_parsing(xml))
         throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
     const dom_document_t document = dom_create_document();
     IXMLDOMDocument* ptr = native_of(document).ptr.get();
     check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
+    check(ptr->put_resolveExternals(VARIANT_FALSE), "Failed to disable resolution of external references.");
     VARIANT_BOOL loaded = VARIANT_FALSE;
     const bstr_arg_t text(xml);
     const HRESULT hr = ptr->loadXML(text.get(), &loaded);

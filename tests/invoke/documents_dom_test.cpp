@@ -1,4 +1,5 @@
 #include "common/exc/exc.h"
+#include "common/format/format.h"
 #include "common/xml/dom.h"
 #include "tests/invoke/documents_test_lines.h"
 #include "tests/invoke/msxml_layout.h"
@@ -112,6 +113,7 @@ void expect_refused(const std::wstring& xml) {
     } catch (const exc::com_exc_t& e) {
         EXPECT_EQ(e.code(), 1) << printable(xml).substr(0, 200);
         EXPECT_EQ(e.messages().back().text.rfind("Failed to load XML document '", 0), 0u);
+        EXPECT_EQ(e.messages().back().text, "Failed to load XML document '" + to_ansi_nothrow(xml) + "'.");
     }
 }
 
@@ -125,7 +127,8 @@ TEST(DomLoading, ReferencesAndCharactersOutsideXmlAreRefused) {
                  L"<a>&bogus;</a>", L"<a v='&bogus;'/>", L"<a>fish & chips</a>", L"<a>&#1;</a>",
                  L"<a v='&#xD800;'/>", L"<a>&#x110000;</a>", L"<a>&#;</a>", L"<a>\u0001</a>",
                  L"<a v='\u001f'/>", L"<a><!-- \u0002 --></a>", L"<a/>\u0003",
-                 L"<!DOCTYPE a [<!ENTITY % p 'x'>]><a>&p;</a>"})
+                 L"<!DOCTYPE a [<!ENTITY % p 'x'>]><a>&p;</a>", L"<a v='a<b'/>", L"<a v='<?&#4;'/>",
+                 L"<a v='\uFFFE'/>", L"<a>\uFFFF</a>", std::wstring(L"<a v='") + wchar_t(0xDC00) + L"'/>"})
             expect_refused(lead + xml + lead);
         const dom_element_t root = root_of(lead +
                                            L"<a v='&lt;&gt;&amp;&apos;&quot;&#65;&#x1F600;'>\t\r\n"
@@ -148,6 +151,52 @@ TEST(DomLoading, ADocumentTypeIsANodeThatTheRootLookupMeetsFirst) {
         EXPECT_EQ(failure_lines([&] { dom_child_elements(document); }, 2).front(),
                   "Failed to convert XMLDOMNode to XMLDOMElement.");
     }
+}
+
+// The lookup by name passes over a document type that names another root.
+dom_element_t named_root(const std::wstring& xml, const wchar_t* name = L"Root") {
+    return dom_required_child(dom_load(xml), name);
+}
+
+// A document's own entities are read as XML reads them: character references in a literal are
+// replaced where it is declared, references to entities where it is used, and inside a value its
+// quotes are data and a '<' is refused.
+TEST(DomLoading, DeclaredEntitiesAreExpandedWhereTheyAreUsed) {
+    const dom_element_t root =
+        named_root(L"<!DOCTYPE x [<!ENTITY e 'E'><!ENTITY q '\"&#38;amp;&#39;'>"
+                   L"<!ENTITY e 'second'><!ENTITY n '&e;&q;&#38;#60;'><!ENTITY % p 'P'>"
+                   L"<!ENTITY t '<b v=\"&e;\"/>'>]><Root a=\"a&e;b\" q=\"&q;\" n='&n;'>&t;</Root>");
+    EXPECT_EQ(dom_get_attribute(root, L"a"), L"aEb");
+    EXPECT_EQ(dom_get_attribute(root, L"q"), L"\"&'");
+    EXPECT_EQ(dom_get_attribute(root, L"n"), L"E\"&'<");
+    // In content the reference is a node of its own, named after the entity, and no element.
+    EXPECT_TRUE(dom_optional_child(root, L"b").empty());
+    EXPECT_EQ(failure_lines([&] { dom_optional_child(root, L"T"); }, 2).front(),
+              "XML node does not support IXMLDOMElement interface.");
+    for (const wchar_t* refused :
+         {L"<!DOCTYPE x [<!ENTITY e '<'>]><a v='&e;'/>",
+          L"<!DOCTYPE x [<!ENTITY e '&f;'><!ENTITY f '&e;'>]><a>&e;</a>",
+          L"<!DOCTYPE x [<!ENTITY e SYSTEM 'e.txt'>]><a>&e;</a>",
+          L"<!DOCTYPE x [<!ENTITY % p SYSTEM 'p.dtd'> %p;]><a/>",
+          L"<!DOCTYPE x [<!ENTITY e '&u;'>]><a>&e;</a>", L"<!DOCTYPE x [<!ENTITY e 'x'>]>&e;<a/>"})
+        expect_refused(refused);
+}
+
+// The growth is bounded by the document's own size. Here n references make a text of H + 3n
+// characters H + 100n long: at most 9H / 70 of them stay within ten times.
+TEST(DomLoading, EntitiesThatGrowTheDocumentPastTenTimesItsSizeAreRefused) {
+    const std::wstring head = L"<!DOCTYPE x [<!ENTITY e '" + std::wstring(100, L'e') + L"'>]><a v='";
+    const std::wstring tail = L"'/>";
+    const auto with_references = [&](std::size_t count) {
+        std::wstring xml = head;
+        for (std::size_t i = 0; i < count; ++i)
+            xml += L"&e;";
+        return xml + tail;
+    };
+    const std::size_t most = 9 * (head.size() + tail.size()) / 70;
+    EXPECT_EQ(dom_get_attribute(named_root(with_references(most), L"a"), L"v"),
+              std::wstring(100 * most, L'e'));
+    expect_refused(with_references(most + 1));
 }
 
 TEST(DomLoading, DocumentsNestedDeeperThanTheLimitAreRefused) {

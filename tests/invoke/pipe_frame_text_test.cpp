@@ -81,6 +81,7 @@ TEST(PipeFrameUtf8, AgreesWithTheWideRoadAndReplacesWhatIsNotWellFormed) {
             const frame_text_t wide = DecodeFrameText(frame);
             const utf8_frame_t narrow = DecodeFrameUtf8(frame);
             EXPECT_EQ(narrow.terminated, wide.terminated);
+            EXPECT_EQ(narrow.first_unpaired, std::string::npos);
             EXPECT_EQ(narrow.text, "xml:" + (odd[0] == '\0' ? text.substr(0, at) : text)) << at;
             EXPECT_EQ(EncodeFrameText(wide.text), EncodeFrameUtf8(narrow.text)) << at;
         }
@@ -89,9 +90,11 @@ TEST(PipeFrameUtf8, AgreesWithTheWideRoadAndReplacesWhatIsNotWellFormed) {
         std::string expected = plain;
         expected.insert(at, replacement);
         EXPECT_EQ(DecodeFrameUtf8(lone).text, expected) << at;
+        EXPECT_EQ(DecodeFrameUtf8(lone).first_unpaired, at);
     }
-    EXPECT_EQ(DecodeFrameUtf8({0x00, 0xDC, 0x00, 0xD8, 'x', 0, 0x3D, 0xD8}).text,
-              replacement + replacement + "x" + replacement);
+    const utf8_frame_t unpaired = DecodeFrameUtf8({'x', 0, 0x00, 0xDC, 0x00, 0xD8, 'x', 0, 0x3D, 0xD8});
+    EXPECT_EQ(unpaired.text, "x" + replacement + replacement + "x" + replacement);
+    EXPECT_EQ(unpaired.first_unpaired, 1u);
     EXPECT_FALSE(DecodeFrameUtf8({'a', 0, 'b'}).terminated);
 
     // One U+FFFD for each maximal subpart: a cut sequence, a stray byte, an encoded surrogate.
