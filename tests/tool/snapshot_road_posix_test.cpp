@@ -191,6 +191,19 @@ const road_failure_t failures[] = {
      .expected = {"Unknown status of async operation\n", createFailed},
      .neverCalled = "GetSnapshotProperties",
      .afterPrepare = true},
+    // Cancelled by VSS itself: the operation ends without its effect. Without the writers'
+    // metadata the walk's next call is refused.
+    {.name = "GatherCancelledByVss",
+     .hostExtra = R"(<Fault op="GatherWriterMetadata" status="0x0004230B"/>)",
+     .expected = {"Failed to get number of items in VSS metadata collection.\nA function call was made when "
+                  "the object was in an incorrect state for that function.\n--tr:Failed to collect Hyper-V "
+                  "writer metadata.\n--tr:Failed to initialize VSS backup."},
+     .neverCalled = "StartSnapshotSet"},
+    {.name = "SnapshotCancelledByVss",
+     .hostExtra = R"(<Fault op="DoSnapshotSet" status="0x0004230B"/>)",
+     .expected = {std::string("Snapshot task has been cancelled.\n") + createFailed},
+     .neverCalled = "GetSnapshotProperties",
+     .afterPrepare = true},
     {.name = "CloseDuringPrepare",
      .hostExtra = R"(<Fault op="PrepareForBackup" delayMs="600000"/>)",
      .closeAt = "PrepareForBackup",
