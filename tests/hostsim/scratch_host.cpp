@@ -54,7 +54,8 @@ std::string sample_host_xml(const std::string& extra) {
            "</Host>\n";
 }
 
-scratch_host_t::scratch_host_t(const std::string& host_xml) : host_folder_t("mirrack-hostsim") {
+scratch_host_t::scratch_host_t(const std::string& host_xml, const std::string& prefix)
+    : host_folder_t(prefix) {
     write("host.xml", host_xml);
     write("volumes/c/VMs/vm1/vm1.vhdx", "disk of vm1, before");
     write("volumes/c/VMs/vm1/vm1_A1.avhdx", "checkpoint of vm1");
