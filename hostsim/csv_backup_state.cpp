@@ -38,15 +38,16 @@ void prepare_csv_volume(const state_store_t& state, const std::wstring& volume_n
                         const std::wstring& path) {
     auto lock = state.lock();
     const GUID job = creation_of_this_process(state).value_or(GUID_NULL);
+    const process_identity_t self = this_process();
     auto volumes = state.csv_volumes();
     auto volume = find_volume(volumes, volume_name);
     if (volume == volumes.end())
         volume = volumes.insert(volumes.end(), {volume_name, {}});
     auto& preparations = volume->preparations;
     if (std::none_of(preparations.begin(), preparations.end(), [&](const csv_preparation_t& p) {
-            return p.set_id == job && p.owner.pid == this_process().pid && iequals(p.path, path);
+            return p.set_id == job && p.owner.pid == self.pid && iequals(p.path, path);
         }))
-        preparations.push_back({job, this_process(), path});
+        preparations.push_back({job, self, path});
     state.save_csv_volumes(volumes);
 }
 
