@@ -202,24 +202,6 @@ TEST(IVssAsyncCancel, AnswersHowTheOperationEnded) {
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
 }
 
-TEST(IVssAsyncCancel, ACancelledStatusEndsTheOperationWithoutItsEffect) {
-    scratch_host_t host(sample_host_xml(R"(<Fault op="GatherWriterMetadata" nth="1" status="0x0004230B"/>
-                                           <Fault op="DoSnapshotSet" status="0x0004230B"/>)"));
-    auto ungathered = new_backup();
-    ASSERT_EQ(ungathered->InitializeForBackup(), S_OK);
-    ASSERT_EQ(run(ungathered.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_CANCELLED);
-    UINT count = 0;
-    EXPECT_EQ(ungathered->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "no metadata was gathered";
-
-    VSS_ID snapshot{};
-    auto backup = prepared_backup(&snapshot);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_CANCELLED);
-    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "no shadow copy was made";
-    EXPECT_TRUE(host.state_lines("creation.txt").empty());
-    VSS_SNAPSHOT_PROP prop{};
-    EXPECT_EQ(backup->GetSnapshotProperties(snapshot, &prop), VSS_E_OBJECT_NOT_FOUND);
-}
-
 TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
     scratch_host_t host;
     auto backup = gathered_backup();

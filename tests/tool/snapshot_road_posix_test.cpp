@@ -199,11 +199,6 @@ const road_failure_t failures[] = {
                   "the object was in an incorrect state for that function.\n--tr:Failed to collect Hyper-V "
                   "writer metadata.\n--tr:Failed to initialize VSS backup."},
      .neverCalled = "StartSnapshotSet"},
-    {.name = "SnapshotCancelledByVss",
-     .hostExtra = R"(<Fault op="DoSnapshotSet" status="0x0004230B"/>)",
-     .expected = {std::string("Snapshot task has been cancelled.\n") + createFailed},
-     .neverCalled = "GetSnapshotProperties",
-     .afterPrepare = true},
     {.name = "CloseDuringPrepare",
      .hostExtra = R"(<Fault op="PrepareForBackup" delayMs="600000"/>)",
      .closeAt = "PrepareForBackup",
