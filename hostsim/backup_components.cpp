@@ -188,7 +188,7 @@ void backup_components_t::take_over(const backup_document_t& d) {
 backup_document_t backup_components_t::document() const {
     backup_document_t d = backup_state_;
     bool data_here = origin_ == origin::fresh || import_requested_;
-    d.host_dir = data_here ? host_->dir().wstring() : document_host_dir_;
+    d.host_dir = data_here ? host_->dir() : document_host_dir_;
     d.machine = host_->model().name;
     d.context = context_;
     d.writers_restricted = enabled_writers_.has_value();

@@ -171,7 +171,7 @@ private:
     std::shared_ptr<link_t> link_;
     std::mutex mutex_;
     origin origin_ = origin::none;
-    std::wstring document_host_dir_;
+    std::filesystem::path document_host_dir_;
     LONG context_ = VSS_CTX_BACKUP;
     bool context_set_ = false;
     std::optional<std::vector<GUID>> enabled_writers_;

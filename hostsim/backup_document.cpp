@@ -4,6 +4,7 @@
 
 #include <pugixml.hpp>
 
+#include <cctype>
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
@@ -39,6 +40,36 @@ GUID guid(const pugi::xml_node& node, const char* name) {
     return *id;
 }
 
+// A folder's name is bytes, which need not be UTF-8: '%' and every byte beyond ASCII are
+// written as %XX, so that the document gives back the very bytes.
+void put_path(pugi::xml_node node, const char* name, const std::filesystem::path& path) {
+    static const char digits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const char c : path.string()) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80 || c == '%')
+            text += {'%', digits[byte >> 4], digits[byte & 0xF]};
+        else
+            text += c;
+    }
+    node.append_attribute(name) = text.c_str();
+}
+
+std::filesystem::path path(const pugi::xml_node& node, const char* name) {
+    const std::string text = node.attribute(name).value();
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%' && i + 2 < text.size() && std::isxdigit(static_cast<unsigned char>(text[i + 1])) &&
+            std::isxdigit(static_cast<unsigned char>(text[i + 2]))) {
+            bytes += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
 bool flag(const pugi::xml_node& node, const char* name) {
     return node.attribute(name).as_bool();
 }
@@ -48,7 +79,7 @@ bool flag(const pugi::xml_node& node, const char* name) {
 std::wstring save_backup_document(const backup_document_t& d) {
     pugi::xml_document doc;
     auto root = doc.append_child("BackupComponents");
-    put(root, "host", d.host_dir);
+    put_path(root, "host", d.host_dir);
     put(root, "machine", d.machine);
     root.append_attribute("context") = static_cast<long long>(d.context);
     if (d.backup_state_set) {
@@ -86,10 +117,7 @@ std::wstring save_backup_document(const backup_document_t& d) {
             node.append_attribute("created") = static_cast<long long>(s.created);
             put(node, "machine", s.machine);
             if (s.number != 0)
-                put(node, "data",
-                    from_utf8((std::filesystem::path(to_utf8(d.host_dir)) / "state" / "shadows" /
-                               std::to_string(s.number))
-                                  .string()));
+                put_path(node, "data", d.host_dir / "state" / "shadows" / std::to_string(s.number));
         }
     }
     std::ostringstream out;
@@ -107,7 +135,7 @@ std::optional<backup_document_t> load_backup_document(const std::wstring& conten
         return std::nullopt;
     try {
         backup_document_t d;
-        d.host_dir = text(root, "host");
+        d.host_dir = path(root, "host");
         d.machine = text(root, "machine");
         d.context = static_cast<LONG>(root.attribute("context").as_llong());
         if (auto state = root.child("BackupState")) {

@@ -6,6 +6,7 @@
 #include "compat/vss_types.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,7 +33,7 @@ struct set_snapshot_t {
 };
 
 struct backup_document_t {
-    std::wstring host_dir; // the state of the host that made the snapshots
+    std::filesystem::path host_dir; // the state of the host that made the snapshots
     std::wstring machine;
     LONG context = 0;
     bool writers_restricted = false;

@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <cwchar>
 
@@ -28,13 +27,6 @@ const std::size_t max_volumes_in_set = 64;
 // Volume names and share paths are taken only in their full form, with the closing backslash.
 bool names_a_volume(const wchar_t* name) {
     return name && *name && name[std::wcslen(name) - 1] == L'\\';
-}
-
-std::int64_t filetime_now() {
-    using namespace std::chrono;
-    const std::int64_t unix_to_filetime = 116444736000000000LL;
-    return unix_to_filetime +
-           duration_cast<microseconds>(system_clock::now().time_since_epoch()).count() * 10;
 }
 
 VSS_PWSZ new_task_string(const std::wstring& text) {
@@ -350,10 +342,10 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
         return planned;
     const state_store_t& here = *host_->state();
     std::error_code ec;
-    const bool same_host = fs::equivalent(fs::path(document_host_dir_), host_->dir(), ec);
+    const bool same_host = fs::equivalent(document_host_dir_, host_->dir(), ec);
     std::unique_ptr<state_store_t> other;
     if (!same_host)
-        other = std::make_unique<state_store_t>(fs::path(document_host_dir_));
+        other = std::make_unique<state_store_t>(document_host_dir_);
     const state_store_t& source = same_host ? here : *other;
 
     std::size_t wanted = 0, imported = 0;
@@ -372,8 +364,8 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
             });
             if (found == records.end() || !move_shadow_data(source.shadow_dir(found->number), staging))
                 continue;
-            source.journal("TransportShadowCopy",
-                           {std::to_wstring(found->number), s.info.volume_name, host_->dir().wstring()});
+            source.journal("TransportShadowCopy", {std::to_wstring(found->number), s.info.volume_name,
+                                                   from_utf8(host_->dir().string())});
             erase_record(records, found->number);
             source.save_shadows(records);
         }

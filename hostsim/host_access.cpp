@@ -94,6 +94,9 @@ std::optional<std::uint32_t> win32_call(const char* op, const std::wstring& main
     auto host = current_host();
     if (!host->selected())
         return std::nullopt;
+    // A native path needs no host, so a host that cannot be read does not take it away.
+    if (!host->usable() && host->locate(main_argument).kind == location_kind::native)
+        return std::nullopt;
     return host->enter(op, {main_argument}).err;
 }
 

@@ -4,8 +4,14 @@
 
 #include <pugixml.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
+#include <variant>
 
 namespace hostsim {
 
@@ -15,6 +21,28 @@ namespace {
 struct model_error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+// The bytes of a file, or the errno of the failure: a folder, say, opens but cannot be read.
+std::variant<std::string, int> read_whole_file(const std::filesystem::path& file) {
+    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    std::string bytes;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            const int error = got < 0 ? errno : 0;
+            ::close(fd);
+            if (error != 0)
+                return error;
+            return bytes;
+        }
+        bytes.append(buffer, static_cast<std::size_t>(got));
+    }
+}
 
 std::string where(const pugi::xml_node& node) {
     return "<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug());
@@ -263,8 +291,12 @@ bool nested_deeper_than(const pugi::xml_document& doc, unsigned limit) {
 
 std::variant<host_model_t, std::string> load_host_model(const std::filesystem::path& host_dir) {
     const auto file = host_dir / "host.xml";
+    const auto content = read_whole_file(file);
+    if (auto* error = std::get_if<int>(&content))
+        return file.string() + ": the host cannot be read: " + std::generic_category().message(*error);
+    const auto& bytes = std::get<std::string>(content);
     pugi::xml_document doc;
-    auto parsed = doc.load_file(file.c_str());
+    auto parsed = doc.load_buffer(bytes.data(), bytes.size());
     if (!parsed)
         return file.string() + ": " + parsed.description() + " at offset " + std::to_string(parsed.offset);
     if (nested_deeper_than(doc, max_depth))

@@ -21,30 +21,41 @@ std::string next_name(const std::filesystem::path& folder) {
     return std::filesystem::path(to_utf8(path.substr(path.find_last_of(L"\\/") + 1))).string();
 }
 
+// Counts its runs, and those that found a dump already written in the dump folder.
 class counting_handler_t : public crash::deinit_handler_t {
 public:
-    explicit counting_handler_t(std::atomic<int>& runs, bool fails = false) : runs_(runs), fails_(fails) {}
+    counting_handler_t(std::atomic<int>& runs, std::atomic<int>& after_dump, bool fails = false)
+        : runs_(runs), after_dump_(after_dump), fails_(fails) {}
     void execute() override {
         ++runs_;
+        std::error_code ec;
+        if (!std::filesystem::is_empty(crash::crash_context().dump_folder, ec) && !ec)
+            ++after_dump_;
         if (fails_)
             throw std::runtime_error("handler broke");
     }
 
 private:
     std::atomic<int>& runs_;
+    std::atomic<int>& after_dump_;
     bool fails_;
 };
 
 // The crash filter with a handler sequence of the test's own in place of the process's: one handler
-// per entry, which throws where the entry is true. How many handlers ran.
-int filter_with_handlers(std::initializer_list<bool> failing, bool pass_on = false) {
+// per entry, which throws where the entry is true. How many handlers ran, and into after_dump how
+// many of them found the dump written.
+int filter_with_handlers(std::initializer_list<bool> failing, bool pass_on = false,
+                         int* after_dump = nullptr) {
     const auto saved = crash::crash_context().deinit_seq;
     crash::crash_context().deinit_seq = std::make_shared<crash::deinit_seq_t>();
-    std::atomic<int> runs{0};
+    std::atomic<int> runs{0}, runs_after_dump{0};
     for (const bool fails : failing)
-        crash::crash_context().deinit_seq->add(std::make_shared<counting_handler_t>(runs, fails));
+        crash::crash_context().deinit_seq->add(
+            std::make_shared<counting_handler_t>(runs, runs_after_dump, fails));
     EXPECT_EQ(crash::crash_filter(nullptr, pass_on), crash::execute_handler);
     crash::crash_context().deinit_seq = saved;
+    if (after_dump)
+        *after_dump = runs_after_dump.load();
     return runs.load();
 }
 
@@ -78,8 +89,10 @@ TEST_F(dump_folder_test, MoreThanTwentyDumpsArePrunedToNineteen) {
     EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_5.txt"));
 }
 
-TEST_F(dump_folder_test, FilterWritesADumpAndRunsTheHandlers) {
-    EXPECT_EQ(filter_with_handlers({false, false}), 2);
+TEST_F(dump_folder_test, FilterWritesADumpAndThenRunsTheHandlers) {
+    int after_dump = 0;
+    EXPECT_EQ(filter_with_handlers({false, false}, false, &after_dump), 2);
+    EXPECT_EQ(after_dump, 2) << "the handlers run once the dump is written";
     ASSERT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("Writing dump. Dump path: "));
     EXPECT_TRUE(log_has("Executing crash handlers."));

@@ -34,13 +34,29 @@ TEST(Faults, NthAndMatchLimitAFaultToTheirCallsAndWithoutThemEveryCallFails) {
     }
 }
 
-TEST(Faults, AStatusEndsTheOperationAndASnapshotThatFailedLeavesNothing) {
-    scratch_host_t host(sample_host_xml(R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)"));
+// Cancelled is a success code, yet a cancelled operation ends without its effect, as a failed one.
+TEST(Faults, AStatusEndsTheOperationAndOneThatFailedOrWasCancelledLeavesNothing) {
+    scratch_host_t host(sample_host_xml(R"(<Fault op="DoSnapshotSet" nth="1" status="0x80042306"/>
+                                           <Fault op="DoSnapshotSet" nth="2" status="0x0004230B"/>
+                                           <Fault op="GatherWriterMetadata" nth="3" status="0x0004230B"/>)"));
     auto backup = prepared_backup();
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_PROVIDER_VETO);
     EXPECT_TRUE(host.state_lines("shadows.txt").empty());
     EXPECT_TRUE(std::filesystem::is_empty(host.dir() / "state" / "shadows"));
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
+
+    VSS_ID snapshot{};
+    auto cancelled = prepared_backup(&snapshot);
+    EXPECT_EQ(run(cancelled.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_CANCELLED);
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "no shadow copy was made";
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+    VSS_SNAPSHOT_PROP prop{};
+    EXPECT_EQ(cancelled->GetSnapshotProperties(snapshot, &prop), VSS_E_OBJECT_NOT_FOUND);
+    auto ungathered = new_backup();
+    ASSERT_EQ(ungathered->InitializeForBackup(), S_OK);
+    EXPECT_EQ(run(ungathered.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_CANCELLED);
+    UINT count = 0;
+    EXPECT_EQ(ungathered->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "no metadata was gathered";
 }
 
 // A failing Win32 call and a failing cluster call are read through the volume set's own tests.

@@ -1,6 +1,7 @@
 #include "scratch_host.h"
 
 #include "hostsim/host_access.h"
+#include "hostsim/state_store.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +54,8 @@ std::string sample_host_xml(const std::string& extra) {
            "</Host>\n";
 }
 
-scratch_host_t::scratch_host_t(const std::string& host_xml) : host_folder_t("mirrack-hostsim") {
+scratch_host_t::scratch_host_t(const std::string& host_xml, const std::string& prefix)
+    : host_folder_t(prefix) {
     write("host.xml", host_xml);
     write("volumes/c/VMs/vm1/vm1.vhdx", "disk of vm1, before");
     write("volumes/c/VMs/vm1/vm1_A1.avhdx", "checkpoint of vm1");
@@ -159,6 +161,11 @@ GUID start_set(IVssBackupComponents* backup) {
     VSS_ID set_id{};
     EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
     return set_id;
+}
+
+std::string this_process_text() {
+    const auto self = hostsim::this_process();
+    return std::to_string(self.pid) + ":" + std::to_string(self.start);
 }
 
 int dead_pid() {

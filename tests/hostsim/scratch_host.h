@@ -30,7 +30,9 @@ extern const wchar_t vm1_component[];
 
 class scratch_host_t : public test_support::host_folder_t {
 public:
-    explicit scratch_host_t(const std::string& host_xml = sample_host_xml());
+    // prefix names its folder: a name is bytes, which need not be UTF-8.
+    explicit scratch_host_t(const std::string& host_xml = sample_host_xml(),
+                            const std::string& prefix = "mirrack-hostsim");
 
     std::vector<std::vector<std::string>> journal() const; // fields of each line
     std::filesystem::path shadow_dir(unsigned number) const;
@@ -57,6 +59,8 @@ HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID
 // Starts a snapshot set; its id.
 GUID start_set(IVssBackupComponents* backup);
 
+// This process as the host's records name it: pid and start time.
+std::string this_process_text();
 // The pid of a process that has ended.
 int dead_pid();
 // Runs body in a child process; true if it returned 0.

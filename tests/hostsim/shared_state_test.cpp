@@ -63,7 +63,8 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
   <Provider id="{7f1d0000-0000-0000-0000-00000000aaaa}" type="hardware" transportable="true" volumes="*"/>
 </Host>
 )");
-    scratch_host_t host;
+    // The document names the host's folder by its bytes, a '%' and bytes that are no UTF-8 among them.
+    scratch_host_t host(sample_host_xml(), "mirrack-h\xff\xfe%41st");
     const auto document_file = host.dir() / "backup-document.xml";
     ASSERT_TRUE(in_child_process([&] { return make_transportable_set(document_file); }));
     ASSERT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the set outlives the release of its maker";
@@ -156,6 +157,8 @@ TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
     EXPECT_TRUE(hostsim::host_selected());
     EXPECT_EQ(ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\"), FALSE);
     EXPECT_EQ(hostsim::win32_call("FindNextFileW", L"C:\\"), static_cast<std::uint32_t>(E_UNEXPECTED));
+    EXPECT_EQ(hostsim::win32_call("CreateFileW", L"/tmp/x.log"), std::nullopt)
+        << "a native path needs no host";
     EXPECT_EQ(hostsim::map_path(L"C:\\"), std::nullopt);
 }
 

@@ -76,6 +76,19 @@ TEST(ImportTask, AnswersAtOnceWhileImportingThenHoldsTheSnapshotUntilClosed) {
     EXPECT_TRUE(log.has("Leaving snapshot import procedure.")) << log.text();
 }
 
+// The result is stored before completion is published: a server that asks the moment the task
+// reports completion gets its paths. Polled without a pause, so that a thread checker sees the
+// two orders meet.
+TEST(ImportTask, PathsConvertFromTheMomentTheImportReportsCompletion) {
+    host_and_proxy_t hosts;
+    const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    auto task = StartTask(taken);
+    while (!task->GetOperationInfo()->IsCompleted())
+        std::this_thread::yield();
+    ASSERT_TRUE(task->GetOperationInfo()->Read().isSucceeded);
+    EXPECT_FALSE(Converted(*task, AllItems(taken)).empty());
+}
+
 TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
     host_and_proxy_t hosts;
     const host_snapshot_t taken = TakeOffhostSnapshot(hosts);

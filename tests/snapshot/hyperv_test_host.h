@@ -37,7 +37,7 @@ inline std::string hyperv_host_xml(const std::string& extra = "", const std::str
     <Component name="A1000000-0000-4000-8000-000000000001" type="1" logicalPath="">
       <File path="C:\VMs\local\" spec="local.vhdx"/>
       <File path="C:\VMs\local\" spec="gone.vhdx"/>
-      <File path="%VmRoot%\local\" spec="*.avhdx"/>
+      <File path="%VmRoot%\local\" spec="local_?.avhdx"/>
       <File path="%VmRoot%\local\" spec="Snap*" recursive="true"/>
       <File path="C:\VMs\nowhere\" spec="*.vhdx" recursive="true"/>
     </Component>

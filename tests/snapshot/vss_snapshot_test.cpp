@@ -50,12 +50,14 @@ TEST(Snapshot, EachVmGetsItsFilesOnTheShadowCopiesInTheOrderOfFinding) {
     ASSERT_EQ(local.size(), 7u);
     for (const auto& item : local)
         EXPECT_EQ(item.fullPath.rfind(shadowPrefix, 0), 0u) << to_ansi(item.fullPath);
-    // Direct files first, missing or not, as the writer words them.
-    EXPECT_EQ(shown({local[0], local[1], local[2]}),
-              (std::vector<item_t>{
-                  {L"C:\\VMs\\local\\", L"local.vhdx", 0, L"local.vhdx", L"VMs\\local\\local.vhdx"},
-                  {L"C:\\VMs\\local\\", L"gone.vhdx", 0, L"gone.vhdx", L"VMs\\local\\gone.vhdx"},
-                  {L"%VmRoot%\\local\\", L"*.avhdx", 0, L"local_1.avhdx", L"VMs\\local\\local_1.avhdx"}}));
+    // Direct files first, missing or not, as the writer words them; a mask with '?' alone is a
+    // search all the same.
+    EXPECT_EQ(
+        shown({local[0], local[1], local[2]}),
+        (std::vector<item_t>{
+            {L"C:\\VMs\\local\\", L"local.vhdx", 0, L"local.vhdx", L"VMs\\local\\local.vhdx"},
+            {L"C:\\VMs\\local\\", L"gone.vhdx", 0, L"gone.vhdx", L"VMs\\local\\gone.vhdx"},
+            {L"%VmRoot%\\local\\", L"local_?.avhdx", 0, L"local_1.avhdx", L"VMs\\local\\local_1.avhdx"}}));
     // A recursive search enters only the directories that its mask matches.
     std::vector<item_t> searched = shown({local[3], local[4], local[5]});
     std::sort(searched.begin(), searched.end());
@@ -100,4 +102,12 @@ TEST(Snapshot, TransportableSnapshotKeepsVolumeNamePathsAndListsItsSnapshots) {
     SnapshotIdList ids;
     DeserializeSnapshotIds(result->info->SnapshotsXML, ids);
     EXPECT_EQ(ids.size(), 1u);
+}
+
+TEST(Snapshot, AProviderThatRefusesOnceIsAskedAgainAfterThePauseAndServes) {
+    hyperv_host_t host("", R"(refuse="1")");
+    auto snapshot = take_snapshot(spec_xml({{local_vm}}, usual_providers));
+    EXPECT_EQ(host.count("IsVolumeSupported"), 2u);
+    EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
+    EXPECT_FALSE(items_of(*snapshot->BuildResult(), local_vm).empty());
 }

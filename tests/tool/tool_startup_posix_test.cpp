@@ -4,6 +4,7 @@
 #include "tool_job_posix.h"
 
 #include "common/win/native_name_posix.h"
+#include "tests/support/host_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -73,4 +74,19 @@ TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
     EXPECT_TRUE(contains(second.LogText(), tool_expect::PipeInUse(ToolRun::pipeName))) << second.LogText();
     EXPECT_FALSE(contains(second.LogText(), tool_expect::normalEnd));
     first.Close();
+}
+
+// A host that cannot be read fails every simulated call and says so once, naming the file; the
+// tool's own native log needs no host and is written all the same.
+TEST(ToolStartup, AHostThatCannotBeReadSaysSoOnceAndTakesNotTheNativeLogAway) {
+    test_support::host_folder_t host("mirrack-unreadable");
+    std::filesystem::create_directories(host.dir() / "host.xml");
+    ToolJob job(host.dir());
+    const std::string log = job.End();
+    EXPECT_TRUE(contains(log, "Start pipe invoker server.")) << log;
+    const std::string said = job.run.OutputText();
+    const std::string complaint =
+        "Simulated host is unusable: " + (host.dir() / "host.xml").string() + ": the host cannot be read: ";
+    EXPECT_TRUE(contains(said, complaint + "Is a directory\n")) << said;
+    EXPECT_EQ(said.find(complaint), said.rfind(complaint)) << said;
 }
