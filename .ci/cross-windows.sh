@@ -188,6 +188,7 @@ cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.c
 cmake --build "$OUT/build" -j "$JOBS"
 echo "Windows cross-build: OK."
 echo "The tool and its client:"
-ls -1 "$OUT/build/bin/mirrack.exe" "$OUT/build/bin/mirrack-client.exe"
+ls -1 "$OUT/build/bin/mirrack.exe"
+ls -1 "$OUT/build/bin/mirrack-client.exe"
 echo "The test suites (./run.sh wine runs them under Wine):"
 ls -1 "$OUT"/build/bin/test_*.exe

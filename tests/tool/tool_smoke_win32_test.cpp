@@ -170,14 +170,6 @@ TEST_F(ToolSmoke, ABackupThatFailsInTheVssLayerEndsCleanly) {
     EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
 }
 
-TEST_F(ToolSmoke, WithoutOptionsTheToolRefusesAndLogsToTheConfiguredDirectory) {
-    const LogDirectoryValue configured(folder / "logs");
-    EXPECT_EQ(StartTool({})->Wait(), 0u);
-    const std::string log = ReadText(folder / "logs" / "Mirrack.log");
-    EXPECT_TRUE(Contains(log, tool_expect::notPipeMode)) << log;
-    EXPECT_FALSE(Contains(log, tool_expect::normalEnd)) << log;
-}
-
 TEST_F(ToolSmoke, TwoToolsOnOneLogWriteToNumberedNames) {
     const fs::path log = folder / "shared.log";
     auto first = StartServingTool(PipeName("one"), log);
@@ -206,25 +198,35 @@ TEST_F(ToolSmoke, ThePipeModeLogGoesToTheLogDirectoryOfTheRegistry) {
     EXPECT_TRUE(Contains(log, tool_expect::normalEnd)) << log;
 }
 
-// The log's fallback folder, for a value that is not there and for one naming a folder that
-// cannot be made (a file stands in its way): the machine's common application data.
-TEST_F(ToolSmoke, WithoutAUsableLogDirectoryTheLogFallsBackToTheCommonApplicationData) {
+// Without options the tool refuses and says so in its log: in the folder of LogDirectory, or, for a
+// value that is not there or names a folder that cannot be made (a file stands in its way), in
+// the machine's common application data.
+TEST_F(ToolSmoke, ARefusedStartLogsToTheLogDirectoryOrElseToTheCommonApplicationData) {
     wchar_t common[MAX_PATH] = {};
     ASSERT_EQ(::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, common), S_OK);
     const fs::path fallback = fs::path(common) / "Orlix" / "Backup" / "Mirrack.log";
     std::ofstream(folder / "file") << "not a folder";
-    for (const bool configured : {false, true}) {
-        SCOPED_TRACE(configured ? "a folder that cannot be made" : "no value");
-        const std::string before = ReadText(fallback);
+    const struct {
+        const char* name;
+        fs::path value;
+        bool usable;
+    } cases[] = {{"a folder that can be made", folder / "logs", true},
+                 {"no value", fs::path(), false},
+                 {"a folder that cannot be made", folder / "file" / "logs", false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const fs::path log = c.usable ? c.value / "Mirrack.log" : fallback;
+        const std::string before = ReadText(log);
         {
-            const LogDirectoryValue value(folder / "file" / "logs");
-            if (!configured)
+            const LogDirectoryValue value(c.value);
+            if (c.value.empty())
                 value.Remove();
             EXPECT_EQ(StartTool({})->Wait(), 0u);
         }
-        const std::string after = ReadText(fallback);
-        ASSERT_GT(after.size(), before.size()) << fallback;
+        const std::string after = ReadText(log);
+        ASSERT_GT(after.size(), before.size()) << log;
         EXPECT_TRUE(Contains(after.substr(before.size()), tool_expect::notPipeMode)) << after;
+        EXPECT_FALSE(Contains(after.substr(before.size()), tool_expect::normalEnd)) << after;
     }
     EXPECT_FALSE(fs::exists(folder / "file" / "logs"));
 }
