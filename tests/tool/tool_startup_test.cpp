@@ -2,6 +2,8 @@
 #include "tool_expectations.h"
 #include "tool_job.h"
 
+#include "tests/support/process_env.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -33,8 +35,8 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
         EXPECT_FALSE(contains(log, tool_expect::normalEnd)) << log;
     }
     // Where no log can be opened, standard error is what tells: its folder would be under a file.
-    const auto file =
-        std::filesystem::temp_directory_path() / ("mirrack-not-a-folder-" + ToolRun::PipeNameText());
+    const auto file = std::filesystem::temp_directory_path() /
+                      ("mirrack-not-a-folder-" + std::to_string(test_env::process_id()));
     std::ofstream(file) << "a file";
     ToolRun unlogged({"-log", (file / "tool.log").string()});
     EXPECT_EQ(unlogged.WaitForExit(), 0);
