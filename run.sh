@@ -17,8 +17,10 @@ need_packages() {
         echo "Installing: ${missing[*]}"
         local sudo=""
         [ "$(id -u)" = 0 ] || sudo="sudo"
-        $sudo apt-get update -qq
-        DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
+        # Another apt or dpkg at work holds the lock: wait for it rather than fail.
+        $sudo apt-get -o DPkg::Lock::Timeout=900 update -qq
+        DEBIAN_FRONTEND=noninteractive $sudo apt-get -o DPkg::Lock::Timeout=900 install -y -qq "${missing[@]}" \
+            >/dev/null
     fi
 }
 

@@ -55,7 +55,7 @@ ensure_deb_src() {
     add_source_entries /etc/apt/sources.list.d/mirrack-src.list "$lines"
     local sudo=""
     [ "$(id -u)" = 0 ] || sudo="sudo"
-    $sudo apt-get update -qq
+    $sudo apt-get -o DPkg::Lock::Timeout=900 update -qq
 }
 
 LIBRARIES=(zlib tinyxml boost_program_options googletest)
@@ -186,5 +186,9 @@ cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.c
     -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH="$BENCH" -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build "$OUT/build" -j "$JOBS"
-echo "Windows cross-build: OK. The executables:"
-ls -1 "$OUT"/build/bin/*.exe
+echo "Windows cross-build: OK."
+echo "The tool and its client:"
+ls -1 "$OUT/build/bin/mirrack.exe"
+ls -1 "$OUT/build/bin/mirrack-client.exe"
+echo "The test suites (./run.sh wine runs them under Wine):"
+ls -1 "$OUT"/build/bin/test_*.exe

@@ -8,8 +8,8 @@ wine_install() {
         local sudo=""
         [ "$(id -u)" = 0 ] || sudo="sudo"
         echo "Installing Wine"
-        $sudo apt-get update -qq
-        DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq wine wine64 >/dev/null
+        $sudo apt-get -o DPkg::Lock::Timeout=900 update -qq
+        DEBIAN_FRONTEND=noninteractive $sudo apt-get -o DPkg::Lock::Timeout=900 install -y -qq wine wine64 >/dev/null
     fi
 }
 

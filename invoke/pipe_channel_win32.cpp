@@ -48,6 +48,12 @@ void abandon_pending_connect(HANDLE pipe, OVERLAPPED& overlapped) {
         ::GetOverlappedResult(pipe, &overlapped, &ignored, TRUE);
 }
 
+// A client that connected before the call, or that connected and has already closed its end:
+// either way the client has been, and the first read tells which.
+bool client_has_come(DWORD error) {
+    return error == ERROR_PIPE_CONNECTED || error == ERROR_NO_DATA;
+}
+
 } // namespace
 
 client_wait_t wait_for_client(pipe_channel_t& channel,
@@ -60,22 +66,28 @@ client_wait_t wait_for_client(pipe_channel_t& channel,
     for (const auto& event : other_events)
         handles.push_back(event->handle());
 
-    for (;;) {
-        const BOOL done = ::ConnectNamedPipe(channel.handle(), &overlapped);
-        const DWORD error = done ? ERROR_SUCCESS : ::GetLastError();
-        if (!done && error == ERROR_PIPE_CONNECTED)
-            return client_wait_t::connected;
-        if (!done && error != ERROR_IO_PENDING)
-            throw exc::win_sys_exc_t("Failed to connect named pipe.", error);
-        const DWORD woken =
-            win::wait_for_objects(handles.data(), static_cast<DWORD>(handles.size()), false, timeout_ms);
-        if (woken != win::wait_object_0) {
-            abandon_pending_connect(channel.handle(), overlapped);
-            return client_wait_t::timed_out;
-        }
-        // The next connect call reports the client as connected.
-        connected.reset();
+    const BOOL done = ::ConnectNamedPipe(channel.handle(), &overlapped);
+    const DWORD error = done ? ERROR_SUCCESS : ::GetLastError();
+    if (done || client_has_come(error))
+        return client_wait_t::connected;
+    if (error != ERROR_IO_PENDING)
+        throw exc::win_sys_exc_t("Failed to connect named pipe.", error);
+    const DWORD woken =
+        win::wait_for_objects(handles.data(), static_cast<DWORD>(handles.size()), false, timeout_ms);
+    if (woken != win::wait_object_0) {
+        abandon_pending_connect(channel.handle(), overlapped);
+        return client_wait_t::timed_out;
     }
+    // The event says that the connect has completed: its result is the overlapped one. A second
+    // connect call would find a client that has already left, and fail where the first read
+    // should see the pipe broken.
+    DWORD ignored = 0;
+    if (::GetOverlappedResult(channel.handle(), &overlapped, &ignored, FALSE))
+        return client_wait_t::connected;
+    const DWORD completion = ::GetLastError();
+    if (client_has_come(completion))
+        return client_wait_t::connected;
+    throw exc::win_sys_exc_t("Failed to connect named pipe.", completion);
 }
 
 std::shared_ptr<pipe_channel_t> connect_client_channel(const std::wstring& full_path, DWORD timeout_ms) {

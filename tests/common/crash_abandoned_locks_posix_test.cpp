@@ -1,5 +1,6 @@
-// Workers abandoned by the crash frame while they wait or write: the locks they held do not
-// take the rest of the process with them.
+// POSIX only: the workers are killed by signals sent to their kernel threads, and /proc tells when one
+// sleeps. Workers abandoned by the crash frame while they wait or write: the locks they held do not take the
+// rest of the process with them.
 #include "common/logging/log_t.h"
 #include "common/monitoring/thread_states.h"
 #include "common/win/event.h"

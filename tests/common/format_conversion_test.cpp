@@ -1,5 +1,6 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "tests/support/process_env.h"
 
 #include <gtest/gtest.h>
 
@@ -79,4 +80,15 @@ TEST(LogShortening, KeepsShortTextAndCutsLongTextAt128) {
     EXPECT_EQ(shorten_for_log(exact), exact);
     const std::string longer = std::string(128, 'y') + "tail";
     EXPECT_EQ(shorten_for_log(longer), std::string(128, 'y') + "..., length: 132");
+}
+
+TEST(EnvironmentExpansion, KnownNamesExpandUnknownOnesStay) {
+    test_env::set("MIRRACK_CORE_TEST_VAR", "value");
+    test_env::unset("MIRRACK_CORE_UNSET_VAR");
+    EXPECT_EQ(expand_env(L"a%MIRRACK_CORE_TEST_VAR%b"), L"avalueb");
+    EXPECT_EQ(expand_env(L"%MIRRACK_CORE_UNSET_VAR%%MIRRACK_CORE_TEST_VAR%"),
+              L"%MIRRACK_CORE_UNSET_VAR%value");
+    EXPECT_EQ(expand_env(L"100% and %%"), L"100% and %%");
+    EXPECT_EQ(expand_env(L"%MIRRACK_CORE_TEST_VAR"), L"%MIRRACK_CORE_TEST_VAR");
+    EXPECT_EQ(expand_env(L""), L"");
 }

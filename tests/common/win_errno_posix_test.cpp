@@ -1,3 +1,4 @@
+// POSIX only: the translation of errno into the Win32 codes that Windows reports itself.
 // The Win32 code and text that a failing platform call reports, by the situation that made it
 // fail, as Windows words it.
 #include "common/exc/exc.h"

@@ -1,6 +1,8 @@
 // System error texts as Windows words them, for comparing with expected texts on both builds.
 #pragma once
 
+#include "tests/support/under_wine.h"
+
 #include <string>
 #include <utility>
 
@@ -9,7 +11,8 @@ namespace wine_texts {
 // Wine's message tables word a few system errors otherwise than Windows' do: under Wine, its
 // wording is read as Windows'. Elsewhere the text stays as it is.
 inline std::string as_windows(std::string text) {
-#ifdef _WIN32
+    if (!test_support::under_wine())
+        return text;
     static const std::pair<std::string, std::string> wordings[] = {
         {"Access denied.", "Access is denied."},
         {"File not found.", "The system cannot find the file specified."},
@@ -23,7 +26,6 @@ inline std::string as_windows(std::string text) {
         for (std::size_t at = text.find(wine); at != std::string::npos;
              at = text.find(wine, at + windows.size()))
             text.replace(at, wine.size(), windows);
-#endif
     return text;
 }
 

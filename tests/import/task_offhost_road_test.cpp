@@ -2,7 +2,7 @@
 // transportable snapshot, mirrack on the proxy imports it from the host's documents and
 // converts the host's paths; driven step by step, and as mirrack-client offhost does it.
 #include "import_test_support.h"
-#include "tool_run_posix.h"
+#include "tool_run.h"
 
 #include "client/offhost_road.h"
 #include "client/subcommand.h"

@@ -88,6 +88,13 @@ TEST(PipeTransport, AClientThatLeavesIsABrokenPipeNotAnError) {
     byte_buffer_t message = pattern(5);
     EXPECT_FALSE(pair.server->ReadMessage(message));
     EXPECT_FALSE(pair.server->WriteMessage(pattern(100)));
+
+    // One that has gone before the server waits for it has come all the same.
+    const std::wstring path = pipe_test::fresh_pipe_path();
+    const auto server = CreateNamedPipeEndpoint(path);
+    connect_client_channel(path, 5000).reset();
+    server->WaitClient(std::make_shared<win::win_manual_reset_event_t>(), 1000);
+    EXPECT_FALSE(server->ReadMessage(message));
 }
 
 TEST(PipeTransport, WaitForClientEndsOnTimeLimitOrSignalledEvent) {

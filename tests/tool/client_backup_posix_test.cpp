@@ -1,7 +1,7 @@
 // POSIX only: the road runs on a simulated host made by mirrack-lab.
 // mirrack-client backup against the real mirrack on a sample host made by mirrack-lab:
 // the files that arrive, the results the writer gets, and a host left clean.
-#include "tool_run_posix.h"
+#include "tool_run.h"
 
 #include "client/subcommand.h"
 #include "lab/sample_host.h"
@@ -25,12 +25,12 @@ TEST(ClientBackup, EveryVmArrivesInItsFolderAndItsResultReachesTheWriter) {
     const std::string failed = (*std::next(std::sregex_iterator(spec.begin(), spec.end(), vm), 2))[1];
 
     ToolRun tool(ToolRun::PipeMode(), {}, host);
-    ::setenv("MIRRACK_PIPE_DIR", tool.PipeFolder().c_str(), 1);
+    tool.DirectClients();
     const fs::path backup = host / "backup";
     std::ostringstream o, e;
     const int status =
-        client::RunClient({"--pipe", ToolRun::pipeName, "backup", "--spec", (host / "spec.xml").string(),
-                           "--to", backup.string(), "--fail-vm", failed},
+        client::RunClient({"--pipe", ToolRun::PipeNameText(), "backup", "--spec",
+                           (host / "spec.xml").string(), "--to", backup.string(), "--fail-vm", failed},
                           o, e);
     const std::string out = o.str() + e.str();
     EXPECT_EQ(tool.WaitForExit(), 0) << out;

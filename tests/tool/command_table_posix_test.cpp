@@ -1,3 +1,4 @@
+// POSIX only: the heap in use is read from glibc's mallinfo2.
 #include "tool/mirrack_dispatcher.h"
 
 #include "common/exc/exc.h"

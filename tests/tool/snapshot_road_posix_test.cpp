@@ -3,7 +3,7 @@
 // BeginSnapshotCreation to the close, as the backup server drives it, and the
 // failures on the way, a worker killed by a signal among them. Whatever happens, the tool
 // goes on serving and the host is left without shadow copies.
-#include "tool_job_posix.h"
+#include "tool_job.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"

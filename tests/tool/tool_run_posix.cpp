@@ -1,4 +1,4 @@
-#include "tool_run_posix.h"
+#include "tool_run.h"
 
 #include "tests/support/sanitizer_report.h"
 
@@ -57,30 +57,30 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesyste
         tokens.push_back("-log");
         tokens.push_back((folder / "tool.log").string());
     }
-    pid = ::fork();
-    if (pid < 0)
+    const pid_t child = ::fork();
+    if (child < 0)
         throw std::runtime_error("cannot start the tool");
-    if (pid == 0)
+    if (child == 0)
         ExecTool(tokens, folder, pipeFolder, hostFolder);
+    pid = child;
 }
 
 ToolRun::~ToolRun() {
     if (pid > 0 && status < 0) {
-        ::kill(pid, SIGKILL);
-        ::waitpid(pid, nullptr, 0);
+        ::kill(static_cast<pid_t>(pid), SIGKILL);
+        ::waitpid(static_cast<pid_t>(pid), nullptr, 0);
     }
     test_support::expect_no_sanitizer_report(folder / "stdout.txt");
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
 }
 
-std::vector<std::string> ToolRun::PipeMode() {
-    return {"-p", "-n", pipeName, "-o", "LOG"};
+std::string ToolRun::PipeNameText() {
+    return "tool-test";
 }
 
-std::wstring ToolRun::PipeName() {
-    const std::string name = pipeName;
-    return std::wstring(name.begin(), name.end());
+void ToolRun::DirectClients() const {
+    ::setenv("MIRRACK_PIPE_DIR", pipeFolder.c_str(), 1);
 }
 
 int ToolRun::WaitForExit() {
@@ -88,22 +88,15 @@ int ToolRun::WaitForExit() {
         return status;
     int raw = 0;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-    while (::waitpid(pid, &raw, WNOHANG) == 0) {
+    const auto child = static_cast<pid_t>(pid);
+    while (::waitpid(child, &raw, WNOHANG) == 0) {
         if (std::chrono::steady_clock::now() > deadline) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, &raw, 0);
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &raw, 0);
             break;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
     return status;
-}
-
-std::string ToolRun::LogText() const {
-    return read_file(folder / "tool.log");
-}
-
-std::string ToolRun::OutputText() const {
-    return read_file(folder / "stdout.txt");
 }

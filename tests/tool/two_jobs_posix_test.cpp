@@ -1,8 +1,9 @@
+// POSIX only: both tools run on one simulated host made by mirrack-lab.
 // What the tool meets on a host that keeps the VSS contract: two mirrack processes on one
 // simulated host, each driven through its pipe. One shadow-copy creation runs at a time,
 // a set holds at most 64 volumes, and a cluster shared volume's backup state is the
 // volume's, shared by every job on it.
-#include "tool_job_posix.h"
+#include "tool_job.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"

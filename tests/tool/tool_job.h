@@ -2,7 +2,7 @@
 // one is given, and a client connected to its pipe.
 #pragma once
 
-#include "tool_run_posix.h"
+#include "tool_run.h"
 
 #include "client/invoke_client.h"
 

@@ -5,19 +5,17 @@
 #include "tests/support/text_file.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
-
 class ToolRun {
 public:
-    static constexpr const char* pipeName = "tool-test";
-
     // Starts mirrack with the given tokens followed by "-log <folder>/tool.log", unless they
     // name a log of their own.
     // Pipes live in a folder of this run unless another one is given. The tool
-    // sees no simulated host unless one is given.
+    // sees no simulated host unless one is given. Both folders are POSIX's: Windows has one
+    // namespace of pipes and no simulated host.
     explicit ToolRun(const std::vector<std::string>& arguments,
                      const std::filesystem::path& sharedPipeFolder = std::filesystem::path(),
                      const std::filesystem::path& hostFolder = std::filesystem::path());
@@ -26,8 +24,14 @@ public:
     ToolRun(const ToolRun&) = delete;
     ToolRun& operator=(const ToolRun&) = delete;
 
-    // The pipe-mode tokens: -p -n <pipeName> -o LOG.
+    // The pipe-mode tokens: -p -n <PipeNameText()> -o LOG.
     static std::vector<std::string> PipeMode();
+    // The pipe's name as the tool and a client give it: fixed on POSIX, where each run has a
+    // folder of its own; on Windows, where pipe names are the machine's, one per test process.
+    static std::string PipeNameText();
+    static std::wstring PipeName();
+    // Points the clients of this process at the tool's pipes.
+    void DirectClients() const;
 
     // The exit status, or 128 plus the signal that ended it. A process that
     // has not ended within a minute is killed, so a hung tool fails one test only.
@@ -37,14 +41,14 @@ public:
     std::string OutputText() const;
 
     const std::filesystem::path& PipeFolder() const { return pipeFolder; }
-    pid_t Pid() const { return pid; }
-    // The pipe's name as a client gives it.
-    static std::wstring PipeName();
+    const std::filesystem::path& Folder() const { return folder; }
+    long long Pid() const { return pid; }
 
 private:
     std::filesystem::path folder;
     std::filesystem::path pipeFolder;
-    pid_t pid = -1;
+    long long pid = -1;
+    std::shared_ptr<void> process; // Windows' child process
     int status = -1;
 };
 

@@ -1,4 +1,4 @@
-#include "tool_job_posix.h"
+#include "tool_job.h"
 
 #include "tool_expectations.h"
 
@@ -7,14 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 using client::CRequestArguments;
 using client::CResponse;
 
 ToolJob::ToolJob(const std::filesystem::path& hostFolder) : run(ToolRun::PipeMode(), {}, hostFolder) {
-    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+    run.DirectClients();
     connection = client::CInvokeClient::Connect(ToolRun::PipeName());
 }
 
