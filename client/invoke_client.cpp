@@ -49,11 +49,18 @@ std::optional<std::wstring> CInvokeClient::ReceiveFrame() {
     win::pipes::byte_buffer_t message;
     if (!win::pipes::ReadWholeMessage(Channel(), message))
         return std::nullopt;
-    return win::pipes::DecodeFrameText(message).text;
+    std::wstring text = win::pipes::DecodeFrameText(message).text;
+    if (frameObserver)
+        frameObserver(text);
+    return text;
 }
 
 void CInvokeClient::Disconnect() {
     channel.reset();
+}
+
+void CInvokeClient::ObserveFrames(std::function<void(const std::wstring& frame)> observer) {
+    frameObserver = std::move(observer);
 }
 
 } // namespace client

@@ -7,6 +7,7 @@
 #include "compat/win_types.h"
 #include "invoke/pipe_handler.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,12 +40,16 @@ public:
     // Closes the connection; the server takes it as the end of the session.
     void Disconnect();
 
+    // Hears every response frame's text as it arrives, for a caller that audits the server.
+    void ObserveFrames(std::function<void(const std::wstring& frame)> observer);
+
     explicit CInvokeClient(std::shared_ptr<win::pipes::pipe_channel_t> channel);
 
 private:
     win::pipes::pipe_channel_t& Channel() const;
 
     std::shared_ptr<win::pipes::pipe_channel_t> channel;
+    std::function<void(const std::wstring& frame)> frameObserver;
 };
 
 // The request text of a command.
