@@ -155,8 +155,8 @@ private:
                 return 1;
             }
         }
-        if (auto broken = check_host(hosts, records, audit); !broken.empty()) {
-            print_broken(out, broken, records.size() == 1 ? &records.front() : nullptr, replay, journal);
+        if (auto verdict = check_host(hosts, records, audit); !verdict.broken.empty()) {
+            print_broken(out, verdict.broken, verdict.job, replay, journal);
             for (auto& record : records)
                 out << "  " << describe(record.draw) << "\n";
             return 1;

@@ -22,6 +22,12 @@ struct host_audit_t {
     std::set<std::wstring> offhost_sets; // snapshot sets of off-host jobs: theirs may wait for import
 };
 
+// A broken invariant of the host, and the job it concerns when it is one job's.
+struct host_verdict_t {
+    std::string broken;
+    const job_record_t* job = nullptr;
+};
+
 // The host after the sweep, once the round's tools have all ended: no copy of a dead owner
 // (transportable copies of off-host jobs aside), no creation in progress, no cluster shared
 // volume in backup; in the journal every prepared backup completed or aborted, and each

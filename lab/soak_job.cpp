@@ -20,7 +20,7 @@ using clock_t_ = std::chrono::steady_clock;
 namespace {
 
 // Startup, a whole road and the end of a tool, with room for a slow machine or a sanitizer.
-constexpr unsigned base_budget_ms = 60000;
+constexpr unsigned base_budget_ms = 30000;
 // How long a client tries to reach a tool that is starting.
 constexpr DWORD connect_timeout_ms = 30000;
 
