@@ -32,7 +32,7 @@ struct host_verdict_t {
 // (transportable copies of off-host jobs aside), no creation in progress, no cluster shared
 // volume in backup; in the journal every prepared backup completed or aborted, and each
 // completed backup's results as the job's verdicts said. Moves the audit past the round.
-std::string check_host(const soak_hosts_t& hosts, const std::vector<job_record_t>& round,
-                       host_audit_t& audit);
+host_verdict_t check_host(const soak_hosts_t& hosts, const std::vector<job_record_t>& round,
+                          host_audit_t& audit);
 
 } // namespace lab
