@@ -208,8 +208,8 @@ std::string check_job(const job_record_t& record) {
     return "";
 }
 
-std::string check_host(const soak_hosts_t& hosts, const std::vector<job_record_t>& round,
-                       host_audit_t& audit) {
+host_verdict_t check_host(const soak_hosts_t& hosts, const std::vector<job_record_t>& round,
+                          host_audit_t& audit) {
     const auto journal = journal_since(hosts.host / "state" / "journal.txt", audit.journal_offset);
     const auto backups = read_backups(hosts.host / "state" / "backups.txt");
     for (auto& job : round) {
