@@ -16,6 +16,13 @@ void async_operation_t::end_if_due() {
     if (ended_ || std::chrono::steady_clock::now() < due_)
         return;
     ended_ = true;
+    // Cancelled is a success code, yet it means the operation ended without its effect.
+    if (plan_.status == VSS_S_ASYNC_CANCELLED) {
+        status_ = VSS_S_ASYNC_CANCELLED;
+        if (plan_.cancel)
+            plan_.cancel();
+        return;
+    }
     status_ = plan_.finish ? plan_.finish(plan_.status) : plan_.status;
 }
 

@@ -22,7 +22,8 @@ struct async_plan_t {
     // Runs once when the operation ends by itself, with the planned status; returns the
     // status the operation ends with.
     std::function<HRESULT(HRESULT)> finish;
-    // Runs once when the operation is cancelled before it ended.
+    // Runs once when the operation is cancelled before it ended, or ends with a planned
+    // cancelled status (in place of finish).
     std::function<void()> cancel;
 };
 

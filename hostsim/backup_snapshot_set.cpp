@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <cwchar>
 
@@ -28,13 +27,6 @@ const std::size_t max_volumes_in_set = 64;
 // Volume names and share paths are taken only in their full form, with the closing backslash.
 bool names_a_volume(const wchar_t* name) {
     return name && *name && name[std::wcslen(name) - 1] == L'\\';
-}
-
-std::int64_t filetime_now() {
-    using namespace std::chrono;
-    const std::int64_t unix_to_filetime = 116444736000000000LL;
-    return unix_to_filetime +
-           duration_cast<microseconds>(system_clock::now().time_since_epoch()).count() * 10;
 }
 
 VSS_PWSZ new_task_string(const std::wstring& text) {

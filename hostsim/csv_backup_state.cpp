@@ -22,6 +22,16 @@ std::wstring sets_of(const csv_state_t& volume) {
     return sets;
 }
 
+std::wstring owners_of(const csv_state_t& volume) {
+    std::wstring owners;
+    for (auto& p : volume.preparations) {
+        const std::wstring pid = std::to_wstring(p.owner.pid);
+        if ((L";" + owners + L";").find(L";" + pid + L";") == std::wstring::npos)
+            owners += (owners.empty() ? L"" : L";") + pid;
+    }
+    return owners;
+}
+
 } // namespace
 
 void prepare_csv_volume(const state_store_t& state, const std::wstring& volume_name,
@@ -33,9 +43,10 @@ void prepare_csv_volume(const state_store_t& state, const std::wstring& volume_n
     if (volume == volumes.end())
         volume = volumes.insert(volumes.end(), {volume_name, {}});
     auto& preparations = volume->preparations;
-    if (std::none_of(preparations.begin(), preparations.end(),
-                     [&](const csv_preparation_t& p) { return p.set_id == job && iequals(p.path, path); }))
-        preparations.push_back({job, path});
+    if (std::none_of(preparations.begin(), preparations.end(), [&](const csv_preparation_t& p) {
+            return p.set_id == job && p.owner.pid == this_process().pid && iequals(p.path, path);
+        }))
+        preparations.push_back({job, this_process(), path});
     state.save_csv_volumes(volumes);
 }
 
@@ -62,6 +73,22 @@ void end_csv_backup_state(const state_store_t& state, const GUID& set_id) {
     for (auto it = ended; it != volumes.end(); ++it)
         state.journal("CsvBackupStateEnded", {it->volume_name, guid_text(set_id)});
     volumes.erase(ended, volumes.end());
+    state.save_csv_volumes(volumes);
+}
+
+void end_csv_backup_states_of_dead_processes(const state_store_t& state) {
+    auto lock = state.lock();
+    auto volumes = state.csv_volumes();
+    auto abandoned = std::stable_partition(volumes.begin(), volumes.end(), [](const csv_state_t& v) {
+        return std::any_of(v.preparations.begin(), v.preparations.end(),
+                           [](const csv_preparation_t& p) { return is_alive(p.owner); });
+    });
+    if (abandoned == volumes.end())
+        return;
+    for (auto it = abandoned; it != volumes.end(); ++it)
+        state.journal("RemoveAbandonedCsvBackupState",
+                      {it->volume_name, sets_of(*it), L"owner " + owners_of(*it) + L" is gone"});
+    volumes.erase(abandoned, volumes.end());
     state.save_csv_volumes(volumes);
 }
 

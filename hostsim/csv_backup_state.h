@@ -15,6 +15,9 @@ void prepare_csv_volume(const state_store_t& state, const std::wstring& volume_n
 void clear_csv_volume(const state_store_t& state, const std::wstring& volume_name);
 // The job of the set has ended: every volume it prepared leaves the backup state.
 void end_csv_backup_state(const state_store_t& state, const GUID& set_id);
+// The sweep of a dead requester: a volume that only dead processes prepared leaves the backup
+// state, as the cluster ends it when the job's requester goes away. The journal names them.
+void end_csv_backup_states_of_dead_processes(const state_store_t& state);
 // Does a creation other than the set's hold the volume (it prepared it and is still running)?
 bool csv_volume_held_elsewhere(const state_store_t& state, const std::wstring& volume_name,
                                const GUID& set_id);

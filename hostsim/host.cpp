@@ -1,5 +1,6 @@
 #include "hostsim/host.h"
 
+#include "hostsim/csv_backup_state.h"
 #include "hostsim/wide_text.h"
 
 #include <cstdio>
@@ -134,6 +135,7 @@ std::shared_ptr<host_t> host_t::open(const fs::path& dir) {
         new host_t(fs::absolute(dir), std::get<host_model_t>(std::move(loaded)), {}));
     host->state_ = std::make_unique<state_store_t>(host->dir_);
     host->state_->remove_abandoned_shadows();
+    end_csv_backup_states_of_dead_processes(*host->state_);
     return host;
 }
 

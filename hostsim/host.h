@@ -51,7 +51,8 @@ struct call_outcome_t {
 
 class host_t {
 public:
-    // Loads <dir>/host.xml and opens <dir>/state, removing abandoned shadow copies.
+    // Loads <dir>/host.xml and opens <dir>/state, ending what dead processes left: shadow
+    // copies, a creation, cluster shared volumes in backup.
     static std::shared_ptr<host_t> open(const std::filesystem::path& dir);
     // The host of a process without MIRRACK_HOST: nothing on it.
     static std::shared_ptr<host_t> empty();

@@ -141,15 +141,20 @@ std::optional<creation_record_t> parse_creation_line(const std::wstring& line) {
 std::wstring csv_line(const csv_state_t& v) {
     std::wstring line = clean_field(v.volume_name);
     for (auto& p : v.preparations)
-        line += L"\t" + guid_text(p.set_id) + L"\t" + clean_field(p.path);
+        line += L"\t" + guid_text(p.set_id) + L"\t" + identity_text(p.owner) + L"\t" + clean_field(p.path);
     return line;
 }
 
 std::optional<csv_state_t> parse_csv_line(const std::wstring& line) {
     auto f = split_fields(line);
     csv_state_t v{f[0], {}};
-    for (std::size_t i = 1; i + 1 < f.size(); i += 2)
-        v.preparations.push_back({parse_guid(f[i]).value_or(GUID_NULL), f[i + 1]});
+    try {
+        for (std::size_t i = 1; i + 2 < f.size(); i += 3)
+            v.preparations.push_back(
+                {parse_guid(f[i]).value_or(GUID_NULL), parse_identity(f[i + 1]), f[i + 2]});
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
     return v;
 }
 
@@ -162,6 +167,13 @@ std::wstring utc_now_text() {
     char text[32];
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &utc);
     return from_utf8(text);
+}
+
+std::int64_t filetime_now() {
+    using namespace std::chrono;
+    const std::int64_t unix_to_filetime = 116444736000000000LL;
+    return unix_to_filetime +
+           duration_cast<microseconds>(system_clock::now().time_since_epoch()).count() * 10;
 }
 
 process_identity_t this_process() {

@@ -43,9 +43,10 @@ struct creation_record_t {
 };
 
 // A cluster shared volume in backup: the jobs (snapshot sets; GUID_NULL for a caller that
-// was creating none) and the paths by which they prepared it.
+// was creating none), the processes that run them, and the paths by which they prepared it.
 struct csv_preparation_t {
     GUID set_id{};
+    process_identity_t owner;
     std::wstring path;
 };
 struct csv_state_t {
@@ -112,6 +113,8 @@ private:
 };
 
 std::wstring utc_now_text();
+// Now in FILETIME ticks, as shadow copies are stamped.
+std::int64_t filetime_now();
 
 std::vector<std::wstring> read_lines(const std::filesystem::path& file);
 std::vector<std::wstring> split_fields(const std::wstring& line);

@@ -4,6 +4,8 @@
 #include "hostsim/state_store.h"
 #include "hostsim/wide_text.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <iomanip>
 #include <sstream>
 
@@ -14,9 +16,16 @@ namespace {
 using hostsim::to_utf8;
 
 std::string owner_text(const hostsim::process_identity_t& owner) {
-    if (owner.pid == 0)
-        return "awaiting import";
     return "pid " + std::to_string(owner.pid) + (hostsim::is_alive(owner) ? "" : " (gone)");
+}
+
+// How long ago a copy was made, from its FILETIME stamp: hours, minutes and seconds.
+std::string age_text(std::int64_t created) {
+    const std::int64_t seconds = std::max<std::int64_t>(0, (hostsim::filetime_now() - created) / 10000000);
+    char text[32];
+    std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", static_cast<long long>(seconds / 3600),
+                  static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60));
+    return text;
 }
 
 // The VM name of a Hyper-V component, for people who know their VMs by name.
@@ -28,19 +37,37 @@ std::string caption_of(const hostsim::host_t& host, const std::wstring& componen
     return "";
 }
 
-void report_shadows(std::ostream& out, const hostsim::state_store_t& state) {
-    auto shadows = state.shadows();
-    out << "Live shadow copies: " << shadows.size() << "\n";
-    if (shadows.empty())
+using shadow_iterator = std::vector<hostsim::shadow_record_t>::const_iterator;
+
+// One row a copy: its number, volume, provider and the caller's last column, then its device
+// and set.
+template <class LastColumn>
+void shadow_table(std::ostream& out, shadow_iterator first, shadow_iterator last, const char* last_heading,
+                  LastColumn last_column) {
+    if (first == last)
         return;
     out << "  " << std::left << std::setw(4) << "N" << std::setw(52) << "Volume" << std::setw(40)
-        << "Provider"
-        << "Owner\n";
-    for (auto& s : shadows)
-        out << "  " << std::setw(4) << s.number << std::setw(52) << to_utf8(s.volume_name) << std::setw(40)
-            << to_utf8(hostsim::guid_text(s.provider_id)) << owner_text(s.owner) << "\n"
-            << "      device \\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy" << s.number << "  set "
-            << to_utf8(hostsim::guid_text(s.set_id)) << "\n";
+        << "Provider" << last_heading << "\n";
+    for (auto s = first; s != last; ++s)
+        out << "  " << std::setw(4) << s->number << std::setw(52) << to_utf8(s->volume_name) << std::setw(40)
+            << to_utf8(hostsim::guid_text(s->provider_id)) << last_column(*s) << "\n"
+            << "      device \\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy" << s->number << "  set "
+            << to_utf8(hostsim::guid_text(s->set_id)) << "\n";
+}
+
+// Copies that a process owns, and apart from them the transportable copies that no process
+// owns any more: they stay on the storage until an import takes them, whatever became of the
+// job that made them.
+void report_shadows(std::ostream& out, const hostsim::state_store_t& state) {
+    auto shadows = state.shadows();
+    const auto waiting = std::stable_partition(
+        shadows.begin(), shadows.end(), [](const hostsim::shadow_record_t& s) { return s.owner.pid != 0; });
+    out << "Live shadow copies: " << (waiting - shadows.begin()) << "\n";
+    shadow_table(out, shadows.cbegin(), shadow_iterator(waiting), "Owner",
+                 [](const hostsim::shadow_record_t& s) { return owner_text(s.owner); });
+    out << "Shadow copies waiting for import: " << (shadows.end() - waiting) << "\n";
+    shadow_table(out, shadow_iterator(waiting), shadows.cend(), "Age",
+                 [](const hostsim::shadow_record_t& s) { return age_text(s.created); });
 }
 
 void report_creation(std::ostream& out, const hostsim::state_store_t& state) {

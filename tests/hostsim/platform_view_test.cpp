@@ -108,8 +108,9 @@ TEST(PlatformView, ClusterSharedVolumesArePreparedThroughTheirFiles) {
     EXPECT_STREQ(mount, L"C:\\ClusterStorage\\Volume1\\");
     EXPECT_EQ(host.state_lines("csv.txt"),
               std::vector<std::string>{"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\\t"
-                                       "{00000000-0000-0000-0000-000000000000}\t"
-                                       "C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"})
+                                       "{00000000-0000-0000-0000-000000000000}\t" +
+                                       this_process_text() +
+                                       "\tC:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx"})
         << "prepared outside any snapshot creation";
     EXPECT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\VMs\\vm1\\vm1.vhdx", mount, &mount_length, name,
                                                   &name_length),

@@ -1,6 +1,7 @@
 #include "scratch_host.h"
 
 #include "hostsim/host_access.h"
+#include "hostsim/state_store.h"
 
 #include <gtest/gtest.h>
 
@@ -159,6 +160,11 @@ GUID start_set(IVssBackupComponents* backup) {
     VSS_ID set_id{};
     EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
     return set_id;
+}
+
+std::string this_process_text() {
+    const auto self = hostsim::this_process();
+    return std::to_string(self.pid) + ":" + std::to_string(self.start);
 }
 
 int dead_pid() {

@@ -57,6 +57,8 @@ HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID
 // Starts a snapshot set; its id.
 GUID start_set(IVssBackupComponents* backup);
 
+// This process as the host's records name it: pid and start time.
+std::string this_process_text();
 // The pid of a process that has ended.
 int dead_pid();
 // Runs body in a child process; true if it returned 0.

@@ -4,6 +4,7 @@
 #include "scratch_host.h"
 
 #include "compat/cluster_api.h"
+#include "hostsim/host.h"
 #include "hostsim/host_access.h"
 #include "hostsim/wide_text.h"
 
@@ -127,8 +128,8 @@ TEST(AddToSnapshotSet, AClusterSharedVolumeThatAnotherCreationHoldsIsInProgress)
     for (auto& line : lock)
         text += line + "\n";
     host.write("state/creation.txt", text);
-    host.write("state/csv.txt",
-               std::string(csv_volume) + "\t" + other + "\tC:\\ClusterStorage\\Volume1\\x\n");
+    host.write("state/csv.txt", std::string(csv_volume) + "\t" + other + "\t" + std::to_string(getppid()) +
+                                    ":0\tC:\\ClusterStorage\\Volume1\\x\n");
 
     EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\"), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
@@ -201,6 +202,24 @@ TEST(IVssAsyncCancel, AnswersHowTheOperationEnded) {
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
 }
 
+TEST(IVssAsyncCancel, ACancelledStatusEndsTheOperationWithoutItsEffect) {
+    scratch_host_t host(sample_host_xml(R"(<Fault op="GatherWriterMetadata" nth="1" status="0x0004230B"/>
+                                           <Fault op="DoSnapshotSet" status="0x0004230B"/>)"));
+    auto ungathered = new_backup();
+    ASSERT_EQ(ungathered->InitializeForBackup(), S_OK);
+    ASSERT_EQ(run(ungathered.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_CANCELLED);
+    UINT count = 0;
+    EXPECT_EQ(ungathered->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "no metadata was gathered";
+
+    VSS_ID snapshot{};
+    auto backup = prepared_backup(&snapshot);
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_CANCELLED);
+    EXPECT_TRUE(host.state_lines("shadows.txt").empty()) << "no shadow copy was made";
+    EXPECT_TRUE(host.state_lines("creation.txt").empty());
+    VSS_SNAPSHOT_PROP prop{};
+    EXPECT_EQ(backup->GetSnapshotProperties(snapshot, &prop), VSS_E_OBJECT_NOT_FOUND);
+}
+
 TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
     scratch_host_t host;
     auto backup = gathered_backup();
@@ -222,10 +241,10 @@ TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeAndEndsWithTheJobThatPrep
     scratch_host_t host;
     auto backup = gathered_backup();
     const std::string set = start_and_prepare_twice(backup.get());
+    const std::string job = set + "\t" + this_process_text() + "\t";
     EXPECT_EQ(host.state_lines("csv.txt"),
-              std::vector<std::string>{std::string(csv_volume) + "\t" + set + "\t" +
-                                       hostsim::to_utf8(csv_disk) + "\t" + set + "\t" +
-                                       hostsim::to_utf8(csv_folder)});
+              std::vector<std::string>{std::string(csv_volume) + "\t" + job + hostsim::to_utf8(csv_disk) +
+                                       "\t" + job + hostsim::to_utf8(csv_folder)});
     backup = nullptr;
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the release ends the job";
     EXPECT_TRUE(journal_has(host, "CsvBackupStateEnded", csv_volume));
@@ -251,4 +270,34 @@ TEST(ClusterSharedVolumeBackupState, AClearClearsTheVolumeForEveryJob) {
         return record.size() == 4 && record[1] == "CsvBackupStateCleared" && record[2] == csv_volume &&
                record[3] == set;
     })) << "the jobs that lost their preparation are named";
+}
+
+TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {
+    scratch_host_t host;
+    // A job that dies holding its preparation, as a killed requester does.
+    auto prepare_and_die = [] {
+        auto backup = gathered_backup();
+        start_set(backup.get());
+        const DWORD prepared = prepare_csv(csv_disk);
+        backup.detach();
+        return prepared == 0 ? 0 : 2;
+    };
+    ASSERT_TRUE(in_child_process(prepare_and_die));
+    const auto prepared = host.state_lines("csv.txt");
+    ASSERT_EQ(prepared.size(), 1u);
+    hostsim::host_t::open(host.dir());
+    EXPECT_TRUE(host.state_lines("csv.txt").empty());
+    const auto journal = host.journal();
+    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(), [&](const std::vector<std::string>& record) {
+        return record.size() == 5 && record[1] == "RemoveAbandonedCsvBackupState" &&
+               record[2] == csv_volume && record[3] == prepared[0].substr(prepared[0].find('\t') + 1, 38) &&
+               record[4].find(" is gone") != std::string::npos;
+    })) << "the sweep names the volume and the job";
+
+    ASSERT_EQ(prepare_csv(csv_folder), DWORD(0)) << "a live process's preparation";
+    ASSERT_TRUE(in_child_process(prepare_and_die));
+    hostsim::host_t::open(host.dir());
+    const auto kept = host.state_lines("csv.txt");
+    ASSERT_EQ(kept.size(), 1u) << "the volume stays in backup while one who prepared it lives";
+    EXPECT_NE(kept[0].find(hostsim::to_utf8(csv_disk)), std::string::npos) << kept[0];
 }

@@ -8,6 +8,7 @@
 #include "client/subcommand.h"
 #include "common/format/format.h"
 #include "invoke/snapshot_ids.h"
+#include "lab/host_state_report.h"
 
 #include <gtest/gtest.h>
 
@@ -153,6 +154,35 @@ TEST(OffhostRoad, PathsAreRefusedUntilTheImportStandsAndClosingCancelsIt) {
     const std::string proxyLog = road.CloseBoth();
     EXPECT_TRUE(contains(proxyLog, "Import snapshot task has been cancelled.")) << proxyLog;
     EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
+}
+
+// Transportable copies outlive the job that made them: what a failed import leaves waits on the
+// storage, and the host's state lists it apart.
+TEST(OffhostRoad, AnImportCancelledByVssImportsNothingAndTheHostsCopiesWaitForAnImport) {
+    OffhostRoad road(R"(<Fault op="ImportSnapshots" status="0x0004230B"/>)");
+    const client::operation_status_t status = road.Import(road.documents.snapshotsXml);
+    EXPECT_FALSE(status.isSucceeded);
+    EXPECT_TRUE(contains(to_ansi(status.errDescription), "Import snapshot task has been cancelled."))
+        << to_ansi(status.errDescription);
+    road.CloseBoth();
+    EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty()) << "nothing was imported";
+
+    const auto waiting = road.hosts.Shadows(road.hosts.HostDir());
+    ASSERT_FALSE(waiting.empty());
+    const std::string state = lab::host_state_report(road.hosts.HostDir());
+    EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
+                                    std::to_string(waiting.size()) + "\n"))
+        << state;
+    for (const std::string& shadow : waiting) {
+        // The record's number, then its snapshot id and its set.
+        std::istringstream fields(shadow);
+        std::string number, snapshot, set;
+        std::getline(fields, number, '\t');
+        std::getline(fields, snapshot, '\t');
+        std::getline(fields, set, '\t');
+        EXPECT_TRUE(contains(state, "HarddiskVolumeShadowCopy" + number + "  set " + set + "\n")) << state;
+    }
+    EXPECT_TRUE(contains(state, "Age\n")) << state;
 }
 
 TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWhole) {

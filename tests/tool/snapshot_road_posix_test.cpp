@@ -10,6 +10,7 @@
 #include "hostsim/host_access.h"
 #include "invoke/files_list.h"
 #include "lab/host_state_report.h"
+#include "lab/lab_commands.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <sstream>
 #include <thread>
+#include <utility>
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -188,6 +191,19 @@ const road_failure_t failures[] = {
      .expected = {"Unknown status of async operation\n", createFailed},
      .neverCalled = "GetSnapshotProperties",
      .afterPrepare = true},
+    // Cancelled by VSS itself: the operation ends without its effect. Without the writers'
+    // metadata the walk's next call is refused.
+    {.name = "GatherCancelledByVss",
+     .hostExtra = R"(<Fault op="GatherWriterMetadata" status="0x0004230B"/>)",
+     .expected = {"Failed to get number of items in VSS metadata collection.\nA function call was made when "
+                  "the object was in an incorrect state for that function.\n--tr:Failed to collect Hyper-V "
+                  "writer metadata.\n--tr:Failed to initialize VSS backup."},
+     .neverCalled = "StartSnapshotSet"},
+    {.name = "SnapshotCancelledByVss",
+     .hostExtra = R"(<Fault op="DoSnapshotSet" status="0x0004230B"/>)",
+     .expected = {std::string("Snapshot task has been cancelled.\n") + createFailed},
+     .neverCalled = "GetSnapshotProperties",
+     .afterPrepare = true},
     {.name = "CloseDuringPrepare",
      .hostExtra = R"(<Fault op="PrepareForBackup" delayMs="600000"/>)",
      .closeAt = "PrepareForBackup",
@@ -263,7 +279,7 @@ TEST(SnapshotRoad, ASignalToTheWorkerDuringTheHoldLeavesTheToolServingAndNoShado
         "detect_leaks=0";
     ::setenv("ASAN_OPTIONS", withoutLeakCheck.c_str(), 1);
     Road road;
-    ASSERT_TRUE(road.Begin({{local_vm}}).IsSuccess());
+    ASSERT_TRUE(road.Begin({{local_vm}, {csv_vm}}).IsSuccess());
     ASSERT_TRUE(road.Succeeds());
     ASSERT_FALSE(road.host.state_lines("shadows.txt").empty());
 
@@ -277,9 +293,56 @@ TEST(SnapshotRoad, ASignalToTheWorkerDuringTheHoldLeavesTheToolServingAndNoShado
     EXPECT_TRUE(road.Call(L"GetAsyncOpStatus").IsSuccess());
     const std::string log = road.Close();
     EXPECT_TRUE(contains(log, finished)) << log;
-    // The abandoned worker never released its snapshot: the shadow copies end with the
-    // process, as auto-release shadow copies do, and the host's next caller sweeps them.
+    // The abandoned worker never released its snapshot: the shadow copies and the cluster
+    // shared volume's backup state end with the process, and the host's next caller sweeps them.
     const std::string state = lab::host_state_report(road.host.dir());
     EXPECT_TRUE(contains(state, "Live shadow copies: 0\n")) << state;
+    EXPECT_TRUE(contains(state, "Cluster shared volumes in backup: 0\n")) << state;
     EXPECT_TRUE(road.host.is_clean());
+}
+
+// Killed or stopped by a signal it does not handle, the tool leaves on the host what a dead
+// requester leaves: nothing, once the next caller has swept.
+TEST(SnapshotRoad, AToolEndedByASignalWhileCreatingHoldingOrClosingLeavesNothingHeldOnTheHost) {
+    enum class Stage { creating, holding, closing };
+    const std::pair<Stage, const char*> stages[] = {
+        {Stage::creating, R"(<Fault op="DoSnapshotSet" delayMs="600000"/>)"},
+        {Stage::holding, ""},
+        {Stage::closing, R"(<Fault op="BackupComplete" delayMs="600000"/>)"}};
+    for (const auto& [stage, fault] : stages) {
+        for (const int signal : {SIGKILL, SIGTERM, SIGINT, SIGHUP}) {
+            SCOPED_TRACE("stage " + std::to_string(static_cast<int>(stage)) + ", signal " +
+                         std::to_string(signal));
+            Road road(fault);
+            ASSERT_TRUE(road.Begin({{local_vm}, {csv_vm}}).IsSuccess());
+            std::thread closer;
+            if (stage == Stage::creating) {
+                road.WaitForCall("DoSnapshotSet");
+            } else {
+                ASSERT_TRUE(road.Succeeds());
+                ASSERT_EQ(road.host.state_lines("csv.txt").size(), 1u);
+            }
+            if (stage == Stage::closing) {
+                // The close waits for the backup's completion, which the signal cuts short.
+                closer = std::thread([&road] {
+                    try {
+                        road.Call(L"CloseSnapshot");
+                    } catch (...) {
+                    }
+                });
+                road.WaitForCall("BackupComplete");
+            }
+            ASSERT_EQ(::kill(road.run.Pid(), signal), 0);
+            EXPECT_EQ(road.run.WaitForExit(), 128 + signal);
+            if (closer.joinable())
+                closer.join();
+
+            std::ostringstream state, errors;
+            ASSERT_EQ(lab::run_lab_command({"state", road.host.dir().string()}, state, errors), 0);
+            EXPECT_TRUE(contains(state.str(), "Shadow-copy creation: none in progress\n")) << state.str();
+            EXPECT_TRUE(contains(state.str(), "Live shadow copies: 0\n")) << state.str();
+            EXPECT_TRUE(contains(state.str(), "Cluster shared volumes in backup: 0\n")) << state.str();
+            EXPECT_EQ(road.host.count("RemoveAbandonedCsvBackupState"), 1u);
+        }
+    }
 }
