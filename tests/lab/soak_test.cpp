@@ -42,6 +42,7 @@ protected:
         std::string pattern = (fs::temp_directory_path() / "mirrack-soak-test-XXXXXX").string();
         dir = ::mkdtemp(pattern.data());
         hosts = lab::make_soak_hosts(dir / "soak", false);
+        fs::create_directories(hosts.host / "state");
         tool.role = "host";
         tool.pid = 4242;
         tool.status = 0;
@@ -109,8 +110,9 @@ TEST_F(SoakInvariants, AfterTheSweepNoClusterSharedVolumeIsInBackup) {
     hostsim::state_store_t state(hosts.host);
     {
         auto lock = state.lock();
-        state.save_csv_volumes(
-            {{L"\\\\?\\Volume{6a1b0c3e-5d2f-4e11-9a70-000000c5f001}\\", {{GUID_NULL, L"C:\\x"}}}});
+        // A live owner: the sweep leaves it, and the soak must not.
+        state.save_csv_volumes({{L"\\\\?\\Volume{6a1b0c3e-5d2f-4e11-9a70-000000c5f001}\\",
+                                 {{GUID_NULL, hostsim::this_process(), L"C:\\x"}}}});
     }
     EXPECT_NE(host_broken().find("in backup after the sweep"), std::string::npos);
 }
