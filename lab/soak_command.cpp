@@ -150,6 +150,7 @@ private:
         const fs::path journal = hosts.host / "state" / "journal.txt";
         for (auto& record : records) {
             print_job_line(out, record);
+            out.flush();
             if (auto broken = check_job(record); !broken.empty()) {
                 print_broken(out, broken, &record, replay, journal);
                 return 1;

@@ -21,8 +21,10 @@ namespace {
 
 // Startup, a whole road and the end of a tool, with room for a slow machine or a sanitizer.
 constexpr unsigned base_budget_ms = 30000;
-// How long a client tries to reach a tool that is starting.
-constexpr DWORD connect_timeout_ms = 30000;
+// How long a client tries to reach a tool that is starting, in tries short enough to notice a
+// tool that the draw killed before it made its pipe.
+constexpr unsigned connect_tries = 40;
+constexpr DWORD connect_try_ms = 500;
 
 unsigned budget_of(const job_draw_t& draw) {
     unsigned delays = 0;
@@ -115,7 +117,14 @@ tool_link_t start_tool(const fs::path& tool, const fs::path& view, const std::st
     fs::create_directories(view / "run");
     link.process = std::make_unique<tool_process_t>(tool, view, pipe, view / "run");
     watch.add(*link.process);
-    link.client = client::CInvokeClient::Connect(to_unicode(pipe), connect_timeout_ms);
+    for (unsigned attempt = 1; !link.client; ++attempt) {
+        try {
+            link.client = client::CInvokeClient::Connect(to_unicode(pipe), connect_try_ms);
+        } catch (const std::exception&) {
+            if (attempt == connect_tries || watch.killed())
+                throw;
+        }
+    }
     link.client->ObserveFrames([&record](const std::wstring& frame) { record.frames.push_back(frame); });
     return link;
 }
