@@ -99,7 +99,8 @@ std::vector<journal_line_t> journal_since(const fs::path& file, std::uintmax_t& 
 
 bool refuses(const job_draw_t& draw, const std::string& op) {
     for (auto& fault : draw.faults)
-        if (fault.op == op && fault.element.find(" hr=") != std::string::npos)
+        if (fault.op == op && (fault.element.find(" hr=") != std::string::npos ||
+                               fault.element.find(" err=") != std::string::npos))
             return true;
     return false;
 }
@@ -122,6 +123,28 @@ std::string check_story(const job_record_t& job, const tool_end_t& tool,
     if (open > 0)
         return "the journal of pid " + std::to_string(tool.pid) +
                " has a PrepareForBackup followed by neither BackupComplete nor an abort";
+    return "";
+}
+
+// A creation that fails before its snapshot undoes each preparation of a cluster shared volume:
+// the volume is the cluster's, and a failed job must not leave it in backup for others.
+std::string check_csv_story(const job_record_t& job, const tool_end_t& tool,
+                            const std::vector<journal_line_t>& journal) {
+    if (tool.killed || refuses(job.draw, "ClusterPrepareSharedVolumeForBackup"))
+        return "";
+    unsigned prepared = 0, cleared = 0;
+    for (auto& line : journal) {
+        if (line.pid != tool.pid)
+            continue;
+        if (line.op == L"DoSnapshotSet")
+            return "";
+        prepared += line.op == L"ClusterPrepareSharedVolumeForBackup";
+        cleared += line.op == L"ClusterClearBackupStateForSharedVolume";
+    }
+    if (cleared < prepared)
+        return "pid " + std::to_string(tool.pid) + " prepared a cluster shared volume " +
+               std::to_string(prepared) + " time(s), made no snapshot and cleared it " +
+               std::to_string(cleared) + " time(s)";
     return "";
 }
 
@@ -216,6 +239,8 @@ host_verdict_t check_host(const soak_hosts_t& hosts, const std::vector<job_recor
         note_offhost_sets(job, journal, audit);
         for (auto& tool : job.tools) {
             if (auto broken = check_story(job, tool, journal); !broken.empty())
+                return {broken, &job};
+            if (auto broken = check_csv_story(job, tool, journal); !broken.empty())
                 return {broken, &job};
             if (auto broken = check_results(job, tool, journal, backups); !broken.empty())
                 return {broken, &job};

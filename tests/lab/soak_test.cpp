@@ -103,6 +103,15 @@ TEST_F(SoakInvariants, EveryPreparedBackupEndsAndItsResultsAreTheVerdictsSent) {
     journal("4242\tPrepareForBackup\n4242\tBackupComplete\t{5e7}\n");
     job.verdicts = {{L"vm-a", true}, {L"vm-b", false}};
     EXPECT_NE(host_broken().find("VM-B not-reported, the job reported failed"), std::string::npos);
+
+    journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n");
+    EXPECT_NE(host_broken().find("made no snapshot and cleared it 0 time(s)"), std::string::npos);
+    journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n"
+            "4242\tClusterClearBackupStateForSharedVolume\tC:\\ClusterStorage\\Volume1\\a\n");
+    EXPECT_EQ(host_broken(), "") << "a failed creation that undid its preparation";
+    journal("4242\tClusterPrepareSharedVolumeForBackup\tC:"
+            "\\ClusterStorage\\Volume1\\a\n4242\tDoSnapshotSet\t{5}\n");
+    EXPECT_EQ(host_broken(), "") << "the snapshot keeps the volume in backup";
 }
 
 TEST_F(SoakInvariants, AfterTheSweepNoClusterSharedVolumeIsInBackup) {
