@@ -15,7 +15,7 @@
 namespace lab {
 
 namespace fs = std::filesystem;
-using clock_t_ = std::chrono::steady_clock;
+using steady_clock_t = std::chrono::steady_clock;
 
 namespace {
 
@@ -37,9 +37,9 @@ unsigned budget_of(const job_draw_t& draw) {
 // Kills the host tool at the draw's moment, and every tool of a job that outlives its budget.
 class job_watch_t {
 public:
-    job_watch_t(const job_draw_t& draw, clock_t_::time_point origin, job_record_t& record)
+    job_watch_t(const job_draw_t& draw, steady_clock_t::time_point origin, job_record_t& record)
         : kill_at(draw.action == server_action::kill ? origin + std::chrono::milliseconds(draw.moment_ms)
-                                                     : clock_t_::time_point::max()),
+                                                     : steady_clock_t::time_point::max()),
           deadline(origin + std::chrono::milliseconds(record.budget_ms)), thread([this] { watch(); }) {}
     ~job_watch_t() {
         {
@@ -81,8 +81,8 @@ private:
         }
     }
 
-    const clock_t_::time_point kill_at;
-    const clock_t_::time_point deadline;
+    const steady_clock_t::time_point kill_at;
+    const steady_clock_t::time_point deadline;
     std::mutex mutex;
     std::condition_variable wake;
     std::vector<tool_process_t*> tools;
@@ -153,7 +153,7 @@ job_record_t run_job(const soak_hosts_t& hosts, const job_draw_t& draw, const fs
     const std::vector<road_vm_t> vms = road_vms(hosts, draw, document);
 
     const std::string pipe = "soak-" + std::to_string(draw.index);
-    const auto origin = clock_t_::now();
+    const auto origin = steady_clock_t::now();
     tool_link_t host, proxy;
     {
         job_watch_t watch(draw, origin, record);
