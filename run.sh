@@ -106,6 +106,13 @@ cmd_bench() {
     done
 }
 
+# Random jobs against the real tool for ten minutes, with a seed of its own; a broken invariant
+# stops it with the seed and the command that replays the job.
+cmd_soak() {
+    cmd_build
+    "$ROOT/build/bin/mirrack-lab" soak "$ROOT/build/soak" --minutes "${SOAK_MINUTES:-10}" --parallel 3 --offhost
+}
+
 cmd_demo() {
     cmd_build
     if [ -x "$ROOT/lab/demo.sh" ]; then
@@ -127,9 +134,10 @@ wine) cmd_wine ;;
 package) cmd_package ;;
 wine-bench) cmd_wine_bench ;;
 bench) cmd_bench ;;
+soak) cmd_soak ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|package|bench|wine-bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|package|bench|wine-bench|soak]" >&2
     exit 2
     ;;
 esac

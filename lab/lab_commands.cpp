@@ -2,6 +2,7 @@
 
 #include "lab/host_state_report.h"
 #include "lab/sample_host.h"
+#include "lab/soak_command.h"
 
 #include "hostsim/host.h"
 #include "hostsim/wide_text.h"
@@ -27,6 +28,12 @@ const char usage[] = R"(Usage:
       backup and the last backups' component results, after the sweep of dead owners.
   mirrack-lab resolve DIR PATH
       The local file of a Windows-form PATH on the host in DIR.
+  mirrack-lab soak DIR [--seed N] [--jobs N | --minutes M] [--parallel K] [--offhost] [--skip K]
+      Jobs drawn at random from the seed N (random if not given): VMs, faults of the host, and
+      a whole backup, a close, a disconnect, a kill or (--offhost) an off-host import, run
+      against real mirrack processes on a sample host in DIR, up to K side by side (3), and
+      held to the invariants after each job. N jobs (20) or M minutes; --skip K starts at
+      job K, so that --skip K --jobs 1 replays one job. Stops at the first broken invariant.
 Point the tool at a host with MIRRACK_HOST=DIR.
 )";
 
@@ -100,6 +107,8 @@ int run_lab_command(const std::vector<std::string>& args, std::ostream& out, std
         }
         if (args.size() == 3 && args[0] == "resolve")
             return resolve(args, out, err);
+        if (!args.empty() && args[0] == "soak")
+            return run_soak(args, out);
         if (args.size() == 1 && (args[0] == "help" || args[0] == "--help")) {
             out << usage;
             return 0;
