@@ -14,13 +14,17 @@ class ToolRun {
 public:
     static constexpr const char* pipeName = "tool-test";
 
+    // Where standard output and error go: a file of the run, or a pipe whose reader has gone.
+    enum class output_t { file, closed_pipe };
+
     // Starts mirrack with the given tokens followed by "-log <folder>/tool.log", unless they
     // name a log of their own.
     // Pipes live in a folder of this run unless another one is given. The tool
     // sees no simulated host unless one is given.
     explicit ToolRun(const std::vector<std::string>& arguments,
                      const std::filesystem::path& sharedPipeFolder = std::filesystem::path(),
-                     const std::filesystem::path& hostFolder = std::filesystem::path());
+                     const std::filesystem::path& hostFolder = std::filesystem::path(),
+                     output_t output = output_t::file);
     // Kills the process if it is still running, and removes the folder.
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;
