@@ -60,6 +60,30 @@ TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
     EXPECT_TRUE(contains(log, "Process will be finished normally.")) << log;
 }
 
+// Standard output and error that nobody reads are no reason to stop: the pipe is served.
+TEST(ToolStartup, OutputsThatNobodyReadsLeaveThePipeServed) {
+    ToolRun run(ToolRun::PipeMode(), {}, {}, ToolRun::output_t::closed_pipe);
+    ::setenv("MIRRACK_PIPE_DIR", run.PipeFolder().c_str(), 1);
+    auto client = client::CInvokeClient::Connect(ToolRun::PipeName());
+    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
+    client->Disconnect();
+    EXPECT_EQ(run.WaitForExit(), 0);
+    EXPECT_TRUE(contains(run.LogText(), tool_expect::normalEnd)) << run.LogText();
+}
+
+// A native log path names its folder by bytes, as the pipe name does: no folder with U+FFFD in
+// place of what is not UTF-8.
+TEST(ToolStartup, LogPathThatIsNotUtf8NamesItsFolderWithItsBytes) {
+    std::string base = (std::filesystem::temp_directory_path() / "mirrack-log-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(base.data()), nullptr);
+    const std::filesystem::path folder = std::filesystem::path(base) / "bad\xff";
+    ToolRun run({"-log", (folder / "tool.log").string()});
+    EXPECT_EQ(run.WaitForExit(), 0);
+    EXPECT_TRUE(contains(read_file(folder / "tool.log"), tool_expect::notPipeMode));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(base) / "bad\xef\xbf\xbd"));
+    std::filesystem::remove_all(base);
+}
+
 TEST(ToolStartup, ClientThatLeavesAtOnceEndsTheRunNormally) {
     ToolJob job;
     const std::string log = job.End();
