@@ -111,7 +111,7 @@ TEST_F(crashing_worker_test, ThreadEndingItselfIsNoCrashAndUnwinds) {
 // still keep a dump of its own.
 TEST_F(crashing_worker_test, WorkersThatCrashAtOnceKeepADumpEach) {
     constexpr std::size_t workers = 16;
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 20; ++round) {
         g_at_start = 0;
         g_start = false;
         std::vector<std::unique_ptr<win::win_thread_t>> crashers;
