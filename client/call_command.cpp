@@ -23,7 +23,7 @@ std::string read_file_bytes(const std::string& path) {
 
 void AddCommandLineArgument(CRequestArguments& request, const std::string& argument) {
     const std::size_t equals = argument.find('=');
-    if (equals == std::string::npos || equals == 0)
+    if (equals == std::string::npos || equals == 0 || argument[0] == '-')
         throw usage_error_t{"An argument is written Name=value, Name=@file or Name=@@text: '" + argument +
                             "'."};
     const std::wstring name = to_unicode(argument.substr(0, equals));
@@ -40,6 +40,8 @@ int RunCallCommand(const client_options_t& options, const std::vector<std::strin
                    std::ostream& out) {
     if (arguments.empty())
         throw usage_error_t{"call needs a command name."};
+    if (arguments[0].rfind('-', 0) == 0)
+        throw usage_error_t{"call takes a command name, not the option '" + arguments[0] + "'."};
     CRequestArguments request;
     for (std::size_t i = 1; i < arguments.size(); ++i)
         AddCommandLineArgument(request, arguments[i]);

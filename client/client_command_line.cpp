@@ -5,6 +5,7 @@
 #include "common/format/format.h"
 #include "invoke/invoke_server_com.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <ostream>
 
@@ -71,6 +72,18 @@ parsed_line_t parse_line(const std::vector<std::string>& line) {
     return parsed;
 }
 
+void print_subcommand_usage(std::ostream& out, const subcommand_t& subcommand) {
+    out << "Usage: mirrack-client" << (subcommand.namesItsPipes ? "" : " --pipe NAME")
+        << " [--timeout MS] [--raw] " << subcommand.usage << '\n'
+        << "      " << subcommand.summary << '\n';
+}
+
+bool asks_for_help(const std::vector<std::string>& words) {
+    return std::find_if(words.begin(), words.end(), [](const std::string& word) {
+               return word == "--help" || word == "-h";
+           }) != words.end();
+}
+
 const subcommand_t& find_subcommand(const std::string& name) {
     for (const subcommand_t& subcommand : Subcommands()) {
         if (name == subcommand.name)
@@ -93,9 +106,15 @@ int RunClient(const std::vector<std::string>& arguments, std::ostream& out, std:
         if (line.rest.empty())
             throw usage_error_t{"A subcommand is needed."};
         const subcommand_t& subcommand = find_subcommand(line.rest.front());
+        const std::vector<std::string> words(line.rest.begin() + 1, line.rest.end());
+        // Asked of any subcommand, before it reads its arguments or speaks to a server.
+        if (asks_for_help(words)) {
+            print_subcommand_usage(out, subcommand);
+            return exit_success;
+        }
         if (line.options.pipeName.empty() && !subcommand.namesItsPipes)
             throw usage_error_t{"--pipe NAME is needed."};
-        return subcommand.run(line.options, {line.rest.begin() + 1, line.rest.end()}, out);
+        return subcommand.run(line.options, words, out);
     } catch (const usage_error_t& error) {
         err << "mirrack-client: " << error.text << "\n\n";
         print_usage(err);

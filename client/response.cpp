@@ -2,6 +2,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/xml/xml_node.h"
 #include "invoke/base64.h"
 
 #include <tinyxml.h>
@@ -26,11 +27,13 @@ response_argument_t read_argument(const TiXmlElement& element) {
 }
 
 std::vector<response_argument_t> read_arguments(const std::wstring& document) {
-    TiXmlDocument parsed;
-    parsed.Parse(to_utf8(document).c_str(), nullptr, TIXML_ENCODING_UTF8);
-    if (parsed.Error())
-        throw exc::runtime_exc_t("The response document can't be read: %1", parsed.ErrorDesc());
-    const TiXmlElement* root = parsed.RootElement();
+    std::shared_ptr<TiXmlDocument> parsed;
+    try {
+        parsed = parse_xml_utf8(to_utf8(document));
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("The response document can't be read.", e);
+    }
+    const TiXmlElement* root = parsed->RootElement();
     if (!root || root->ValueStr() != output_root)
         throw exc::runtime_exc_t("The response document has no root element '%1'.", output_root);
     std::vector<response_argument_t> arguments;

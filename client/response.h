@@ -21,7 +21,8 @@ struct response_argument_t {
 
 class CResponse {
 public:
-    // Throws exc::runtime_exc_t when a success frame's document can't be read.
+    // Throws an exc::exc_base_t when a success frame's document can't be read (in the words of
+    // the tool's readers, a document nested too deep included).
     static CResponse FromFrame(const std::wstring& frame);
 
     response_kind_t Kind() const noexcept { return kind; }

@@ -2,6 +2,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/xml/xml_node.h"
 
 #include <tinyxml.h>
 
@@ -18,11 +19,14 @@ std::string ReadSpecDocument(const std::filesystem::path& file) {
 }
 
 std::vector<spec_vm_t> SpecVms(const std::string& document) {
-    TiXmlDocument parsed;
-    parsed.Parse(document.c_str(), nullptr, TIXML_ENCODING_UTF8);
-    if (parsed.Error())
-        throw exc::runtime_exc_t("The backup specification is not XML: %1", parsed.ErrorDesc());
-    const TiXmlElement* spec = parsed.FirstChildElement("HVBackupSpec");
+    // Read as the tool reads it, so that a document the tool refuses is refused here in its words.
+    std::shared_ptr<TiXmlDocument> parsed;
+    try {
+        parsed = parse_xml(document);
+    } catch (const std::exception& e) {
+        exc::rethrow_with_trace("The backup specification is not XML.", e);
+    }
+    const TiXmlElement* spec = parsed->FirstChildElement("HVBackupSpec");
     const TiXmlElement* list = spec ? spec->FirstChildElement("VMs") : nullptr;
     if (!list)
         throw exc::runtime_exc_t("The backup specification has no element HVBackupSpec/VMs.");

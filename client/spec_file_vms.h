@@ -18,8 +18,9 @@ struct spec_vm_t {
 // The document's bytes; throws exc::runtime_exc_t when the file can't be read.
 std::string ReadSpecDocument(const std::filesystem::path& file);
 
-// HVBackupSpec/VMs/VM ids in document order. Throws exc::runtime_exc_t for a document
-// that isn't XML, has no VM list, or names a VM by something other than a GUID.
+// HVBackupSpec/VMs/VM ids in document order. Throws an exc::exc_base_t for a document that
+// isn't XML (in the tool's words, a document nested too deep included), has no VM list, or
+// names a VM by something other than a GUID.
 std::vector<spec_vm_t> SpecVms(const std::string& document);
 
 } // namespace client

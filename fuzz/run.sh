@@ -33,7 +33,7 @@ for target in $targets; do
     mkdir -p "$corpus" "$artifacts" "$(dirname "$log")"
     echo "== $target: $seconds s"
     case $target in
-    arguments | items_list | snapshot_ids | backup_spec) set -- -dict="$source_dir/fuzz/dict/xml.dict" ;;
+    arguments | items_list | snapshot_ids | backup_spec | client_documents) set -- -dict="$source_dir/fuzz/dict/xml.dict" ;;
     *) set -- ;;
     esac
     status=0

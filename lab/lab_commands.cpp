@@ -7,6 +7,7 @@
 #include "hostsim/host.h"
 #include "hostsim/wide_text.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -95,9 +96,25 @@ int resolve(const std::vector<std::string>& args, std::ostream& out, std::ostrea
     return 0;
 }
 
+bool asks_for_help(const std::string& word) {
+    return word == "--help" || word == "-h";
+}
+
 } // namespace
 
+// Every subcommand answers --help with the use and makes nothing, and takes as its first word a
+// folder, never something that looks like an option: "create --help" once made a host named so.
 int run_lab_command(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    if ((!args.empty() && args[0] == "help") ||
+        std::find_if(args.begin(), args.end(), asks_for_help) != args.end()) {
+        out << usage;
+        return 0;
+    }
+    if (args.size() >= 2 && args[1].rfind('-', 0) == 0) {
+        err << "mirrack-lab: " << args[0] << " takes a folder first, not the option " << args[1] << "\n"
+            << usage;
+        return 2;
+    }
     try {
         if (args.size() >= 2 && args[0] == "create")
             return create(args, out);
@@ -109,10 +126,6 @@ int run_lab_command(const std::vector<std::string>& args, std::ostream& out, std
             return resolve(args, out, err);
         if (!args.empty() && args[0] == "soak")
             return run_soak(args, out);
-        if (args.size() == 1 && (args[0] == "help" || args[0] == "--help")) {
-            out << usage;
-            return 0;
-        }
     } catch (const std::exception& e) {
         err << "mirrack-lab: " << e.what() << "\n";
         return 1;

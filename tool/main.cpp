@@ -34,6 +34,7 @@ std::vector<std::wstring> CollectArguments() {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    KeepWritesToClosedOutputsHarmless();
     try {
         KeepFreedMemoryForNextRequests();
         const std::vector<std::wstring> arguments = CollectArguments();

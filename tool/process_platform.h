@@ -13,6 +13,11 @@ HRESULT InitializeComSecurityForProcess();
 // back to the system and taking it again page by page: the server polls with such requests.
 void KeepFreedMemoryForNextRequests();
 
+// A standard output or error that nobody reads any more makes a write to it fail, as it does on
+// Windows, instead of ending the process: the backup server may have dropped them and still
+// wants its pipe served.
+void KeepWritesToClosedOutputsHarmless();
+
 // Ends the process at once with the given code: no destructors, no exit list.
 [[noreturn]] void TerminateProcessNow(int exitCode);
 

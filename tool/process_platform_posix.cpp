@@ -2,6 +2,8 @@
 
 #include "common/win/native_name_posix.h"
 
+#include <csignal>
+
 #include <malloc.h>
 #include <unistd.h>
 
@@ -17,6 +19,10 @@ void KeepFreedMemoryForNextRequests() {
     constexpr int largest_heap_block = 32 << 20;
     ::mallopt(M_MMAP_THRESHOLD, largest_heap_block);
     ::mallopt(M_TRIM_THRESHOLD, 2 * largest_heap_block);
+}
+
+void KeepWritesToClosedOutputsHarmless() {
+    ::signal(SIGPIPE, SIG_IGN);
 }
 
 void TerminateProcessNow(int exitCode) {

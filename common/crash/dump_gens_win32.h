@@ -5,7 +5,18 @@
 #include "common/crash/dump_gen.h"
 #include "compat/win_types.h"
 
+#include <string>
+
+namespace win {
+class win_handle_t;
+}
+
 namespace crash::win32 {
+
+// CreateFileW of a dump file only where no file of that name exists: false when one does. Any
+// other failure throws exc::win_sys_exc_t with `failure`, which names the path.
+bool create_new_dump_file(const std::wstring& path, DWORD access, const char* failure,
+                          win::win_handle_t& file);
 
 class minidump_gen_t : public dump_gen_base_t {
 public:

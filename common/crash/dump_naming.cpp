@@ -75,33 +75,44 @@ void prune(const std::wstring& folder, std::vector<stored_dump_t>& dumps) {
     }
 }
 
-std::wstring free_name(const std::vector<stored_dump_t>& dumps, const std::string& prefix,
-                       const std::string& extension) {
+[[noreturn]] void throw_naming_failure(const std::string& folder, const std::exception& cause) {
+    exc::rethrow_with_message("Cannot define the name of the next crash dump. Dumps folder: [%1].", folder,
+                              cause);
+}
+
+// The folder made and pruned; the names of the dumps that stay, in lower case.
+std::set<std::wstring> names_left(const std::wstring& folder, const std::string& prefix,
+                                  const std::string& extension) {
+    win::create_folder(folder);
+    std::vector<stored_dump_t> dumps = stored_dumps(folder, prefix, extension);
+    prune(folder, dumps);
     std::set<std::wstring> taken;
     for (const auto& dump : dumps)
         taken.insert(to_lower(dump.name));
-    for (int id = 0; id < dump_identifiers; ++id) {
-        std::wstring name = dump_name(prefix, id, extension);
-        if (taken.count(to_lower(name)) == 0)
-            return name;
-    }
-    throw exc::exc_base_t("All dump identifiers are reserved.");
+    return taken;
 }
 
 } // namespace
 
-std::wstring next_dump_path(const std::string& folder, const std::string& prefix,
-                            const std::string& extension) {
+std::wstring create_next_dump(const std::string& folder, const std::string& prefix,
+                              const std::string& extension, const create_new_dump_t& create_new) {
+    std::wstring wide_folder;
+    std::set<std::wstring> taken;
     try {
-        const std::wstring wide_folder = from_utf8(folder);
-        win::create_folder(wide_folder);
-        std::vector<stored_dump_t> dumps = stored_dumps(wide_folder, prefix, extension);
-        prune(wide_folder, dumps);
-        return win::path_join(wide_folder, free_name(dumps, prefix, extension));
+        wide_folder = from_utf8(folder);
+        taken = names_left(wide_folder, prefix, extension);
     } catch (const std::exception& e) {
-        exc::rethrow_with_message("Cannot define the name of the next crash dump. Dumps folder: [%1].",
-                                  folder, e);
+        throw_naming_failure(folder, e);
     }
+    for (int id = 0; id < dump_identifiers; ++id) {
+        const std::wstring name = dump_name(prefix, id, extension);
+        if (taken.count(to_lower(name)) != 0)
+            continue;
+        const std::wstring path = win::path_join(wide_folder, name);
+        if (create_new(path))
+            return path;
+    }
+    throw_naming_failure(folder, exc::exc_base_t("All dump identifiers are reserved."));
 }
 
 } // namespace crash

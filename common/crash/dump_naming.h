@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 namespace crash {
@@ -12,10 +13,17 @@ inline constexpr std::size_t max_dumps_kept = 20;
 // Identifiers 0 to 9999 are tried.
 inline constexpr int dump_identifiers = 10000;
 
-// Creates the folder (UTF-8), deletes the oldest dumps of this extension down
-// to max_dumps_kept - 1 and returns the full path of the next dump. Throws,
-// wrapped by "Cannot define the name of the next crash dump. Dumps folder: [%1].".
-std::wstring next_dump_path(const std::string& folder, const std::string& prefix,
-                            const std::string& extension);
+// Makes the dump file at a path only where no file of that name exists: false when one does,
+// which a dump of another thread that crashed at the same moment may have made since the folder
+// was listed. Any other failure throws.
+using create_new_dump_t = std::function<bool(const std::wstring& path)>;
+
+// Creates the folder (UTF-8), deletes the oldest dumps of this extension down to
+// max_dumps_kept - 1, and creates the dump of the lowest free number through create_new; a name
+// taken meanwhile passes on to the next number, so that each crash keeps its own dump. The full
+// path of the dump. A failure of naming throws, wrapped by "Cannot define the name of the next
+// crash dump. Dumps folder: [%1]."; one of create_new goes out as it is.
+std::wstring create_next_dump(const std::string& folder, const std::string& prefix,
+                              const std::string& extension, const create_new_dump_t& create_new);
 
 } // namespace crash

@@ -5,13 +5,25 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "common/win/handle.h"
 
 namespace crash::win32 {
+
+namespace {
+
+// The record is appended to the file once its name is claimed.
+bool claim_dump_name(const std::wstring& path) {
+    win::win_handle_t claimed;
+    return create_new_dump_file(path, GENERIC_WRITE, "Cannot create a legacy dump file. File path: [%1].",
+                                claimed);
+}
+
+} // namespace
 
 void legacy_dump_gen_t::generate(int, const std::string& folder, const std::string& prefix,
                                  const fault_t* fault) {
     try {
-        const std::wstring path = next_dump_path(folder, prefix, "log");
+        const std::wstring path = create_next_dump(folder, prefix, "log", &claim_dump_name);
         log_info(logging::lib_logger(), "Writing legacy dump. Dump path: %1.", to_ansi_nothrow(path));
         exception_log().write_record(path, fault != nullptr ? fault->pointers : nullptr);
     } catch (const std::exception& e) {

@@ -31,15 +31,6 @@ FARPROC find_write_dump(HMODULE dbghelp) {
     return function;
 }
 
-win::win_handle_t create_blank_dump(const std::wstring& path) {
-    win::win_handle_t file(::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                         CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.valid())
-        throw exc::win_sys_exc_t("Cannot create a blank minidump file. File path: [%1].",
-                                 to_ansi_nothrow(path), ::GetLastError());
-    return file;
-}
-
 } // namespace
 
 minidump_gen_t::minidump_gen_t() {
@@ -60,9 +51,12 @@ minidump_gen_t::~minidump_gen_t() {
 void minidump_gen_t::generate(int kind, const std::string& folder, const std::string& prefix,
                               const fault_t* fault) {
     try {
-        const std::wstring path = next_dump_path(folder, prefix, "mdmp");
+        win::win_handle_t file;
+        const std::wstring path = create_next_dump(folder, prefix, "mdmp", [&file](const std::wstring& name) {
+            return create_new_dump_file(name, GENERIC_READ | GENERIC_WRITE,
+                                        "Cannot create a blank minidump file. File path: [%1].", file);
+        });
         log_info(logging::lib_logger(), "Writing dump. Dump path: %1.", to_ansi_nothrow(path));
-        win::win_handle_t file = create_blank_dump(path);
         MINIDUMP_EXCEPTION_INFORMATION exception = {};
         exception.ThreadId = ::GetCurrentThreadId();
         exception.ExceptionPointers = fault != nullptr ? fault->pointers : nullptr;

@@ -40,17 +40,25 @@ const char* signal_name(int signal) {
 
 class dump_file_t {
 public:
-    explicit dump_file_t(const std::wstring& path) {
+    dump_file_t() = default;
+    // Only where no file of that name exists: false when one does.
+    bool create_new(const std::wstring& path) {
         const auto local = win::local_path(path);
         if (!local)
             throw exc::win_sys_exc_t("Cannot create a text crash dump file. File path: [%1].",
                                      to_ansi_nothrow(path), ERROR_PATH_NOT_FOUND);
-        fd_ = ::open(local->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        fd_ = ::open(local->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+        if (fd_ < 0 && errno == EEXIST)
+            return false;
         if (fd_ < 0)
             throw exc::win_sys_exc_t("Cannot create a text crash dump file. File path: [%1].",
                                      to_ansi_nothrow(path), win::win32_error_from_errno(errno));
+        return true;
     }
-    ~dump_file_t() { ::close(fd_); }
+    ~dump_file_t() {
+        if (fd_ >= 0)
+            ::close(fd_);
+    }
     dump_file_t(const dump_file_t&) = delete;
     dump_file_t& operator=(const dump_file_t&) = delete;
 
@@ -102,9 +110,11 @@ void write_dump(dump_file_t& file, const fault_t& fault) {
 void text_dump_gen_t::generate(int, const std::string& folder, const std::string& prefix,
                                const fault_t* fault) {
     try {
-        const std::wstring path = next_dump_path(folder, prefix, text_dump_extension);
+        dump_file_t file;
+        const std::wstring path =
+            create_next_dump(folder, prefix, text_dump_extension,
+                             [&file](const std::wstring& name) { return file.create_new(name); });
         log_info(logging::lib_logger(), "Writing dump. Dump path: %1.", to_ansi_nothrow(path));
-        dump_file_t file(path);
         if (fault != nullptr)
             write_dump(file, *fault);
     } catch (const std::exception& e) {

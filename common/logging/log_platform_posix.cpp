@@ -4,6 +4,7 @@
 #include "common/format/format.h"
 #include "common/win/errno_posix.h"
 #include "common/win/local_path.h"
+#include "common/win/native_name_posix.h"
 
 #include <cerrno>
 
@@ -17,8 +18,16 @@ std::uint32_t last_error_code() {
     return win::win32_error_from_errno(errno);
 }
 
+std::string narrow_log_path(const std::wstring& path) {
+    return win::native_name_bytes(path);
+}
+
+std::wstring wide_log_path(const std::string& path) {
+    return win::wide_from_name_bytes(path);
+}
+
 std::filesystem::path native_path(const std::string& path) {
-    auto local = win::local_path(from_utf8(path));
+    auto local = win::local_path(wide_log_path(path));
     if (!local)
         throw exc::win_sys_exc_t(ERROR_PATH_NOT_FOUND);
     return *local;

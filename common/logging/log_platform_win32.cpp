@@ -13,6 +13,14 @@ std::uint32_t last_error_code() {
     return ::GetLastError();
 }
 
+std::string narrow_log_path(const std::wstring& path) {
+    return to_ansi(path);
+}
+
+std::wstring wide_log_path(const std::string& path) {
+    return from_utf8(path);
+}
+
 std::filesystem::path native_path(const std::string& path) {
     return std::filesystem::path(from_utf8(path));
 }

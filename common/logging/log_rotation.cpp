@@ -60,7 +60,8 @@ void check_log_size(const std::shared_ptr<log_file_t>& receiver) {
             auto writer = std::make_shared<util::zip_writer_t>(archive, archive_compression_level);
             receiver->compress(writer);
         } catch (...) {
-            // A part-written archive would pass for a good one; the log still holds every line.
+            // The writer never leaves a part-written archive; a whole one whose lines the log
+            // could not let go would have them twice by the next rotation.
             std::error_code ignored;
             std::filesystem::remove(archive_file, ignored);
             throw;

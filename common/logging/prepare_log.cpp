@@ -4,6 +4,7 @@
 #include "common/format/format.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_names.h"
+#include "common/logging/log_platform.h"
 #include "common/logging/log_rotation.h"
 #include "common/logging/win_log_file.h"
 #include "common/win/folder.h"
@@ -15,7 +16,7 @@ namespace {
 // A bare file name lies in the current folder, which is there already.
 void create_folder(const std::string& folder) {
     if (!folder.empty())
-        win::create_folder(from_utf8(folder));
+        win::create_folder(platform::wide_log_path(folder));
 }
 
 // The folder of the log exists afterwards; a configured folder that cannot be made gives way to the
@@ -50,7 +51,7 @@ std::string unlocked_name(const std::string& path) {
 
 std::shared_ptr<log_file_t> prepare_log(const std::string& path) {
     const std::string name = unlocked_name(path_in_usable_folder(path));
-    const bool existed = win::path_exists(from_utf8(name));
+    const bool existed = win::path_exists(platform::wide_log_path(name));
     auto receiver = std::make_shared<win::win_log_file_t>(name);
     if (existed) {
         try {

@@ -8,6 +8,7 @@
 #include "common/logging/log.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_install.h"
+#include "common/logging/log_platform.h"
 #include "common/logging/system_info.h"
 
 #include <atomic>
@@ -91,7 +92,7 @@ std::string start_common_library(const std::string& default_log_name,
                                  const std::vector<std::wstring>& arguments) {
     const std::wstring path = log_path_from_arguments(to_unicode(default_log_name), arguments);
     verbose_flag = find_token(arguments, L"-verbose").has_value();
-    const std::string narrow_path = to_ansi(path);
+    const std::string narrow_path = platform::narrow_log_path(path);
     // The context is made after the handles and so ends before them, with its last line in the log.
     CCommonLibCtx::get();
     install_log(narrow_path);

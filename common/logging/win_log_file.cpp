@@ -2,6 +2,7 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/logging/log_platform.h"
 #include "common/logging/zip_writer.h"
 
 #include <vector>
@@ -15,7 +16,7 @@ constexpr DWORD copy_buffer_size = 0x100000;
 shared_file_t open_for_appending(const std::string& path) {
     shared_file_t file;
     try {
-        file = file_open(from_utf8(path));
+        file = file_open(logging::platform::wide_log_path(path));
     } catch (const exc::win_sys_exc_t& e) {
         if (e.code() == ERROR_SHARING_VIOLATION || e.code() == ERROR_LOCK_VIOLATION)
             throw exc::file_locked_exc_t(path);

@@ -2,12 +2,26 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
-#include "common/logging/log.h"
 #include "common/logging/log_platform.h"
+
+#include <filesystem>
 
 namespace util {
 
 namespace {
+
+// Where an archive is written until it is whole: a name that no archive and no aged name has.
+std::string partial_name(const std::string& path) {
+    return path + ".partial";
+}
+
+void remove_quietly(const std::string& path) noexcept {
+    try {
+        std::error_code ignored;
+        std::filesystem::remove(logging::platform::native_path(path), ignored);
+    } catch (...) {
+    }
+}
 
 gzFile open_archive(const std::string& path, int level) {
     const std::string mode = "wb" + std::to_string(level);
@@ -27,9 +41,10 @@ gzFile open_archive(const std::string& path, int level) {
 
 } // namespace
 
-zip_writer_t::zip_writer_t(const std::string& path, int level) : path_(path), file_(nullptr) {
+zip_writer_t::zip_writer_t(const std::string& path, int level)
+    : path_(path), partial_path_(partial_name(path)), file_(nullptr) {
     try {
-        file_ = open_archive(path, level);
+        file_ = open_archive(partial_path_, level);
     } catch (const std::exception& e) {
         exc::rethrow_with_message("Failed to open GZ archive [%1].", path, e);
     }
@@ -38,15 +53,8 @@ zip_writer_t::zip_writer_t(const std::string& path, int level) : path_(path), fi
 zip_writer_t::~zip_writer_t() {
     if (file_ == nullptr)
         return;
-    try {
-        close();
-    } catch (const std::exception& e) {
-        try {
-            log_exception(logging::lib_logger(), e);
-        } catch (...) {
-            // Reporting must not throw out of a destructor.
-        }
-    }
+    ::gzclose(file_);
+    remove_quietly(partial_path_);
 }
 
 void zip_writer_t::close() {
@@ -55,11 +63,19 @@ void zip_writer_t::close() {
     file_ = nullptr;
     if (result == Z_OK)
         result = closed;
-    if (result == Z_OK)
-        return;
-    exc::runtime_exc_t failure("Cannot close GZ archive [%1].", path_);
-    failure.append_message("Error code: %1", num_to_string(result));
-    throw failure;
+    if (result != Z_OK) {
+        remove_quietly(partial_path_);
+        exc::runtime_exc_t failure("Cannot close GZ archive [%1].", path_);
+        failure.append_message("Error code: %1", num_to_string(result));
+        throw failure;
+    }
+    try {
+        std::filesystem::rename(logging::platform::native_path(partial_path_),
+                                logging::platform::native_path(path_));
+    } catch (const std::exception& e) {
+        remove_quietly(partial_path_);
+        exc::rethrow_with_message("Cannot close GZ archive [%1].", path_, e);
+    }
 }
 
 void zip_writer_t::add(const void* data, std::size_t length) {

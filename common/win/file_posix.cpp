@@ -5,7 +5,9 @@
 #include "hostsim/host_access.h"
 
 #include <cerrno>
+#include <string>
 #include <typeinfo>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -18,21 +20,29 @@ namespace {
 
 class file_object_t final : public posix::kernel_object_t {
 public:
-    explicit file_object_t(int fd) : fd_(fd) {}
+    file_object_t(int fd, std::wstring path) : fd_(fd), path_(std::move(path)) {}
     int fd() const { return fd_; }
+    // As it was opened: what a fault of the simulated host matches.
+    const std::wstring& path() const { return path_; }
 
 private:
     ~file_object_t() override { ::close(fd_); }
     int fd_;
+    std::wstring path_;
 };
 
 // Asked on every write of the log: the exact type is one comparison, where a cast that walks the
 // hierarchy costs as much as the rest of the write's own work.
-inline int fd_of(HANDLE handle) {
+inline file_object_t* file_of(HANDLE handle) {
     posix::kernel_object_t* object = posix::from_handle(handle);
     if (object == nullptr || typeid(*object) != typeid(file_object_t))
-        return -1;
-    return static_cast<file_object_t*>(object)->fd();
+        return nullptr;
+    return static_cast<file_object_t*>(object);
+}
+
+inline int fd_of(HANDLE handle) {
+    const file_object_t* file = file_of(handle);
+    return file != nullptr ? file->fd() : -1;
 }
 
 DWORD last_errno_error() {
@@ -56,7 +66,7 @@ DWORD os_open_file(const std::wstring& path, HANDLE& handle) {
         ::close(fd);
         return error;
     }
-    handle = posix::to_handle(new file_object_t(fd));
+    handle = posix::to_handle(new file_object_t(fd, path));
     return ERROR_SUCCESS;
 }
 
@@ -78,11 +88,15 @@ DWORD os_write_file(HANDLE file, const void* buffer, DWORD length, DWORD& writte
     return ERROR_SUCCESS;
 }
 
+// Only a log's rotation reads: asking the host on each read costs nothing that counts.
 DWORD os_read_file(HANDLE file, void* buffer, DWORD length, DWORD& read) {
-    const int fd = fd_of(file);
-    if (fd < 0)
+    const file_object_t* object = file_of(file);
+    if (object == nullptr)
         return ERROR_INVALID_HANDLE;
     read = 0;
+    if (auto fault = hostsim::win32_call("ReadFile", object->path()))
+        return *fault;
+    const int fd = object->fd();
     char* data = static_cast<char*>(buffer);
     while (read < length) {
         const ssize_t n = ::read(fd, data + read, length - read);

@@ -134,12 +134,8 @@ DWORD os_search_t::first(const std::wstring& pattern, find_data_t& entry) {
     }
 
     if (!has_wildcards(state_->mask)) {
-        // The exact name first; the scan below finds it in another case.
-        std::string native;
-        try {
-            native = to_utf8(state_->mask);
-        } catch (const std::exception&) {
-        }
+        // The exact name first, by its bytes; the scan below finds it in another case.
+        const std::string native = native_name_bytes(state_->mask);
         if (!native.empty() && state_->fill(native.c_str(), state_->mask, entry)) {
             state_->single = true;
             return ERROR_SUCCESS;

@@ -42,8 +42,18 @@ bool is_valid_parent(const std::wstring& path, const std::wstring& parent) {
     return true;
 }
 
+// Nothing but the lead of a UNC or device path ("\\", "\\?\", "\\.\", "\\?\UNC\"), or
+// nothing at all, once the closing backslashes are off.
+bool is_bare_prefix(const std::wstring& stripped) {
+    return stripped.empty() || stripped == L"\\\\?" || stripped == L"\\\\." ||
+           iequals(stripped, L"\\\\?\\UNC");
+}
+
 void create_folder_steps(const std::wstring& given) {
     const std::wstring path = strip_trailing_backslashes(given);
+    // Named as given: what is left of a bare prefix would name a folder that no one asked for.
+    if (is_bare_prefix(path))
+        throw exc::runtime_exc_t("Invalid folder path: [%1].", to_ansi_nothrow(given));
     if (folder_exists(path))
         return;
     if (!path.empty() && path.back() == L':')

@@ -1,6 +1,6 @@
 #include "common/win/local_path.h"
 
-#include "common/format/format.h"
+#include "common/win/native_name_posix.h"
 #include "hostsim/host_access.h"
 
 #include <system_error>
@@ -16,24 +16,25 @@ bool is_relative(const std::wstring& path) {
     return !drive_qualified && path[0] != L'\\' && path[0] != L'/';
 }
 
+// A native path names its file by bytes: those that were not UTF-8 come back as they were given.
+std::filesystem::path native_form(const std::wstring& path) {
+    std::wstring native = path;
+    for (auto& c : native)
+        if (c == L'\\')
+            c = L'/';
+    return native_name_bytes(native);
+}
+
 } // namespace
 
 std::optional<std::filesystem::path> local_path(const std::wstring& windows_path) {
     if (windows_path.empty())
         return std::nullopt;
+    if (windows_path[0] == L'/')
+        return native_form(windows_path);
     if (is_relative(windows_path)) {
-        std::wstring native = windows_path;
-        for (auto& c : native)
-            if (c == L'\\')
-                c = L'/';
         std::error_code ec;
-        std::string utf8;
-        try {
-            utf8 = to_utf8(native);
-        } catch (const std::exception&) {
-            return std::nullopt;
-        }
-        const std::filesystem::path absolute = std::filesystem::absolute(utf8, ec);
+        const std::filesystem::path absolute = std::filesystem::absolute(native_form(windows_path), ec);
         if (ec)
             return std::nullopt;
         return absolute;

@@ -51,7 +51,9 @@ bool xml_node_t::is_element() const noexcept {
     return node != nullptr && node->ToElement() != nullptr;
 }
 
-std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
+namespace {
+
+std::shared_ptr<TiXmlDocument> parse_guarded(const std::string& text, TiXmlEncoding encoding) {
     try {
         auto document = std::make_shared<TiXmlDocument>();
         const std::string padded = with_zeros_behind(text);
@@ -61,7 +63,7 @@ std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
             document->SetError(TiXmlBase::TIXML_ERROR_PARSING_ELEMENT, nullptr, nullptr,
                                TIXML_ENCODING_UNKNOWN);
         else
-            document->Parse(padded.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
+            document->Parse(padded.c_str(), nullptr, encoding);
         if (document->Error())
             throw_document_error(*document);
         return document;
@@ -69,6 +71,16 @@ std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
         exc::rethrow_with_trace("Failed to parse XML content. Source content: [%1].", shorten_for_log(text),
                                 e);
     }
+}
+
+} // namespace
+
+std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text) {
+    return parse_guarded(text, TIXML_ENCODING_UNKNOWN);
+}
+
+std::shared_ptr<TiXmlDocument> parse_xml_utf8(const std::string& text) {
+    return parse_guarded(text, TIXML_ENCODING_UTF8);
 }
 
 std::string node_name(const xml_node_t& node) {

@@ -26,6 +26,9 @@ struct xml_node_t {
 
 // Throws when the text is not a well-formed document.
 std::shared_ptr<TiXmlDocument> parse_xml(const std::string& text);
+// The same for a text that is UTF-8 whatever it declares, such as a document that crossed the pipe:
+// character references come out as UTF-8 too.
+std::shared_ptr<TiXmlDocument> parse_xml_utf8(const std::string& text);
 
 std::string node_name(const xml_node_t& node);
 

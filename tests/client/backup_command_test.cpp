@@ -1,10 +1,12 @@
 // mirrack-client backup against a snapshot server of the test: its command line, the
 // VMs it takes from the specification, and the road from begin to close.
 #include "client/backup_arguments.h"
+#include "client/response.h"
 #include "client/spec_file_vms.h"
 #include "client/subcommand.h"
 #include "invoke/files_list.h"
 #include "test_server.h"
+#include "tests/invoke/documents_test_lines.h"
 
 #include <gtest/gtest.h>
 
@@ -147,7 +149,27 @@ TEST(BackupCommandLine, TheSpecificationGivesTheVmsInDocumentOrderAsWritten) {
     EXPECT_TRUE(client::SpecVms(spec_with({})).empty());
     EXPECT_THROW(client::SpecVms(spec_with({"vm1"})), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec/>"), exc::runtime_exc_t);
-    EXPECT_THROW(client::SpecVms("<HVBackupSpec>"), exc::runtime_exc_t);
+    EXPECT_THROW(client::SpecVms("<HVBackupSpec>"), exc::exc_base_t);
+}
+
+// Both readers of the client recurse once per level as the tool's do: a document nested deeper
+// than any real one is refused in the tool's words before the parser runs out of stack.
+TEST(ClientDocuments, DeepDocumentsAreRefusedAsTheToolRefusesThem) {
+    std::string deep;
+    for (int level = 0; level < 100000; ++level)
+        deep += "<a>";
+    const std::vector<std::string> spec =
+        failure_lines([&] { client::SpecVms("<HVBackupSpec><VMs>" + deep); });
+    const std::vector<std::string> response = failure_lines([&] {
+        client::CResponse::FromFrame(L"xml:<OutputArguments>" + std::wstring(deep.begin(), deep.end()));
+    });
+    for (const auto& lines : {spec, response}) {
+        ASSERT_EQ(lines.size(), 3u) << testing::PrintToString(lines);
+        EXPECT_EQ(lines[0], "XML error: [Error parsing Element.]. Error code: [3].");
+        EXPECT_EQ(lines[1].rfind("Failed to parse XML content. Source content: [<", 0), 0u) << lines[1];
+    }
+    EXPECT_EQ(spec[2], "The backup specification is not XML.");
+    EXPECT_EQ(response[2], "The response document can't be read.");
 }
 
 TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndCloses) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -53,12 +54,23 @@ TEST(ClientCommand, MistakesOnTheCommandLineAndAbsentServersHaveTheirStatus) {
                                                {"--pipe", "x", "call"},
                                                {"--pipe", "x", "call", "Nothing", "novalue"},
                                                {"--pipe", "x", "call", "Nothing", "Doc=@/no/such/file"},
+                                               {"--pipe", "x", "call", "--verbose"},
+                                               {"--pipe", "x", "call", "Nothing", "-x=1"},
                                                {"--bogus"}}) {
         const run_t run = run_client(line);
         EXPECT_EQ(run.status, client::exit_usage) << run.err;
         EXPECT_NE(run.err.find("Usage:"), std::string::npos);
     }
     EXPECT_EQ(run_client({"--help"}).status, client::exit_success);
+    // Every subcommand shows its use, and does nothing else, whatever stands beside --help.
+    const std::string target = (std::filesystem::temp_directory_path() / "mirrack-help-made-this").string();
+    for (const client::subcommand_t& subcommand : client::Subcommands()) {
+        const run_t help = run_client({"--pipe", "nobody-here", subcommand.name, "--spec", "s.xml", "--to",
+                                       target, "--help", "Name=v"});
+        EXPECT_EQ(help.status, client::exit_success) << subcommand.name << help.err;
+        EXPECT_NE(help.out.find(subcommand.usage), std::string::npos) << help.out;
+    }
+    EXPECT_FALSE(std::filesystem::exists(target));
     client_test::scratch_folder();
     EXPECT_EQ(run_client({"--pipe", "nobody-here", "--timeout", "30", "call", "Nothing"}).status,
               client::exit_failure);

@@ -2,6 +2,7 @@
 // sleeps. Workers abandoned by the crash frame while they wait or write: the locks they held do not take the
 // rest of the process with them.
 #include "common/logging/log_t.h"
+#include "common/logging/zip_writer.h"
 #include "common/monitoring/thread_states.h"
 #include "common/win/event.h"
 #include "common/win/thread.h"
@@ -13,9 +14,14 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <functional>
 #include <future>
 #include <thread>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -49,26 +55,49 @@ DWORD hold_until_closed(void* argument) {
     return win::wait_for_object(holder->close_event.handle(), win::wait_infinite);
 }
 
-// A log file that crashes the thread writing a marked message.
+// A log file that crashes the thread writing a marked message, or the thread that rotates it
+// once part of the log has gone into the archive.
 class crashing_receiver_t : public logging::receiver::log_file_t {
 public:
-    explicit crashing_receiver_t(std::shared_ptr<log_file_t> file) : file_(std::move(file)) {}
+    enum class crash_t { on_marked_write, in_rotation };
+    explicit crashing_receiver_t(std::shared_ptr<log_file_t> file, crash_t crash = crash_t::on_marked_write)
+        : file_(std::move(file)), crash_(crash) {}
     void write(const std::string& text) override {
-        if (text.find("crash here") != std::string::npos)
+        if (crash_ == crash_t::on_marked_write && text.find("crash here") != std::string::npos)
             ::raise(SIGSEGV);
         file_->write(text);
     }
     std::string path() const override { return file_->path(); }
     std::string eol() const override { return file_->eol(); }
-    std::uint64_t size() override { return file_->size(); }
-    void compress(const std::shared_ptr<util::zip_writer_t>& writer) override { file_->compress(writer); }
+    std::uint64_t size() override {
+        return crash_ == crash_t::in_rotation ? logging::receiver::log_size_limit : file_->size();
+    }
+    void compress(const std::shared_ptr<util::zip_writer_t>& writer) override {
+        if (crash_ == crash_t::in_rotation) {
+            writer->add("the first lines", 15);
+            ::raise(SIGSEGV);
+        }
+        file_->compress(writer);
+    }
 
 private:
     std::shared_ptr<log_file_t> file_;
+    crash_t crash_;
 };
 
 DWORD log_and_crash(void*) {
     log_info(logging::lib_logger(), "crash here");
+    return 0;
+}
+
+DWORD rotate(void* receiver) {
+    // The crash abandons the rotation's frames and what they hold, as it does in the tool: nothing
+    // that the leak checker should report.
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan_disable();
+#endif
+    logging::receiver::check_log_size(
+        *static_cast<std::shared_ptr<logging::receiver::log_file_t>*>(receiver));
     return 0;
 }
 
@@ -110,4 +139,26 @@ TEST_F(abandoned_worker_test, a_worker_that_crashes_inside_a_log_write_leaves_th
     EXPECT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("the main thread goes on"));
     EXPECT_EQ(log_count("Thread finished. Role: 'Writer'."), 1u);
+}
+
+// Whatever stops an archive's writing, nothing but a whole archive bears an archive's name: the
+// next rotation ages the good archives by one generation, not two.
+TEST_F(abandoned_worker_test, a_worker_that_crashes_while_it_writes_an_archive_leaves_no_archive_behind) {
+    log_test::write_archive(folder_ / "Mirrack.log.gz", "newest");
+    log_info(logging::lib_logger(), "kept for the next archive");
+    const auto file = logging::main_log()->receiver();
+    std::shared_ptr<logging::receiver::log_file_t> crashing =
+        std::make_shared<crashing_receiver_t>(file, crashing_receiver_t::crash_t::in_rotation);
+    win::win_thread_t worker(&rotate, &crashing, "Rotator");
+    ASSERT_TRUE(finishes_in_time([&] { worker.stop_wait_for(10000); }));
+    EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "Mirrack.log.gz"));
+    EXPECT_EQ(log_test::gunzip(folder_ / "Mirrack.log.1.gz"), "newest");
+
+    logging::receiver::set_log_size_limit_for_tests(1);
+    logging::receiver::check_log_size(file);
+    EXPECT_NE(log_test::gunzip(folder_ / "Mirrack.log.gz").find("kept for the next archive"),
+              std::string::npos);
+    EXPECT_EQ(log_test::gunzip(folder_ / "Mirrack.log.1.gz"), "newest");
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "Mirrack.log.2.gz"));
 }

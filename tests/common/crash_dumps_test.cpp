@@ -16,8 +16,12 @@ namespace {
 
 using crash_test::dump_folder_test;
 
-std::string next_name(const std::filesystem::path& folder) {
-    const std::wstring path = crash::next_dump_path(folder.string(), "RZ", "txt");
+// The name the next dump takes; names that hold `taken` were made by another crash meanwhile.
+std::string next_name(const std::filesystem::path& folder, const std::wstring& taken = std::wstring()) {
+    const std::wstring path =
+        crash::create_next_dump(folder.string(), "RZ", "txt", [&](const std::wstring& name) {
+            return taken.empty() || name.find(taken) == name.npos;
+        });
     return std::filesystem::path(to_utf8(path.substr(path.find_last_of(L"\\/") + 1))).string();
 }
 
@@ -68,6 +72,8 @@ TEST_F(dump_folder_test, FirstDumpIsNumberZeroAndNumbersFillTheLowestGap) {
     add_old_dump("RZ_crash_3.txt", 1);
     add_old_dump("RZ_crash_2.mdmp", 1); // another kind of dump takes no number of this one
     EXPECT_EQ(next_name(dumps_), "RZ_crash_2.txt");
+    // A name that another crash took since the folder was listed passes on to the next number.
+    EXPECT_EQ(next_name(dumps_, L"_crash_2."), "RZ_crash_4.txt");
 }
 
 TEST_F(dump_folder_test, TwentyDumpsLoseTheOldestAndItsNumberIsTakenAgain) {

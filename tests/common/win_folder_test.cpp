@@ -65,7 +65,9 @@ TEST(FolderCreation, RacingCreatorsAllSucceed) {
 
 // Paths that keep no parent to create, shares without server and share among them.
 TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
-    for (const std::wstring path : {L"", L"\\\\srv\\share", L"\\\\server", L"\\\\server\\"}) {
+    // A bare lead of a UNC or device path is named as given, not by what is left of it.
+    for (const std::wstring path :
+         {L"", L"\\\\srv\\share", L"\\\\server", L"\\\\server\\", L"\\\\", L"\\\\?\\", L"\\\\.\\"}) {
         try {
             win::create_folder(path);
             ADD_FAILURE() << "no exception";
@@ -104,6 +106,8 @@ TEST(FolderCreation, UnmappedParentFailsAtEachLevel) {
     } catch (const exc::win_sys_exc_t& e) {
         EXPECT_EQ(lines_of(e).back(), "Cannot create folder. Folder path: [Q:\\x\\y].");
         EXPECT_EQ(lines_of(e)[1], "CreateDirectory(Q:\\x) function call failed.");
+        // As CreateDirectory says where the parent is missing: the path, not the file.
+        EXPECT_EQ(e.code(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
     }
 }
 

@@ -138,6 +138,30 @@ TEST(SampleHost, CreateRefusesAnExistingHostAndBadOptions) {
     EXPECT_NE(out.find("Usage:"), std::string::npos);
 }
 
+// --help shows the use and makes nothing; what looks like an option is never taken for a folder.
+TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
+    lab_dir_t lab_dir;
+    const fs::path host = lab_dir.dir / "host";
+    const fs::path previous = fs::current_path();
+    fs::current_path(lab_dir.dir); // where "create --help" made its folder
+    for (const std::vector<std::string>& line :
+         std::vector<std::vector<std::string>>{{"create", "--help"},
+                                               {"create", host.string(), "--help"},
+                                               {"state", "-h"},
+                                               {"resolve", "--help"}}) {
+        std::string out;
+        EXPECT_EQ(run_lab(line, &out), 0) << out;
+        EXPECT_NE(out.find("Usage:"), std::string::npos);
+    }
+    for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
+             {"create", "--vms", "2"}, {"state", "--all"}, {"resolve", "-x", "C:\\"}}) {
+        std::string out;
+        EXPECT_EQ(run_lab(line, &out), 2) << out;
+    }
+    fs::current_path(previous);
+    EXPECT_TRUE(fs::is_empty(lab_dir.dir));
+}
+
 TEST(LabViews, ResolveMapsWindowsPathsOfTheHost) {
     lab_dir_t lab_dir;
     ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--file-size", "1K"}), 0);

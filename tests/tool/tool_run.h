@@ -11,6 +11,10 @@
 
 class ToolRun {
 public:
+    // Where standard output and error go: a file of the run, or (POSIX only) a pipe whose reader
+    // has gone.
+    enum class output_t { file, closed_pipe };
+
     // Starts mirrack with the given tokens followed by "-log <folder>/tool.log", unless they
     // name a log of their own.
     // Pipes live in a folder of this run unless another one is given. The tool
@@ -18,7 +22,8 @@ public:
     // namespace of pipes and no simulated host.
     explicit ToolRun(const std::vector<std::string>& arguments,
                      const std::filesystem::path& sharedPipeFolder = std::filesystem::path(),
-                     const std::filesystem::path& hostFolder = std::filesystem::path());
+                     const std::filesystem::path& hostFolder = std::filesystem::path(),
+                     output_t output = output_t::file);
     // Kills the process if it is still running, and removes the folder.
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;

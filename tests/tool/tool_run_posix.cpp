@@ -22,8 +22,21 @@ std::filesystem::path MakeTempFolder() {
     return pattern;
 }
 
+// Standard output and error on a pipe whose reading end is closed, with the signal that such a
+// write raises at its default, whatever the test's own process does with it.
+void RedirectToClosedPipe() {
+    int ends[2];
+    if (::pipe(ends) != 0)
+        ::_exit(126);
+    ::close(ends[0]);
+    ::dup2(ends[1], 1);
+    ::dup2(ends[1], 2);
+    ::signal(SIGPIPE, SIG_DFL);
+}
+
 [[noreturn]] void ExecTool(const std::vector<std::string>& tokens, const std::filesystem::path& folder,
-                           const std::filesystem::path& pipeFolder, const std::filesystem::path& hostFolder) {
+                           const std::filesystem::path& pipeFolder, const std::filesystem::path& hostFolder,
+                           ToolRun::output_t output) {
     ::setenv("MIRRACK_PIPE_DIR", pipeFolder.c_str(), 1);
     if (hostFolder.empty())
         ::unsetenv("MIRRACK_HOST");
@@ -31,11 +44,13 @@ std::filesystem::path MakeTempFolder() {
         ::setenv("MIRRACK_HOST", hostFolder.c_str(), 1);
     // The tool prints a line or two on standard output; keep the test's output clean. A sanitizer's
     // report lands there too, and is looked for before the folder goes.
-    const int output = ::open((folder / "stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (output >= 0) {
-        ::dup2(output, 1);
-        ::dup2(output, 2);
+    const int file = ::open((folder / "stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (file >= 0) {
+        ::dup2(file, 1);
+        ::dup2(file, 2);
     }
+    if (output == ToolRun::output_t::closed_pipe)
+        RedirectToClosedPipe();
     std::vector<char*> argv;
     for (const auto& token : tokens)
         argv.push_back(const_cast<char*>(token.c_str()));
@@ -47,7 +62,7 @@ std::filesystem::path MakeTempFolder() {
 } // namespace
 
 ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
-                 const std::filesystem::path& hostFolder)
+                 const std::filesystem::path& hostFolder, output_t output)
     : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
     std::filesystem::create_directories(pipeFolder);
     std::filesystem::permissions(pipeFolder, std::filesystem::perms::owner_all);
@@ -61,7 +76,7 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesyste
     if (child < 0)
         throw std::runtime_error("cannot start the tool");
     if (child == 0)
-        ExecTool(tokens, folder, pipeFolder, hostFolder);
+        ExecTool(tokens, folder, pipeFolder, hostFolder, output);
     pid = child;
 }
 

@@ -25,7 +25,7 @@ ChildProcess& Child(const std::shared_ptr<void>& process) {
 } // namespace
 
 ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
-                 const std::filesystem::path&)
+                 const std::filesystem::path&, output_t)
     : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
     std::vector<std::wstring> tokens;
     for (const auto& argument : arguments)

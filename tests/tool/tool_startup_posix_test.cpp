@@ -1,5 +1,5 @@
-// POSIX only: a pipe name's bytes are the socket's file name, where Windows takes wide names, and
-// the simulated host exists only here.
+// POSIX only: names made of bytes (a pipe's socket, a native log path), a broken pipe on standard
+// output and the simulated host exist only here.
 #include "tool_expectations.h"
 #include "tool_job.h"
 
@@ -26,6 +26,30 @@ TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytes) {
     const std::string log = run.LogText();
     EXPECT_TRUE(contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
     EXPECT_TRUE(contains(log, "Process will be finished normally.")) << log;
+}
+
+// Standard output and error that nobody reads are no reason to stop: the pipe is served.
+TEST(ToolStartup, OutputsThatNobodyReadsLeaveThePipeServed) {
+    ToolRun run(ToolRun::PipeMode(), {}, {}, ToolRun::output_t::closed_pipe);
+    run.DirectClients();
+    auto client = client::CInvokeClient::Connect(ToolRun::PipeName());
+    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
+    client->Disconnect();
+    EXPECT_EQ(run.WaitForExit(), 0);
+    EXPECT_TRUE(contains(run.LogText(), tool_expect::normalEnd)) << run.LogText();
+}
+
+// A native log path names its folder by bytes, as the pipe name does: no folder with U+FFFD in
+// place of what is not UTF-8.
+TEST(ToolStartup, LogPathThatIsNotUtf8NamesItsFolderWithItsBytes) {
+    std::string base = (std::filesystem::temp_directory_path() / "mirrack-log-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(base.data()), nullptr);
+    const std::filesystem::path folder = std::filesystem::path(base) / "bad\xff";
+    ToolRun run({"-log", (folder / "tool.log").string()});
+    EXPECT_EQ(run.WaitForExit(), 0);
+    EXPECT_TRUE(contains(read_file(folder / "tool.log"), tool_expect::notPipeMode));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(base) / "bad\xef\xbf\xbd"));
+    std::filesystem::remove_all(base);
 }
 
 // A host that cannot be read fails every simulated call and says so once, naming the file; the
