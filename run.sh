@@ -82,6 +82,13 @@ cmd_wine() {
     bash "$ROOT/.ci/wine-tests.sh"
 }
 
+# The Windows tests under Wine with their lines counted, in build-win-cov/: the share of lines
+# run in every *_win32.cpp file, and what Wine cannot reach.
+cmd_wine_coverage() {
+    need_packages cmake g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils wine wine64
+    bash "$ROOT/.ci/wine-coverage.sh"
+}
+
 # Not in CI: the Windows build's server benchmark under Wine, against MSXML alone.
 cmd_wine_bench() {
     MIRRACK_CROSS_BENCH=ON cmd_cross
@@ -114,11 +121,12 @@ asan) cmd_asan ;;
 fuzz-replay) cmd_fuzz_replay ;;
 cross) cmd_cross ;;
 wine) cmd_wine ;;
+wine-coverage) cmd_wine_coverage ;;
 wine-bench) cmd_wine_bench ;;
 bench) cmd_bench ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|bench|wine-bench]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|wine-coverage|bench|wine-bench]" >&2
     exit 2
     ;;
 esac
