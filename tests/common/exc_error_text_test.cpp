@@ -6,8 +6,7 @@
 #include <string>
 
 #ifdef _WIN32
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 #endif
 
 TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
