@@ -27,25 +27,25 @@ find . -name '*.gcda' -delete
 export GCOV_PREFIX=Z:
 status=0
 timeout 1800 ctest --output-on-failure -j "$JOBS" --timeout 300 || status=$?
-wineserver -w
 
 # One row per file: its counts are in the notes (.gcno) and data (.gcda) beside its object.
-lines_run() { # source
+# gcov names the source as the compiler was given it: absolute, or relative where the compiler
+# cache's base folder made it so.
+lines_run() { # source relative to the root
     local notes
-    notes=$(find "$OUT/build" -path "*/${1#"$ROOT"/}.gcno" | head -n 1)
+    notes=$(find "$OUT/build" -path "*/$1.gcno" | head -n 1)
     [ -n "$notes" ] || return 0
-    (cd "$(dirname "$notes")" && "$GCOV" -n "$notes" 2>/dev/null) |
-        awk -v file="$1" '$0 == "File '"'"'" file "'"'"'" { hit = 1; next }
-                          hit && /^Lines executed:/ { sub(/^Lines executed:/, ""); print; exit }'
+    (cd "$OUT/build" && "$GCOV" -n "$notes" 2>/dev/null) |
+        awk -v file="/$1'" '/^File / { hit = substr($0, length($0) - length(file) + 1) == file; next }
+                            hit && /^Lines executed:/ { sub(/^Lines executed:/, ""); print; exit }'
 }
 
 echo
 printf '%-48s %s\n' "file" "lines run"
 while read -r source; do
     counts=$(lines_run "$source")
-    [ -n "$counts" ] || counts="not built"
-    printf '%-48s %s\n' "${source#"$ROOT"/}" "$counts"
-done < <(find "$ROOT" -name '*_win32.cpp' -not -path "$ROOT/build*" -not -path "$ROOT/bench/*" | sort)
+    printf '%-48s %s\n' "$source" "${counts:-not built}"
+done < <(cd "$ROOT" && find . -name '*_win32.cpp' -not -path './build*' -not -path './bench/*' | sed 's|^\./||' | sort)
 echo
 cat "$ROOT/.ci/wine-coverage-limits.txt"
 exit "$status"
