@@ -92,6 +92,13 @@ cmd_package() {
     bash "$ROOT/packaging/package-windows.sh"
 }
 
+# The Windows tests under Wine with their lines counted, in build-win-cov/: the share of lines
+# run in every *_win32.cpp file, and what Wine cannot reach.
+cmd_wine_coverage() {
+    need_packages cmake g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils wine wine64
+    bash "$ROOT/.ci/wine-coverage.sh"
+}
+
 # Not in CI: the Windows build's server benchmark under Wine, against MSXML alone.
 cmd_wine_bench() {
     MIRRACK_CROSS_BENCH=ON cmd_cross
@@ -132,12 +139,13 @@ fuzz-replay) cmd_fuzz_replay ;;
 cross) cmd_cross ;;
 wine) cmd_wine ;;
 package) cmd_package ;;
+wine-coverage) cmd_wine_coverage ;;
 wine-bench) cmd_wine_bench ;;
 bench) cmd_bench ;;
 soak) cmd_soak ;;
 demo) cmd_demo ;;
 *)
-    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|package|bench|wine-bench|soak]" >&2
+    echo "usage: ./run.sh [demo|test|build|tsan|asan|fuzz-replay|cross|wine|wine-coverage|package|bench|wine-bench|soak]" >&2
     exit 2
     ;;
 esac

@@ -3,7 +3,8 @@
 # by MinGW-w64, the tool, the client and the test suites (which .ci/wine-tests.sh runs).
 # zlib, TinyXML, Boost.Program_options and GoogleTest for MinGW are built from Debian's
 # source packages (a deb-src entry, then apt-get source) into the build folder, once.
-# MIRRACK_CROSS_BENCH=ON builds the benchmarks too, and Google Benchmark the same way.
+# MIRRACK_CROSS_BENCH=ON builds the benchmarks too, and Google Benchmark the same way;
+# MIRRACK_CROSS_COVERAGE=ON counts the lines run (.ci/wine-coverage.sh).
 set -euo pipefail
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
 OUT=${MIRRACK_CROSS_DIR:-$ROOT/build-win}
@@ -184,7 +185,8 @@ done
 # ctest runs the cross-built tests under Wine (.ci/wine-tests.sh prepares its prefix).
 cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake" \
     -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH="$BENCH" -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
-    -DCMAKE_BUILD_TYPE=Release -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
+    -DMIRRACK_COVERAGE="${MIRRACK_CROSS_COVERAGE:-OFF}" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build "$OUT/build" -j "$JOBS"
 echo "Windows cross-build: OK."
 echo "The tool and its client:"

@@ -2,24 +2,18 @@
 
 #include "compat/win_types.h"
 
+#include <memory>
 #include <shellapi.h>
 
 namespace logging::platform {
 
 std::vector<std::wstring> process_arguments() {
-    std::vector<std::wstring> arguments;
     int count = 0;
-    LPWSTR* tokens = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    if (tokens == nullptr)
-        return arguments;
-    try {
-        arguments.assign(tokens, tokens + count);
-    } catch (...) {
-        ::LocalFree(tokens);
-        throw;
-    }
-    ::LocalFree(tokens);
-    return arguments;
+    // The system's array goes back to it however the copy ends.
+    const std::unique_ptr<LPWSTR, decltype(&::LocalFree)> tokens(
+        ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
+    return tokens ? std::vector<std::wstring>(tokens.get(), tokens.get() + count)
+                  : std::vector<std::wstring>();
 }
 
 } // namespace logging::platform

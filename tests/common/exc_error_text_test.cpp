@@ -5,6 +5,10 @@
 
 #include <string>
 
+#ifdef _WIN32
+#include <ole2.h>
+#endif
+
 TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
     using wine_texts::as_windows;
     EXPECT_EQ(as_windows(exc::sys_error_text(2)), "The system cannot find the file specified.\r\n");
@@ -34,3 +38,33 @@ TEST(ComErrorText, WithoutErrorObjectIsTheCodeAloneWithItsLeadingBlank) {
     const exc::com_exc_t e(static_cast<std::int32_t>(0x80004005u), "Failed to %1.", "go");
     EXPECT_STREQ(e.what(), " Error code: 0x80004005\nFailed to go.");
 }
+
+#ifdef _WIN32
+namespace {
+
+// Sets the calling thread's COM error object, with the description or without one.
+void set_error_object(const wchar_t* description) {
+    ICreateErrorInfo* create = nullptr;
+    ASSERT_EQ(::CreateErrorInfo(&create), S_OK);
+    if (description != nullptr)
+        create->SetDescription(const_cast<LPOLESTR>(description));
+    IErrorInfo* info = nullptr;
+    ASSERT_EQ(create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)), S_OK);
+    EXPECT_EQ(::SetErrorInfo(0, info), S_OK);
+    info->Release();
+    create->Release();
+}
+
+} // namespace
+
+// Only Windows has a thread's COM error object: its description leads the text, and reading it
+// takes it away.
+TEST(ComErrorText, TheThreadsErrorObjectLeadsTheTextOnce) {
+    set_error_object(L"The writer refused.");
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)),
+              "The writer refused. Error code: 0x80004005");
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)), " Error code: 0x80004005");
+    set_error_object(nullptr);
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)), " Error code: 0x80004005");
+}
+#endif

@@ -160,3 +160,23 @@ TEST_F(impersonation_test, InvalidTokenInTheMapGivesAScopeWithoutEffect) {
     EXPECT_FALSE(scope->impersonated());
     EXPECT_EQ(calls_->duplicates.load(), 0);
 }
+
+#ifdef _WIN32
+// The process's own token is one that any Windows process may impersonate: the thread holds a
+// token of its own while impersonating, and none once reverted.
+TEST(PlatformTokenCalls, TheProcessTokenIsDuplicatedImpersonatedAndReverted) {
+    HANDLE own = nullptr;
+    ASSERT_TRUE(::OpenProcessToken(::GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &own));
+    const win_handle_t process_token(own);
+    const std::shared_ptr<token_calls_t> calls = platform_token_calls();
+    const win_handle_t duplicate(calls->duplicate_token(process_token.get()));
+    ASSERT_TRUE(duplicate.valid());
+    ASSERT_TRUE(calls->impersonate_logged_on_user(duplicate.get()));
+    HANDLE thread_token = nullptr;
+    EXPECT_TRUE(::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, TRUE, &thread_token));
+    const win_handle_t held(thread_token);
+    EXPECT_TRUE(calls->revert_to_self());
+    EXPECT_FALSE(::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, TRUE, &thread_token));
+    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_NO_TOKEN));
+}
+#endif

@@ -2,7 +2,7 @@
 // mirrack-client spec and check against the real mirrack: a healthy host, a VM one of whose
 // listed files can't be read, and a writer that fails. Nothing is copied, the writer hears
 // of no backup, the host is left clean, and the report holds what an administrator sends.
-#include "tool_run_posix.h"
+#include "tool_run.h"
 
 #include "client/subcommand.h"
 #include "lab/sample_host.h"
@@ -56,10 +56,10 @@ protected:
         ToolRun tool(tokens, {}, host);
         ::setenv("MIRRACK_PIPE_DIR", tool.PipeFolder().c_str(), 1);
         check_run_t run;
-        run.status =
-            client::RunClient({"--pipe", ToolRun::pipeName, "check", "--spec", (host / "trial.xml").string(),
-                               "--report", (host / "report.md").string(), "--tool-log", log.string()},
-                              out, err);
+        run.status = client::RunClient({"--pipe", ToolRun::PipeNameText(), "check", "--spec",
+                                        (host / "trial.xml").string(), "--report",
+                                        (host / "report.md").string(), "--tool-log", log.string()},
+                                       out, err);
         run.out = out.str() + err.str();
         EXPECT_EQ(tool.WaitForExit(), 0) << run.out;
         run.report = read_file(host / "report.md");
