@@ -5,6 +5,7 @@
 #include "common/logging/log_names.h"
 #include "common/logging/prepare_log.h"
 #include "common/logging/win_log_file.h"
+#include "common/logging/zip_writer.h"
 
 namespace fs = std::filesystem;
 using log_test::gunzip;
@@ -135,5 +136,24 @@ TEST(log_file_opening, a_folder_outside_the_log_directory_has_no_fallback) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "LOG: Initializing log file ...\nFailed to initialize log [" + path + "].\n");
     EXPECT_EQ(logging::main_log()->receiver(), nullptr);
+    fs::remove_all(folder);
+}
+
+// An archive whose folder is gone is refused at once, naming the archive, with the system's own
+// reason below: nothing under the archive's name or its working name is left.
+TEST(log_file_archives, an_archive_that_cannot_be_opened_is_refused_with_the_reason) {
+    const fs::path folder = log_test::fresh_folder("noarchive");
+    const std::string archive = (folder / "gone" / "Mirrack.log.gz").string();
+    try {
+        util::zip_writer_t writer(archive, 9);
+        ADD_FAILURE() << "an archive opened in a folder that does not exist";
+    } catch (const exc::exc_base_t& e) {
+        // Cause first: the system's reason, then the line that names the archive.
+        const std::string text = e.what();
+        const std::size_t named = text.find("Failed to open GZ archive [" + archive + "].");
+        EXPECT_NE(named, std::string::npos) << text;
+        EXPECT_GT(named, 0u) << text;
+    }
+    EXPECT_FALSE(fs::exists(folder / "gone"));
     fs::remove_all(folder);
 }
