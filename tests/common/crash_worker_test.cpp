@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <csignal>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -34,20 +33,6 @@ int* volatile null_pointer = nullptr;
 // The store is the point of the test; a sanitizer build need not report it first.
 __attribute__((no_sanitize("undefined"))) DWORD dereference_null(void*) {
     *null_pointer = 1;
-    return 0;
-}
-
-// Workers held at a start line, to crash at the same moment when it opens.
-std::atomic<int> g_at_start{0};
-std::atomic<bool> g_start{false};
-
-// The signal is raised rather than caused: a race detector takes stores through one null pointer
-// from several threads for a race.
-DWORD crash_with_the_others(void*) {
-    ++g_at_start;
-    while (!g_start.load())
-        std::this_thread::yield();
-    ::raise(SIGSEGV);
     return 0;
 }
 
@@ -132,29 +117,4 @@ TEST_F(crashing_worker_test, ThreadEndingItselfIsNoCrashAndUnwindsWhereThePlatfo
     EXPECT_EQ(run_worker(&end_itself, ending_unwinds), 5u);
     EXPECT_EQ(g_unwound.load(), ending_unwinds);
     EXPECT_TRUE(dump_names().empty());
-}
-
-// Workers that crash at once each pick a name from the same listing of the folder: each must
-// still keep a dump of its own.
-TEST_F(crashing_worker_test, WorkersThatCrashAtOnceKeepADumpEach) {
-    constexpr std::size_t workers = 16;
-    for (int round = 0; round < 20; ++round) {
-        g_at_start = 0;
-        g_start = false;
-        std::vector<std::unique_ptr<win::win_thread_t>> crashers;
-        for (std::size_t i = 0; i < workers; ++i)
-            crashers.push_back(
-                std::make_unique<win::win_thread_t>(&crash_with_the_others, nullptr, "Crasher"));
-        while (g_at_start.load() < static_cast<int>(workers))
-            std::this_thread::yield();
-        g_start = true;
-        for (auto& crasher : crashers)
-            crasher->stop_wait();
-        const std::vector<std::string> names = dump_names();
-        ASSERT_EQ(names.size(), workers) << "round " << round;
-        for (const std::string& name : names) {
-            EXPECT_EQ(dump_text(name).rfind("Signal: 11 (SIGSEGV)", 0), 0u) << name;
-            std::filesystem::remove(dumps_ / name);
-        }
-    }
 }
