@@ -159,12 +159,14 @@ spec_arguments_t ParseSpecArguments(const std::vector<std::string>& arguments) {
                           value);
         } else if (TakeOptionValue(arguments, i, "--exclude-disk", value)) {
             const auto [vm, disk] = split_pair("--exclude-disk", value, "VM=DISKPATH");
-            builder.Later([disk](spec_vm_entry_t& entry) { entry.excludedDisks.push_back(from_utf8(disk)); },
-                          "--exclude-disk", vm);
+            builder.Later(
+                [disk = disk](spec_vm_entry_t& entry) { entry.excludedDisks.push_back(from_utf8(disk)); },
+                "--exclude-disk", vm);
         } else if (TakeOptionValue(arguments, i, "--aux-file", value)) {
             const auto [vm, file] = split_pair("--aux-file", value, "VM=FILEPATH");
-            builder.Later([file](spec_vm_entry_t& entry) { entry.auxFiles.push_back(from_utf8(file)); },
-                          "--aux-file", vm);
+            builder.Later(
+                [file = file](spec_vm_entry_t& entry) { entry.auxFiles.push_back(from_utf8(file)); },
+                "--aux-file", vm);
         } else if (TakeOptionValue(arguments, i, "--provider", value)) {
             builder.SetProvider(value);
         } else if (TakeOptionValue(arguments, i, "--volume-provider", value)) {
