@@ -185,7 +185,9 @@ done
 # ctest runs the cross-built tests under Wine (.ci/wine-tests.sh prepares its prefix).
 cmake -S "$ROOT" -B "$OUT/build" -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-w64.cmake" \
     -DMIRRACK_DEPS_PREFIX="$DEPS" -DMIRRACK_BENCH="$BENCH" -DMIRRACK_TESTS="${MIRRACK_CROSS_TESTS:-ON}" \
-    -DMIRRACK_COVERAGE="${MIRRACK_CROSS_COVERAGE:-OFF}" -DCMAKE_BUILD_TYPE=Release \
+    -DMIRRACK_COVERAGE="${MIRRACK_CROSS_COVERAGE:-OFF}" -DMIRRACK_WERROR="${MIRRACK_WERROR:-OFF}" \
+    -DCMAKE_UNITY_BUILD="${MIRRACK_UNITY:-OFF}" -DCMAKE_UNITY_BUILD_BATCH_SIZE=16 \
+    -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build "$OUT/build" -j "$JOBS"
 echo "Windows cross-build: OK."

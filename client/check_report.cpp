@@ -20,7 +20,7 @@ const char* const version_markers[] = {"Module version:", "OS version:", "OS bui
 
 class report_writer_t {
 public:
-    report_writer_t(report_format_t format, std::ostream& out) : format(format), out(out) {}
+    report_writer_t(report_format_t format_, std::ostream& out_) : format(format_), out(out_) {}
 
     void Title(const std::string& text) {
         if (format == report_format_t::markdown)

@@ -19,8 +19,8 @@ std::unique_ptr<CInvokeClient> CInvokeClient::Connect(const std::wstring& pipeNa
         win::pipes::connect_client_channel(PipePathOf(pipeName), timeoutMs));
 }
 
-CInvokeClient::CInvokeClient(std::shared_ptr<win::pipes::pipe_channel_t> channel)
-    : channel(std::move(channel)) {}
+CInvokeClient::CInvokeClient(std::shared_ptr<win::pipes::pipe_channel_t> channel_)
+    : channel(std::move(channel_)) {}
 
 win::pipes::pipe_channel_t& CInvokeClient::Channel() const {
     if (!channel)

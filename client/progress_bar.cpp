@@ -41,8 +41,8 @@ std::string ByteProgressText(std::uint64_t done, std::uint64_t total, unsigned w
     return text;
 }
 
-CByteProgressBar::CByteProgressBar(std::ostream& out, std::uint64_t total, bool inPlace)
-    : out(out), total(total), inPlace(inPlace) {
+CByteProgressBar::CByteProgressBar(std::ostream& out_, std::uint64_t total_, bool inPlace_)
+    : out(out_), total(total_), inPlace(inPlace_) {
     Draw(true);
 }
 

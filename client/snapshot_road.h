@@ -74,7 +74,7 @@ void CloseSnapshotTask(CInvokeClient& client);
 // the snapshot on the host until the server process ends.
 class CSnapshotCloser {
 public:
-    explicit CSnapshotCloser(CInvokeClient& client) : client(client) {}
+    explicit CSnapshotCloser(CInvokeClient& client_) : client(client_) {}
     ~CSnapshotCloser();
     CSnapshotCloser(const CSnapshotCloser&) = delete;
     CSnapshotCloser& operator=(const CSnapshotCloser&) = delete;

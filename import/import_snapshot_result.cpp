@@ -11,8 +11,8 @@
 namespace hv {
 
 CVssImportSnapshotResult::CVssImportSnapshotResult(
-    std::shared_ptr<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>> snapshots)
-    : snapshots(std::move(snapshots)) {}
+    std::shared_ptr<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>> snapshots_)
+    : snapshots(std::move(snapshots_)) {}
 
 void UpdateItems(const std::wstring& oldVolume, const std::wstring& newVolume, ItemsList& items) {
     const std::string oldText = to_ansi(oldVolume);

@@ -37,10 +37,10 @@ CFilesListItem read_item(const dom_element_t& element) {
 
 } // namespace
 
-CFilesListItem::CFilesListItem(std::wstring path, std::wstring mask, std::uint32_t recursive,
-                               std::wstring relativePath, std::wstring fullPath)
-    : path(std::move(path)), mask(std::move(mask)), recursive(recursive),
-      relativePath(std::move(relativePath)), fullPath(std::move(fullPath)) {}
+CFilesListItem::CFilesListItem(std::wstring path_, std::wstring mask_, std::uint32_t recursive_,
+                               std::wstring relativePath_, std::wstring fullPath_)
+    : path(std::move(path_)), mask(std::move(mask_)), recursive(recursive_),
+      relativePath(std::move(relativePath_)), fullPath(std::move(fullPath_)) {}
 
 namespace {
 

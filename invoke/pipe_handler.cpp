@@ -76,8 +76,8 @@ bool WriteWholeMessage(pipe_channel_t& channel, const byte_buffer_t& data) {
     return true;
 }
 
-CPipeHandler::CPipeHandler(std::wstring pipePath, std::shared_ptr<pipe_channel_t> pipe)
-    : pipePath(std::move(pipePath)), pipe(std::move(pipe)),
+CPipeHandler::CPipeHandler(std::wstring pipePath_, std::shared_ptr<pipe_channel_t> pipe_)
+    : pipePath(std::move(pipePath_)), pipe(std::move(pipe_)),
       cancelEvent(std::make_shared<win_manual_reset_event_t>()) {}
 
 pipe_channel_t& CPipeHandler::Pipe() const {

@@ -37,8 +37,8 @@ exc::runtime_exc_t CPipeInvokeSrv::UnknownRequest(const std::string& request) {
     return exc::runtime_exc_t("Unknown type of request: '%1'.", request);
 }
 
-CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher)
-    : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(dispatcher)) {
+CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher_)
+    : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(dispatcher_)) {
     try {
         log_scope_t scope(server_logger(), "Creating instance of invoke server. Pipe name: '%1'.",
                           to_ansi_nothrow(pipeName));

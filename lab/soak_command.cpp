@@ -106,8 +106,8 @@ std::vector<job_record_t> run_round(const soak_hosts_t& hosts, const std::vector
 
 class soak_t {
 public:
-    soak_t(const soak_options_t& options, std::ostream& out)
-        : options(options), out(out),
+    soak_t(const soak_options_t& options_, std::ostream& out_)
+        : options(options_), out(out_),
           hosts(make_soak_hosts(options.dir, options.offhost)), limits{
                                                                     static_cast<unsigned>(hosts.vms.size()),
                                                                     options.offhost} {}

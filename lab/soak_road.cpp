@@ -21,10 +21,10 @@ struct road_left_t {};
 
 class road_t {
 public:
-    road_t(const std::vector<road_vm_t>& vms, const road_links_t& links,
-           std::chrono::steady_clock::time_point origin, job_record_t& record)
-        : vms(vms), links(links), record(record),
-          moment(origin + std::chrono::milliseconds(record.draw.moment_ms)) {}
+    road_t(const std::vector<road_vm_t>& vms_, const road_links_t& links_,
+           std::chrono::steady_clock::time_point origin, job_record_t& record_)
+        : vms(vms_), links(links_), record(record_),
+          moment(origin + std::chrono::milliseconds(record_.draw.moment_ms)) {}
 
     void run(const std::string& spec_document) {
         const client::backup_job_t job{L"Soak", L"Soak console", spec_document};

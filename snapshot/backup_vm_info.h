@@ -13,11 +13,11 @@
 namespace impl {
 
 struct CBackupVmInfo {
-    CBackupVmInfo(VSSUtils::WmComponentPtr component, const VSSUtils::SWmComponentInfo& info,
-                  bool crashConsistent, std::vector<std::string> auxFiles)
-        : component(std::move(component)), componentName(info.componentName), logicalPath(info.logicalPath),
-          componentType(info.type), fileSpecCount(info.fileCount), auxFiles(std::move(auxFiles)),
-          crashConsistent(crashConsistent) {}
+    CBackupVmInfo(VSSUtils::WmComponentPtr component_, const VSSUtils::SWmComponentInfo& info,
+                  bool crashConsistent_, std::vector<std::string> auxFiles_)
+        : component(std::move(component_)), componentName(info.componentName), logicalPath(info.logicalPath),
+          componentType(info.type), fileSpecCount(info.fileCount), auxFiles(std::move(auxFiles_)),
+          crashConsistent(crashConsistent_) {}
 
     VSSUtils::WmComponentPtr component;
     // The VM's id as the writer words it.

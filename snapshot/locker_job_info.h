@@ -8,8 +8,8 @@ namespace wrap::locks {
 class CLockerJobInfo {
 public:
     // Job name first: callers hand over what they have in that order.
-    CLockerJobInfo(const std::wstring& jobName, const std::wstring& backupConsole)
-        : backupConsole(backupConsole), jobName(jobName) {}
+    CLockerJobInfo(const std::wstring& jobName_, const std::wstring& backupConsole_)
+        : backupConsole(backupConsole_), jobName(jobName_) {}
 
     const std::wstring backupConsole;
     const std::wstring jobName;

@@ -15,8 +15,8 @@ class CVssSnapshotResult {
 public:
     using VmFilesMap = std::map<GUID, ItemsList, VSSUtils::VssIdLess>;
 
-    CVssSnapshotResult(std::shared_ptr<impl::CSnapshotInfo> info, VmFilesMap vmFiles)
-        : info(std::move(info)), vmFiles(std::move(vmFiles)) {}
+    CVssSnapshotResult(std::shared_ptr<impl::CSnapshotInfo> info_, VmFilesMap vmFiles_)
+        : info(std::move(info_)), vmFiles(std::move(vmFiles_)) {}
 
     // The items list document of the VM, as UTF-8, the form in which it crosses the pipe; a VM
     // outside the task fails.

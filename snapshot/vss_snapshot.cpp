@@ -11,9 +11,9 @@
 
 namespace impl {
 
-CVssSnapshot::CVssSnapshot(std::shared_ptr<const CHvBackupSpec> specification,
-                           std::shared_ptr<win::win_manual_reset_event_t> cancelEvent)
-    : specification(std::move(specification)), cancelEvent(std::move(cancelEvent)) {
+CVssSnapshot::CVssSnapshot(std::shared_ptr<const CHvBackupSpec> specification_,
+                           std::shared_ptr<win::win_manual_reset_event_t> cancelEvent_)
+    : specification(std::move(specification_)), cancelEvent(std::move(cancelEvent_)) {
     log_scope_t scope(logging::tool_logger(), "Performing VSS backup.");
     InitBackup();
     SelectVms();

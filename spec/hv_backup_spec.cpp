@@ -167,14 +167,14 @@ bool SamePath(const std::wstring& a, const std::wstring& b) {
     return true;
 }
 
-CHvVmBackupSpec::CHvVmBackupSpec(std::string vmId, std::vector<std::string> excludedDisks,
-                                 std::vector<std::string> auxFiles, bool crashConsistent)
-    : vmId(std::move(vmId)), excludedDisks(std::move(excludedDisks)), auxFiles(std::move(auxFiles)),
-      crashConsistent(crashConsistent) {}
+CHvVmBackupSpec::CHvVmBackupSpec(std::string vmId_, std::vector<std::string> excludedDisks_,
+                                 std::vector<std::string> auxFiles_, bool crashConsistent_)
+    : vmId(std::move(vmId_)), excludedDisks(std::move(excludedDisks_)), auxFiles(std::move(auxFiles_)),
+      crashConsistent(crashConsistent_) {}
 
-CVolVssProviderInfo::CVolVssProviderInfo(const GUID& providerId, std::uint32_t providerType,
-                                         std::wstring mountPoint)
-    : providerId(providerId), providerType(providerType), mountPoint(std::move(mountPoint)) {}
+CVolVssProviderInfo::CVolVssProviderInfo(const GUID& providerId_, std::uint32_t providerType_,
+                                         std::wstring mountPoint_)
+    : providerId(providerId_), providerType(providerType_), mountPoint(std::move(mountPoint_)) {}
 
 CHvBackupSpec::CHvBackupSpec(const std::string& document) try : CHvBackupSpec(Parse(document)) {
 } catch (const std::exception& e) {

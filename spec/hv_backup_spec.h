@@ -54,7 +54,7 @@ public:
     static constexpr std::int32_t Enabled = 1;
 
     COffhostInfo() = default;
-    explicit COffhostInfo(std::int32_t mode) : mode(mode) {}
+    explicit COffhostInfo(std::int32_t mode_) : mode(mode_) {}
 
     const std::int32_t mode = NotSpecified;
 };

@@ -49,9 +49,9 @@ CSnapshotTaskHolder& CSnapshotTaskHolder::Instance() {
 
 CSnapshotTaskHolder::CSnapshotTaskHolder() : CSnapshotTaskHolder(CreateSnapshotTask, CreateImportTask) {}
 
-CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory makeSnapshotTask,
-                                         ImportTaskFactory makeImportTask)
-    : makeSnapshotTask(std::move(makeSnapshotTask)), makeImportTask(std::move(makeImportTask)) {}
+CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory makeSnapshotTask_,
+                                         ImportTaskFactory makeImportTask_)
+    : makeSnapshotTask(std::move(makeSnapshotTask_)), makeImportTask(std::move(makeImportTask_)) {}
 
 CSnapshotTaskHolder::~CSnapshotTaskHolder() {
     importTask.reset();

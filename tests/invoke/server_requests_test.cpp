@@ -29,6 +29,7 @@ public:
         if (command == L"Echo")
             output.WriteText("Said", input.ReadText("Say"));
     }
+    using IInvokeDispatcher::OnCallFailed;
     void OnCallFailed(std::string_view command, std::string_view request, const std::exception& e) override {
         failed.push_back(std::string(command) + "|" + std::string(request));
         IInvokeDispatcher::OnCallFailed(command, request, e);
