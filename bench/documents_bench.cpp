@@ -2,7 +2,7 @@
 // against pugixml alone doing the same documents in UTF-8.
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <benchmark/benchmark.h>
 #include <pugixml.hpp>

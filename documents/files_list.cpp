@@ -1,9 +1,9 @@
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
-#include "invoke/files_list_writer.h"
+#include "documents/files_list_writer.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 
 #include "common/format/format.h"
 #include "invoke/arguments.h"
-#include "invoke/files_list.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/files_list.h"
+#include "documents/snapshot_ids.h"
 #include "spec/hv_backup_spec.h"
 
 #include <exception>

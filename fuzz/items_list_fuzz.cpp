@@ -3,7 +3,7 @@
 // characters of the values.
 #include "common/format/format.h"
 #include "fuzz/fuzz_input.h"
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <exception>
 

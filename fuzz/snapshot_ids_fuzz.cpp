@@ -2,7 +2,7 @@
 // and read again.
 #include "common/format/format.h"
 #include "fuzz/fuzz_input.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 
 #include <cstring>
 #include <exception>
