@@ -37,10 +37,10 @@ CFilesListItem read_item(const dom_element_t& element) {
 
 } // namespace
 
-CFilesListItem::CFilesListItem(std::wstring path, std::wstring mask, std::uint32_t recursive,
-                               std::wstring relativePath, std::wstring fullPath)
-    : path(std::move(path)), mask(std::move(mask)), recursive(recursive),
-      relativePath(std::move(relativePath)), fullPath(std::move(fullPath)) {}
+CFilesListItem::CFilesListItem(std::wstring specPath, std::wstring specMask, std::uint32_t specRecursive,
+                               std::wstring pathBelowSpec, std::wstring file)
+    : path(std::move(specPath)), mask(std::move(specMask)), recursive(specRecursive),
+      relativePath(std::move(pathBelowSpec)), fullPath(std::move(file)) {}
 
 namespace {
 

@@ -6,8 +6,8 @@
 namespace hv {
 
 struct CImportSnapshotContext {
-    CImportSnapshotContext(const std::wstring& backupDocument, const std::wstring& snapshotIdsList)
-        : backupDocument(backupDocument), snapshotIdsList(snapshotIdsList) {}
+    CImportSnapshotContext(const std::wstring& backupDoc, const std::wstring& idsXml)
+        : backupDocument(backupDoc), snapshotIdsList(idsXml) {}
 
     const std::wstring backupDocument;
     // The XML text of the snapshot ID list.

@@ -7,17 +7,10 @@
 #include "compat/win_types.h"
 #include "import/import_snapshot_context.h"
 #include "import/import_snapshot_result.h"
-#include "snapshot/locker_job_info.h"
-#include "snapshot/operation_info.h"
-#include "snapshot/task_worker.h"
-#include "snapshot/vss_snapshot_thread.h"
+#include "snapshot/task_core.h"
 
 #include <memory>
 #include <string>
-
-namespace win {
-class win_manual_reset_event_t;
-}
 
 namespace hv {
 
@@ -40,17 +33,11 @@ public:
     // Still answers after the snapshot's release, with paths that lead nowhere then.
     std::string ConvertOffhostPaths(const std::string& itemsXml) const;
 
-    // What the worker shares with the dispatcher; kept alive by both, so that a
-    // worker that outlives the join still has it.
-    struct SShared {
-        std::shared_ptr<COperationInfo> operationInfo;
-        GUID snapshotId = GUID_NULL;
+    struct SShared : impl::STaskRecord {
+        using STaskRecord::STaskRecord;
         std::shared_ptr<CImportSnapshotContext> context;
-        std::shared_ptr<wrap::locks::CLockerJobInfo> jobInfo;
         // Set by the worker before it publishes completion.
         std::shared_ptr<CVssImportSnapshotResult> result;
-        std::shared_ptr<win::win_manual_reset_event_t> CloseEvent;
-        DWORD holdMs = impl::HoldLimitMs;
     };
 
 private:

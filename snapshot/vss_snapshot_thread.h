@@ -5,29 +5,15 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "snapshot/close_wait.h"
-#include "snapshot/locker_job_info.h"
-#include "snapshot/operation_info.h"
 #include "snapshot/snapshot_info.h"
 #include "snapshot/snapshot_result.h"
-#include "snapshot/task_worker.h"
+#include "snapshot/task_core.h"
 
 #include <map>
 #include <memory>
 #include <string>
 
 class CHvBackupSpec;
-
-namespace win {
-class win_manual_reset_event_t;
-}
-
-// How long a worker holds the snapshot for a silent server, and how long closing
-// waits for the worker; fixed for the tool, shorter in tests.
-struct SSnapshotTaskLimits {
-    DWORD holdMs = impl::HoldLimitMs;
-    DWORD joinMs = impl::JoinLimitMs;
-};
 
 class CVssSnapshotThread2 {
 public:
@@ -49,19 +35,14 @@ public:
     void SetVmCompletion(const GUID& vmId, bool succeeded);
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo();
 
-    // What the worker shares with the dispatcher; kept alive by both, so that a
-    // worker that outlives the join still has it.
-    struct SShared {
-        std::shared_ptr<COperationInfo> operationInfo;
-        std::shared_ptr<wrap::locks::CLockerJobInfo> jobInfo;
+    struct SShared : impl::STaskRecord {
+        using STaskRecord::STaskRecord;
         std::shared_ptr<CHvBackupSpec> specification;
-        std::shared_ptr<win::win_manual_reset_event_t> CloseEvent;
         // Set by the worker before it publishes completion.
         std::shared_ptr<CVssSnapshotResult> result;
         // Written by the dispatcher while the snapshot is held, read by the worker
         // once the close event is set.
         std::map<GUID, bool, VSSUtils::VssIdLess> VmCompletions;
-        DWORD holdMs = impl::HoldLimitMs;
     };
 
 private:

@@ -6,6 +6,7 @@
 #include "import/import_snapshot_context.h"
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
+#include "snapshot/task_core.h"
 
 #include <memory>
 #include <string>
@@ -22,6 +23,5 @@ public:
 };
 
 // Starts an import task; provided by the one file that knows the task class.
-std::shared_ptr<IImportTask> CreateImportTask(const std::wstring& jobName, const std::wstring& backupConsole,
-                                              const GUID& snapshotId,
+std::shared_ptr<IImportTask> CreateImportTask(const impl::STaskIdentity& identity,
                                               const std::shared_ptr<hv::CImportSnapshotContext>& context);

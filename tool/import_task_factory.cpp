@@ -8,9 +8,9 @@ namespace {
 
 class CImportTask final : public IImportTask {
 public:
-    CImportTask(const std::wstring& jobName, const std::wstring& backupConsole, const GUID& snapshotId,
+    CImportTask(const impl::STaskIdentity& identity,
                 const std::shared_ptr<hv::CImportSnapshotContext>& context)
-        : task(jobName, backupConsole, snapshotId, context) {}
+        : task(identity.jobName, identity.backupConsole, identity.snapshotId, context) {}
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override { return task.GetOperationInfo(); }
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override { return task.GetJobInfo(); }
@@ -24,8 +24,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<IImportTask> CreateImportTask(const std::wstring& jobName, const std::wstring& backupConsole,
-                                              const GUID& snapshotId,
+std::shared_ptr<IImportTask> CreateImportTask(const impl::STaskIdentity& identity,
                                               const std::shared_ptr<hv::CImportSnapshotContext>& context) {
-    return std::make_shared<CImportTask>(jobName, backupConsole, snapshotId, context);
+    return std::make_shared<CImportTask>(identity, context);
 }

@@ -7,6 +7,7 @@
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
 #include "snapshot/snapshot_info.h"
+#include "snapshot/task_core.h"
 
 #include <memory>
 #include <string>
@@ -28,6 +29,5 @@ public:
 };
 
 // Starts a snapshot task; provided by the one file that knows the task class.
-std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const std::wstring& jobName,
-                                                  const std::wstring& backupConsole, const GUID& snapshotId,
+std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const impl::STaskIdentity& identity,
                                                   const std::shared_ptr<CHvBackupSpec>& spec);

@@ -8,9 +8,8 @@ namespace {
 
 class CSnapshotTask final : public ISnapshotTask {
 public:
-    CSnapshotTask(const std::wstring& jobName, const std::wstring& backupConsole, const GUID& snapshotId,
-                  const std::shared_ptr<CHvBackupSpec>& spec)
-        : task(jobName, backupConsole, snapshotId, spec) {}
+    CSnapshotTask(const impl::STaskIdentity& identity, const std::shared_ptr<CHvBackupSpec>& spec)
+        : task(identity.jobName, identity.backupConsole, identity.snapshotId, spec) {}
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override { return task.GetOperationInfo(); }
     std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override { return task.GetCreatedInfo(); }
@@ -24,8 +23,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const std::wstring& jobName,
-                                                  const std::wstring& backupConsole, const GUID& snapshotId,
+std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const impl::STaskIdentity& identity,
                                                   const std::shared_ptr<CHvBackupSpec>& spec) {
-    return std::make_shared<CSnapshotTask>(jobName, backupConsole, snapshotId, spec);
+    return std::make_shared<CSnapshotTask>(identity, spec);
 }

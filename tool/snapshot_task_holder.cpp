@@ -83,7 +83,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotCreation(const std::wstring& specText, co
             spec->DumpToLog();
             const GUID id = NewSnapshotId();
             // The previous task, if any, is released only now, inside this command.
-            snapshotTask = makeSnapshotTask(jobName, backupConsole, id, spec);
+            snapshotTask = makeSnapshotTask({jobName, backupConsole, id}, spec);
             block.finish("VSS backup is started. Snapshot ID: [%1]", GuidText(id));
             return id;
         });
@@ -100,7 +100,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotImport(const std::shared_ptr<hv::CImportS
         format_message("Failed to import off-host snapshot. Job: '%1'. Backup console: '%2'.", job, console),
         [&](log_scope_t& block) {
             const GUID id = NewSnapshotId();
-            importTask = makeImportTask(jobName, backupConsole, id, context);
+            importTask = makeImportTask({jobName, backupConsole, id}, context);
             block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.", GuidText(id));
             return id;
         });
@@ -141,7 +141,7 @@ void CSnapshotTaskHolder::SetVmBackupStatus(const GUID& vmId, bool status) {
                   });
 }
 
-// The specification runs to megabytes: the failure line that shows it is made only for a failure.
+// The items list runs to megabytes: the failure line that shows it is made only for a failure.
 std::string CSnapshotTaskHolder::ConvertOffhostPaths(const std::string& itemsXml) {
     return RunInLogBlock(
         "Converting source paths to the off-host paths.",
