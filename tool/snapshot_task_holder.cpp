@@ -49,9 +49,8 @@ CSnapshotTaskHolder& CSnapshotTaskHolder::Instance() {
 
 CSnapshotTaskHolder::CSnapshotTaskHolder() : CSnapshotTaskHolder(CreateSnapshotTask, CreateImportTask) {}
 
-CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory makeSnapshotTask,
-                                         ImportTaskFactory makeImportTask)
-    : makeSnapshotTask(std::move(makeSnapshotTask)), makeImportTask(std::move(makeImportTask)) {}
+CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory snapshotFactory, ImportTaskFactory importFactory)
+    : makeSnapshotTask(std::move(snapshotFactory)), makeImportTask(std::move(importFactory)) {}
 
 CSnapshotTaskHolder::~CSnapshotTaskHolder() {
     importTask.reset();

@@ -25,7 +25,7 @@ struct TaskRecord {
 // One fake serves both slots: it answers like a task that has no result yet.
 class FakeTask : public ISnapshotTask, public IImportTask {
 public:
-    explicit FakeTask(TaskRecord& record) : record(record) {}
+    explicit FakeTask(TaskRecord& made) : record(made) {}
     ~FakeTask() override { record.alive = false; }
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override {
