@@ -48,15 +48,15 @@ CVssImportSnapshotThread::~CVssImportSnapshotThread() {
     thread->Stop();
 }
 
-std::shared_ptr<COperationInfo> CVssImportSnapshotThread::GetOperationInfo() const {
+std::shared_ptr<COperationInfo> CVssImportSnapshotThread::GetOperationInfo() {
     return shared->operationInfo;
 }
 
-std::shared_ptr<wrap::locks::CLockerJobInfo> CVssImportSnapshotThread::GetJobInfo() const {
+std::shared_ptr<wrap::locks::CLockerJobInfo> CVssImportSnapshotThread::GetJobInfo() {
     return shared->jobInfo;
 }
 
-std::string CVssImportSnapshotThread::ConvertOffhostPaths(const std::string& itemsXml) const {
+std::string CVssImportSnapshotThread::ConvertOffhostPaths(const std::string& itemsXml) {
     return impl::RequireCompleted(*shared, shared->result, "There is no successfully imported snapshot.")
         .ConvertOffhostPaths(itemsXml);
 }

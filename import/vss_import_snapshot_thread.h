@@ -7,6 +7,7 @@
 #include "compat/win_types.h"
 #include "import/import_snapshot_context.h"
 #include "import/import_snapshot_result.h"
+#include "import/import_task.h"
 #include "snapshot/task_core.h"
 
 #include <memory>
@@ -14,24 +15,23 @@
 
 namespace hv {
 
-class CVssImportSnapshotThread {
+class CVssImportSnapshotThread final : public IImportTask {
 public:
     // Starts the worker and returns at once.
     CVssImportSnapshotThread(const std::wstring& jobName, const std::wstring& backupConsole,
                              const GUID& snapshotId, std::shared_ptr<CImportSnapshotContext> context,
                              const SSnapshotTaskLimits& limits = SSnapshotTaskLimits());
     // Signals the worker and waits for it, within the join limit.
-    ~CVssImportSnapshotThread();
+    ~CVssImportSnapshotThread() override;
     CVssImportSnapshotThread(const CVssImportSnapshotThread&) = delete;
     CVssImportSnapshotThread& operator=(const CVssImportSnapshotThread&) = delete;
 
     // The record as the worker left it: a worker that vanished without a verdict
     // leaves the task looking busy.
-    std::shared_ptr<COperationInfo> GetOperationInfo() const;
-    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() const;
-    // Throws "There is no successfully imported snapshot." until the import stands.
+    std::shared_ptr<COperationInfo> GetOperationInfo() override;
+    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override;
     // Still answers after the snapshot's release, with paths that lead nowhere then.
-    std::string ConvertOffhostPaths(const std::string& itemsXml) const;
+    std::string ConvertOffhostPaths(const std::string& itemsXml) override;
 
     struct SShared : impl::STaskRecord {
         using STaskRecord::STaskRecord;

@@ -22,16 +22,12 @@ void WaitForClose(const win::win_manual_reset_event_t& closeEvent, DWORD limitMs
     throw exc::win_sys_exc_t(win::last_error());
 }
 
-void ReportSuccess(COperationInfo& info) {
-    info.MarkSucceeded(local_filetime_now());
-}
-
 void ReportFailure(COperationInfo& info, const std::exception& e) {
     info.MarkFailed(to_unicode_nothrow(exc::exception_text(e)), local_filetime_now());
 }
 
 void PublishAndHold(const STaskRecord& task) {
-    ReportSuccess(*task.operationInfo);
+    task.operationInfo->MarkSucceeded(local_filetime_now());
     log_info(logging::tool_logger(), "Waiting for backup completion");
     WaitForClose(*task.CloseEvent, task.holdMs);
 }

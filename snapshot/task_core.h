@@ -20,10 +20,8 @@ class win_manual_reset_event_t;
 }
 
 namespace impl {
-
 inline constexpr DWORD HoldLimitMs = 604800000; // seven days
-
-} // namespace impl
+}
 
 // How long a worker holds the snapshot for a silent server, and how long closing
 // waits for the worker; fixed for the tool, shorter in tests.
@@ -58,11 +56,8 @@ struct STaskRecord {
 // exc::win_sys_exc_t.
 void WaitForClose(const win::win_manual_reset_event_t& closeEvent, DWORD limitMs = HoldLimitMs);
 
-// How a worker publishes its verdict, stamped with the local wall clock. Every line
-// of a failure goes into the error description.
-void ReportSuccess(COperationInfo& info);
+// Every line of the failure goes into the error description.
 void ReportFailure(COperationInfo& info, const std::exception& e);
-
 // Publishes success, then holds what the worker made until the task is closed.
 void PublishAndHold(const STaskRecord& task);
 
@@ -79,7 +74,6 @@ const Result& RequireCompleted(const STaskRecord& task, const std::shared_ptr<Re
 // its task looking busy until it is closed.
 enum class ComFailure { Reported, Unreported };
 
-// What tells one kind of task's worker from another's.
 struct STaskWorkerKind {
     const char* role;
     const char* entering;

@@ -7,6 +7,7 @@
 #include "compat/win_types.h"
 #include "snapshot/snapshot_info.h"
 #include "snapshot/snapshot_result.h"
+#include "snapshot/snapshot_task.h"
 #include "snapshot/task_core.h"
 
 #include <map>
@@ -15,25 +16,23 @@
 
 class CHvBackupSpec;
 
-class CVssSnapshotThread2 {
+class CVssSnapshotThread2 final : public ISnapshotTask {
 public:
     // Starts the worker and returns at once.
     CVssSnapshotThread2(const std::wstring& jobName, const std::wstring& backupConsole,
                         const GUID& snapshotId, std::shared_ptr<CHvBackupSpec> specification,
                         const SSnapshotTaskLimits& limits = SSnapshotTaskLimits());
     // Closes the task: signals the worker and waits for it, within the join limit.
-    ~CVssSnapshotThread2();
+    ~CVssSnapshotThread2() override;
     CVssSnapshotThread2(const CVssSnapshotThread2&) = delete;
     CVssSnapshotThread2& operator=(const CVssSnapshotThread2&) = delete;
 
     // A worker that ended without a verdict is given a failed one here.
-    std::shared_ptr<COperationInfo> GetOperationInfo();
-    // Both throw "Failed to create snapshot." while the task has no result.
-    std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo();
-    std::string GetVmFiles(const GUID& vmId);
-    // Only records the verdict; the writer hears of it when the task is closed.
-    void SetVmCompletion(const GUID& vmId, bool succeeded);
-    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo();
+    std::shared_ptr<COperationInfo> GetOperationInfo() override;
+    std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override;
+    std::string GetVmFiles(const GUID& vmId) override;
+    void SetVmCompletion(const GUID& vmId, bool succeeded) override;
+    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override;
 
     struct SShared : impl::STaskRecord {
         using STaskRecord::STaskRecord;

@@ -3,6 +3,8 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "import/vss_import_snapshot_thread.h"
+#include "snapshot/vss_snapshot_thread.h"
 #include "spec/hv_backup_spec.h"
 #include "tool/snapshot_id.h"
 
@@ -47,7 +49,16 @@ CSnapshotTaskHolder& CSnapshotTaskHolder::Instance() {
     return holder;
 }
 
-CSnapshotTaskHolder::CSnapshotTaskHolder() : CSnapshotTaskHolder(CreateSnapshotTask, CreateImportTask) {}
+CSnapshotTaskHolder::CSnapshotTaskHolder()
+    : CSnapshotTaskHolder(
+          [](const impl::STaskIdentity& task, const std::shared_ptr<CHvBackupSpec>& spec) {
+              return std::make_shared<CVssSnapshotThread2>(task.jobName, task.backupConsole, task.snapshotId,
+                                                           spec);
+          },
+          [](const impl::STaskIdentity& task, const std::shared_ptr<hv::CImportSnapshotContext>& context) {
+              return std::make_shared<hv::CVssImportSnapshotThread>(task.jobName, task.backupConsole,
+                                                                    task.snapshotId, context);
+          }) {}
 
 CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory snapshotFactory, ImportTaskFactory importFactory)
     : makeSnapshotTask(std::move(snapshotFactory)), makeImportTask(std::move(importFactory)) {}

@@ -4,8 +4,9 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "tool/import_task.h"
-#include "tool/snapshot_task.h"
+#include "import/import_task.h"
+#include "snapshot/snapshot_task.h"
+#include "snapshot/task_core.h"
 
 #include <functional>
 #include <memory>

@@ -6,7 +6,6 @@
 #include "import/import_snapshot_context.h"
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
-#include "snapshot/task_core.h"
 
 #include <memory>
 #include <string>
@@ -21,7 +20,3 @@ public:
     // Throws "There is no successfully imported snapshot." until the import stands.
     virtual std::string ConvertOffhostPaths(const std::string& itemsXml) = 0;
 };
-
-// Starts an import task; provided by the one file that knows the task class.
-std::shared_ptr<IImportTask> CreateImportTask(const impl::STaskIdentity& identity,
-                                              const std::shared_ptr<hv::CImportSnapshotContext>& context);

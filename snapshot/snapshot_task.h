@@ -7,7 +7,6 @@
 #include "snapshot/locker_job_info.h"
 #include "snapshot/operation_info.h"
 #include "snapshot/snapshot_info.h"
-#include "snapshot/task_core.h"
 
 #include <memory>
 #include <string>
@@ -27,7 +26,3 @@ public:
     virtual void SetVmCompletion(const GUID& vmId, bool succeeded) = 0;
     virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
 };
-
-// Starts a snapshot task; provided by the one file that knows the task class.
-std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const impl::STaskIdentity& identity,
-                                                  const std::shared_ptr<CHvBackupSpec>& spec);
