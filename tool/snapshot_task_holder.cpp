@@ -15,10 +15,6 @@ namespace {
 
 const char* const notInitializedText = "Snapshot is not initialized.";
 
-std::string GuidText(const GUID& id) {
-    return guid_to_string(id);
-}
-
 const std::string& FailureText(const std::string& text) {
     return text;
 }
@@ -94,7 +90,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotCreation(const std::wstring& specText, co
             const GUID id = NewSnapshotId();
             // The previous task, if any, is released only now, inside this command.
             snapshotTask = makeSnapshotTask({jobName, backupConsole, id}, spec);
-            block.finish("VSS backup is started. Snapshot ID: [%1]", GuidText(id));
+            block.finish("VSS backup is started. Snapshot ID: [%1]", guid_to_string(id));
             return id;
         });
 }
@@ -111,7 +107,8 @@ GUID CSnapshotTaskHolder::BeginSnapshotImport(const std::shared_ptr<hv::CImportS
         [&](log_scope_t& block) {
             const GUID id = NewSnapshotId();
             importTask = makeImportTask({jobName, backupConsole, id}, context);
-            block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.", GuidText(id));
+            block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.",
+                         guid_to_string(id));
             return id;
         });
 }
@@ -133,7 +130,7 @@ std::shared_ptr<impl::CSnapshotInfo> CSnapshotTaskHolder::GetSnapshotInfo() {
 }
 
 std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
-    return RunInLogBlock(format_message("Getting file list of vm '%1'.", GuidText(vmId)),
+    return RunInLogBlock(format_message("Getting file list of vm '%1'.", guid_to_string(vmId)),
                          "Failed to get file list of vm.", [&](log_scope_t& block) {
                              auto files = RequireSnapshotTask().GetVmFiles(vmId);
                              block.ok();
@@ -142,9 +139,9 @@ std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
 }
 
 void CSnapshotTaskHolder::SetVmBackupStatus(const GUID& vmId, bool status) {
-    RunInLogBlock(format_message("Completing VM backup. VMID: '%1', Status: '%2'", GuidText(vmId),
+    RunInLogBlock(format_message("Completing VM backup. VMID: '%1', Status: '%2'", guid_to_string(vmId),
                                  status ? "OK" : "Failed"),
-                  format_message("Failed to complete VM backup. VmID: '%1'.", GuidText(vmId)),
+                  format_message("Failed to complete VM backup. VmID: '%1'.", guid_to_string(vmId)),
                   [&](log_scope_t& block) {
                       RequireSnapshotTask().SetVmCompletion(vmId, status);
                       block.ok();
