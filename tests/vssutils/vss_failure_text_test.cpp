@@ -53,8 +53,8 @@ const std::vector<std::string> create_line = {"Failed to create VSS backup objec
 const auto initialised = start_t::initialised;
 
 void add_vm1(BackupComponentsPtr b) {
-    AddComponent(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                 hostsim_test::vm1_component);
+    AddComponent(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id, VSS_CT_FILEGROUP,
+                 L"", hostsim_test::vm1_component);
 }
 
 bool c_supported(BackupComponentsPtr b) {
@@ -88,7 +88,10 @@ std::vector<failure_case_t> failure_cases() {
         {"op=\"SaveAsXML\" match=\"Hyper-V\"", [](auto b) { SaveWriterMetadataAsXml(hyperv_metadata(b)); },
          "SaveAsXML failed", initialised},
         {"op=\"EnableWriterClasses\"",
-         [](auto b) { EnableWriterClass(b, string_to_guid(std::string("{1072ae1c-e5a7-4ea1-9e4a-6f7964656570}")), "CSV"); },
+         [](auto b) {
+             EnableWriterClass(b, string_to_guid(std::string("{1072ae1c-e5a7-4ea1-9e4a-6f7964656570}")),
+                               "CSV");
+         },
          "Failed to enable 'CSV' writer."},
         {"op=\"AddComponent\"", add_vm1, "Failed to add VM with ID [" + instance + "] to the snapshot."},
         {"op=\"SetBackupSucceeded\"",
@@ -190,7 +193,8 @@ TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
         {"SetContext", [](auto b) { SetVssContext(b, TransportableContext); }},
         {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
         {"SetBackupState", [](auto b) { SetBackupState(b); }},
-        {"EnableWriterClasses", [](auto b) { EnableWriterClass(b, hostsim_test::hyperv_writer_id, "Hyper-V"); }},
+        {"EnableWriterClasses",
+         [](auto b) { EnableWriterClass(b, hostsim_test::hyperv_writer_id, "Hyper-V"); }},
         {"AddComponent", add_vm1},
         {"IsVolumeSupported", c_supported},
     };
