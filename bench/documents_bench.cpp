@@ -1,8 +1,8 @@
 // The items list of a large VM set inside the response and request documents,
 // against pugixml alone doing the same documents in UTF-8.
+#include "documents/files_list.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
-#include "invoke/files_list.h"
 
 #include <benchmark/benchmark.h>
 #include <pugixml.hpp>

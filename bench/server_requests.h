@@ -2,7 +2,7 @@
 // the server's side and for each platform's floor, so that both work on the same documents.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "invoke/invoke_dispatcher.h"
 
 #include <memory>

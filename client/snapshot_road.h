@@ -4,7 +4,7 @@
 
 #include "client/invoke_client.h"
 #include "compat/win_types.h"
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <chrono>
 #include <cstdint>

@@ -3,7 +3,7 @@
 // specs is kept.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <cstdint>
 #include <filesystem>

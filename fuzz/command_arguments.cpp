@@ -1,9 +1,9 @@
 #include "fuzz/command_arguments.h"
 
 #include "common/format/format.h"
+#include "documents/files_list.h"
+#include "documents/snapshot_ids.h"
 #include "invoke/arguments.h"
-#include "invoke/files_list.h"
-#include "invoke/snapshot_ids.h"
 #include "spec/hv_backup_spec.h"
 
 #include <exception>

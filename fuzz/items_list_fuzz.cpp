@@ -2,8 +2,8 @@
 // read again; and its UTF-8 forms, which must read and write as the wide ones do, whatever the
 // characters of the values.
 #include "common/format/format.h"
+#include "documents/files_list.h"
 #include "fuzz/fuzz_input.h"
-#include "invoke/files_list.h"
 
 #include <exception>
 

@@ -48,10 +48,9 @@ bool starts_with(const std::wstring& text, const wchar_t* prefix) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const win::pipes::frame_text_t request =
-        win::pipes::DecodeFrameText(win::pipes::byte_buffer_t(data, data + size));
-    const std::wstring response =
-        request.terminated ? server().ExecuteRequest(request.text) : server().RejectRequest(request.text);
+    const win::pipes::byte_buffer_t frame(data, data + size);
+    const win::pipes::frame_text_t request = win::pipes::DecodeFrameText(frame);
+    const std::wstring response = win::pipes::DecodeFrameText(server().ExecuteFrame(frame)).text;
     fuzz::require(starts_with(response, L"xml:") || starts_with(response, L"err:"),
                   "every response is a document or an error");
     fuzz::require(request.terminated || starts_with(response, L"err:"), "an unterminated frame is refused");

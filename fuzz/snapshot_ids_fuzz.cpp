@@ -1,8 +1,8 @@
 // The snapshot ID list document: read into a list that already holds an ID, then written
 // and read again.
 #include "common/format/format.h"
+#include "documents/snapshot_ids.h"
 #include "fuzz/fuzz_input.h"
-#include "invoke/snapshot_ids.h"
 
 #include <cstring>
 #include <exception>

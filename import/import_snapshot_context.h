@@ -6,8 +6,8 @@
 namespace hv {
 
 struct CImportSnapshotContext {
-    CImportSnapshotContext(const std::wstring& backupDocument_, const std::wstring& snapshotIdsList_)
-        : backupDocument(backupDocument_), snapshotIdsList(snapshotIdsList_) {}
+    CImportSnapshotContext(const std::wstring& backupDoc, const std::wstring& idsXml)
+        : backupDocument(backupDoc), snapshotIdsList(idsXml) {}
 
     const std::wstring backupDocument;
     // The XML text of the snapshot ID list.

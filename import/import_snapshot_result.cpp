@@ -11,8 +11,8 @@
 namespace hv {
 
 CVssImportSnapshotResult::CVssImportSnapshotResult(
-    std::shared_ptr<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>> snapshots_)
-    : snapshots(std::move(snapshots_)) {}
+    std::shared_ptr<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>> imported)
+    : snapshots(std::move(imported)) {}
 
 void UpdateItems(const std::wstring& oldVolume, const std::wstring& newVolume, ItemsList& items) {
     const std::string oldText = to_ansi(oldVolume);
@@ -29,7 +29,7 @@ namespace {
 
 // The list runs to megabytes: its narrow text is put into the line and let go before the line is
 // written, so that the log's own copy is the only other one.
-std::string SpecificationLine(const std::string& itemsXml) {
+std::string ItemsLogLine(const std::string& itemsXml) {
     constexpr std::string_view line = "XML specification: [%1].";
     const std::size_t marker = line.find("%1");
     std::string line_text;
@@ -48,7 +48,7 @@ std::string SpecificationLine(const std::string& itemsXml) {
 std::string CVssImportSnapshotResult::ConvertOffhostPaths(const std::string& itemsXml) const {
     try {
         log_scope_t scope(logging::tool_logger(), "Obtaining paths to shadow copies of the specified files.");
-        log_info(logging::tool_logger(), SpecificationLine(itemsXml));
+        log_info(logging::tool_logger(), ItemsLogLine(itemsXml));
         ItemsList items;
         DeserializeItemsListUtf8(itemsXml, items);
         // Once per snapshot: a rewritten path starts with a device name, which no

@@ -4,7 +4,7 @@
 // it without COM.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "vssutils/snapshot_info.h"
 
 #include <memory>

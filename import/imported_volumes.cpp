@@ -3,7 +3,7 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 
 #include <vector>
 

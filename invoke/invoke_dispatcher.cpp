@@ -3,6 +3,7 @@
 #include "common/format/format.h"
 #include "common/logging/log.h"
 #include "common/logging/log_t.h"
+#include "invoke/request_grammar.h"
 
 namespace wrap {
 
@@ -28,22 +29,16 @@ void trace_call(logging::log_t* log, std::string_view tag, std::string_view comm
     log->write_at_current_indent(logging::level_trace, logging::rpc_logger().format.get(), line);
 }
 
-std::string_view without_trailing_crlf(std::string_view text) {
-    if (text.ends_with("\r\n"))
-        text.remove_suffix(2);
-    return text;
-}
-
 } // namespace
 
 void IInvokeDispatcher::OnReservedHook(std::shared_ptr<void>, std::shared_ptr<void>) {}
 
-void IInvokeDispatcher::OnSoapEnter(const std::wstring& command, const std::wstring& request) {
-    OnSoapEnter(to_ansi_nothrow(command), to_ansi_nothrow(request));
+void IInvokeDispatcher::OnSoapEnter(std::wstring_view command, std::wstring_view request) {
+    OnSoapEnter(to_ansi_nothrow(std::wstring(command)), to_ansi_nothrow(std::wstring(request)));
 }
 
-void IInvokeDispatcher::OnSoapExit(const std::wstring& command, const std::wstring& response) {
-    OnSoapExit(to_ansi_nothrow(command), to_ansi_nothrow(response));
+void IInvokeDispatcher::OnSoapExit(std::wstring_view command, std::wstring_view response) {
+    OnSoapExit(to_ansi_nothrow(std::wstring(command)), to_ansi_nothrow(std::wstring(response)));
 }
 
 void IInvokeDispatcher::OnSoapEnter(std::string_view command, std::string_view request) {
@@ -55,12 +50,12 @@ void IInvokeDispatcher::OnSoapEnter(std::string_view command, std::string_view r
 
 void IInvokeDispatcher::OnSoapExit(std::string_view command, std::string_view response) {
     if (logging::log_t* const log = trace_log())
-        trace_call(log, "[SoapExit] ", command, without_trailing_crlf(response));
+        trace_call(log, "[SoapExit] ", command, request_grammar::without_trailing_crlf(response));
 }
 
-void IInvokeDispatcher::OnCallFailed(const std::wstring& command, const std::wstring& request,
+void IInvokeDispatcher::OnCallFailed(std::wstring_view command, std::wstring_view request,
                                      const std::exception& error) {
-    OnCallFailed(to_ansi_nothrow(command), to_ansi_nothrow(request), error);
+    OnCallFailed(to_ansi_nothrow(std::wstring(command)), to_ansi_nothrow(std::wstring(request)), error);
 }
 
 void IInvokeDispatcher::OnCallFailed(std::string_view command, std::string_view,

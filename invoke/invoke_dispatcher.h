@@ -24,15 +24,15 @@ public:
     // value means a call only drops the caller's references.
     virtual void OnReservedHook(std::shared_ptr<void> first, std::shared_ptr<void> second);
 
-    virtual void OnSoapEnter(const std::wstring& command, const std::wstring& request);
-    virtual void OnSoapExit(const std::wstring& command, const std::wstring& response);
+    virtual void OnSoapEnter(std::wstring_view command, std::wstring_view request);
+    virtual void OnSoapExit(std::wstring_view command, std::wstring_view response);
     // The same lines from text that is narrow already, as the server has it where wide strings
     // are four bytes a character: documents of megabytes are not widened to be narrowed again.
     virtual void OnSoapEnter(std::string_view command, std::string_view request);
     virtual void OnSoapExit(std::string_view command, std::string_view response);
     virtual void OnCallFailed(std::string_view command, std::string_view request,
                               const std::exception& error);
-    virtual void OnCallFailed(const std::wstring& command, const std::wstring& request,
+    virtual void OnCallFailed(std::wstring_view command, std::wstring_view request,
                               const std::exception& error);
 };
 

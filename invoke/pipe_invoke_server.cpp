@@ -4,9 +4,7 @@
 #include "common/format/format.h"
 #include "common/logging/log.h"
 #include "common/win/event.h"
-#include "invoke/arguments.h"
 #include "invoke/invoke_server_com.h"
-#include "invoke/pipe_text.h"
 #include "invoke/request_grammar.h"
 
 #include <chrono>
@@ -18,27 +16,16 @@ namespace wrap {
 
 namespace {
 
-const std::wstring crlf = L"\r\n";
 const std::wstring xml_response_prefix = L"xml:";
 
 const logger_t& server_logger() {
     return logging::prx_logger();
 }
 
-std::wstring_view without_trailing_crlf(std::wstring_view text) {
-    if (text.size() >= crlf.size() && text.substr(text.size() - crlf.size()) == crlf)
-        text.remove_suffix(crlf.size());
-    return text;
-}
-
 } // namespace
 
-exc::runtime_exc_t CPipeInvokeSrv::UnknownRequest(const std::string& request) {
-    return exc::runtime_exc_t("Unknown type of request: '%1'.", request);
-}
-
-CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher_)
-    : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(dispatcher_)) {
+CPipeInvokeSrv::CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> commands)
+    : stopEvent(std::make_shared<win::win_manual_reset_event_t>()), dispatcher(std::move(commands)) {
     try {
         log_scope_t scope(server_logger(), "Creating instance of invoke server. Pipe name: '%1'.",
                           to_ansi_nothrow(pipeName));
@@ -80,7 +67,7 @@ bool CPipeInvokeSrv::ProcessCommand() {
             return false;
         }
         const win::pipes::byte_buffer_t response = ExecuteFrame(std::move(message));
-        const bool sent = pipe->WriteMessage(response);
+        const bool sent = SendResponse(response);
         if (!sent)
             log_warning(server_logger(), "Response '%1' was not sent.",
                         to_ansi_nothrow(win::pipes::DecodeFrameText(response).text));
@@ -91,14 +78,46 @@ bool CPipeInvokeSrv::ProcessCommand() {
     }
 }
 
-std::wstring CPipeInvokeSrv::RejectRequest(const std::wstring& request) {
-    return FailedResponse(std::wstring(), std::wstring(), UnknownRequest(to_ansi_nothrow(request)));
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_buffer_t& message) {
+    return Execute(request_text::Decode(message));
 }
 
-std::wstring CPipeInvokeSrv::FailedResponse(const std::wstring& command, const std::wstring& document,
-                                            const std::exception& error) {
-    dispatcher->OnCallFailed(command, document, error);
-    return MakeErrorResponse(error);
+win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(win::pipes::byte_buffer_t&& message) {
+    const request_text::frame_t request = request_text::Decode(message);
+    win::pipes::byte_buffer_t().swap(message);
+    return Execute(request);
+}
+
+std::wstring CPipeInvokeSrv::ExecuteRequest(const std::wstring& request) {
+    return win::pipes::DecodeFrameText(ExecuteFrame(win::pipes::EncodeFrameText(request))).text;
+}
+
+win::pipes::byte_buffer_t CPipeInvokeSrv::Execute(const request_text::frame_t& request) {
+    request_text::view_t command;
+    request_text::view_t document;
+    try {
+        if (!request.terminated ||
+            !request_grammar::parse(request_text::view_t(request.text), command, document))
+            throw exc::runtime_exc_t("Unknown type of request: '%1'.", request_text::Narrow(request.text));
+        const CRequestComScope com;
+        dispatcher->OnSoapEnter(command, document);
+        // Each document goes as soon as it is done with: a request of megabytes is held several
+        // times over on its way, and its response as well.
+        request_text::text_t response;
+        {
+            OutputArguments_t output;
+            {
+                InputArguments_t input(request_text::Load(request, document));
+                dispatcher->Invoke(request_text::CommandName(commandName, command), input, output);
+            }
+            response = request_text::Serialize(output);
+        }
+        dispatcher->OnSoapExit(command, response);
+        return request_text::XmlFrame(response);
+    } catch (const std::exception& e) {
+        dispatcher->OnCallFailed(command, document, e);
+        return request_text::ErrorFrame(e);
+    }
 }
 
 bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& command,
@@ -114,7 +133,7 @@ bool CPipeInvokeSrv::ParseRequest(const std::wstring& request, std::wstring& com
 
 // Built in place: the document runs to megabytes.
 std::wstring CPipeInvokeSrv::MakeXmlResponse(const std::wstring& document) {
-    const std::wstring_view body = without_trailing_crlf(document);
+    const std::wstring_view body = request_grammar::without_trailing_crlf(std::wstring_view(document));
     std::wstring response;
     response.reserve(xml_response_prefix.size() + body.size());
     response += xml_response_prefix;
@@ -129,8 +148,8 @@ std::wstring CPipeInvokeSrv::MakeErrorResponse(const std::exception& error) {
     return format_message_w(L"err:%1", text);
 }
 
-bool CPipeInvokeSrv::SendResponse(const std::wstring& frame) {
-    return pipe->WriteMessage(win::pipes::EncodeFrameText(frame));
+bool CPipeInvokeSrv::SendResponse(const win::pipes::byte_buffer_t& frame) {
+    return pipe->WriteMessage(frame);
 }
 
 void RunPipeInvokeServer(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher) {

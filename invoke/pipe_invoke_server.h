@@ -3,10 +3,9 @@
 // whatever that throws goes back to the client as an error frame.
 #pragma once
 
-#include "common/exc/exc.h"
 #include "invoke/invoke_dispatcher.h"
 #include "invoke/pipe_handler.h"
-#include "invoke/pipe_text.h"
+#include "invoke/request_text.h"
 
 #include <exception>
 #include <memory>
@@ -24,7 +23,7 @@ inline constexpr unsigned pause_between_commands_ms = 100;
 class CPipeInvokeSrv {
 public:
     // Creates the pipe "\\.\pipe\<pipeName>".
-    CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> dispatcher);
+    CPipeInvokeSrv(const std::wstring& pipeName, std::shared_ptr<IInvokeDispatcher> commands);
     ~CPipeInvokeSrv();
     CPipeInvokeSrv(const CPipeInvokeSrv&) = delete;
     CPipeInvokeSrv& operator=(const CPipeInvokeSrv&) = delete;
@@ -35,31 +34,24 @@ public:
     // One request and its response. False: the client has gone.
     bool ProcessCommand();
 
-    // A request frame's bytes to the response frame's bytes; never throws for a bad request.
+    // A request frame's bytes to the response frame's bytes; never throws for a bad request,
+    // nor for a frame that lacks its closing U+0000, which is refused like any text outside
+    // the grammar.
     win::pipes::byte_buffer_t ExecuteFrame(const win::pipes::byte_buffer_t& message);
     // The same for a frame that is done with once it is read: its bytes go before the work starts.
     win::pipes::byte_buffer_t ExecuteFrame(win::pipes::byte_buffer_t&& message);
     // The same over the frames' texts.
     std::wstring ExecuteRequest(const std::wstring& request);
-    // The same for a frame that lacks its closing U+0000: it is refused like any text
-    // outside the grammar.
-    std::wstring RejectRequest(const std::wstring& request);
 
     // "cmd:<name> xml:<document>", prefixes without regard to case.
     static bool ParseRequest(const std::wstring& request, std::wstring& command, std::wstring& document);
     static std::wstring MakeXmlResponse(const std::wstring& document);
     static std::wstring MakeErrorResponse(const std::exception& error);
     // False: the client has gone.
-    bool SendResponse(const std::wstring& frame);
+    bool SendResponse(const win::pipes::byte_buffer_t& frame);
 
 private:
-    static exc::runtime_exc_t UnknownRequest(const std::string& request);
-    // Where the request is read as UTF-8 (wide strings being four bytes a character).
-    win::pipes::byte_buffer_t ExecuteUtf8(const win::pipes::utf8_frame_t& request);
-    win::pipes::byte_buffer_t FailedUtf8(std::string_view command, std::string_view document,
-                                         const std::exception& error);
-    std::wstring FailedResponse(const std::wstring& command, const std::wstring& document,
-                                const std::exception& error);
+    win::pipes::byte_buffer_t Execute(const request_text::frame_t& request);
 
     std::shared_ptr<win::pipes::CPipeHandler> pipe;
     std::shared_ptr<win::win_manual_reset_event_t> stopEvent;

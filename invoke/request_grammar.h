@@ -34,4 +34,11 @@ bool parse(std::basic_string_view<Char> request, std::basic_string_view<Char>& c
     return true;
 }
 
+// The line end that closes a serialised document, which neither a frame nor a trace line carries.
+template <class Char> std::basic_string_view<Char> without_trailing_crlf(std::basic_string_view<Char> text) {
+    if (text.size() >= 2 && text[text.size() - 2] == Char('\r') && text.back() == Char('\n'))
+        text.remove_suffix(2);
+    return text;
+}
+
 } // namespace wrap::request_grammar

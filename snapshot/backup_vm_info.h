@@ -2,7 +2,7 @@
 // that belong to it.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "vssutils/com.h"
 #include "vssutils/writer_components.h"
 

@@ -1,7 +1,7 @@
 // The last form of an item's path: the shadow copy's device in place of the volume.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <string>
 

@@ -3,7 +3,7 @@
 // and it outlives the snapshot itself.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "snapshot/snapshot_info.h"
 #include "vssutils/writer_metadata.h"
 

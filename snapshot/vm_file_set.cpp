@@ -28,31 +28,43 @@ bool IsInFileSet(const ItemsList& items, const std::wstring& path) {
                        [&](const CFilesListItem& item) { return SamePath(item.fullPath, path); });
 }
 
+// One file spec's search: what every level of the walk shares, each level with its own
+// prefix below the spec's path, and a log block and a failure line of its own.
+struct SFileSearch {
+    ItemsList& items;
+    const std::wstring& path;
+    const std::wstring& mask;
+    const bool recursive;
+
+    void Level(const std::wstring& prefix) const {
+        try {
+            log_scope_t scope(logging::tool_logger(), "Searching the directory [%1] for a file [%2].",
+                              to_ansi_nothrow(path), to_ansi_nothrow(mask));
+            const std::wstring expandedPath = expand_env(path);
+            for (win::win_file_search_t search(win::path_join(expandedPath, prefix, mask),
+                                               win::win_file_search_t::start_failure_t::raise);
+                 search.found(); search.next()) {
+                const win::find_data_t& entry = search.current();
+                if (!entry.is_directory())
+                    items.emplace_back(path, mask, recursive ? 1 : 0, win::path_join(prefix, entry.name),
+                                       win::path_join(expandedPath, prefix, entry.name));
+                else if (recursive && !IsDotEntry(entry.name))
+                    Level(prefix + entry.name + L"\\");
+            }
+            scope.ok();
+        } catch (const std::exception& e) {
+            exc::rethrow_with_trace(
+                "Failed to search the directory [%1] for a file [%2]. Is search recursive: [%3].",
+                to_ansi_nothrow(path), to_ansi_nothrow(mask), bool_to_string(recursive), e);
+        }
+    }
+};
+
 } // namespace
 
 void SearchFiles(ItemsList& items, const std::wstring& path, const std::wstring& mask, bool recursive,
                  const std::wstring& prefix) {
-    try {
-        log_scope_t scope(logging::tool_logger(), "Searching the directory [%1] for a file [%2].",
-                          to_ansi_nothrow(path), to_ansi_nothrow(mask));
-        const std::wstring expandedPath = expand_env(path);
-        const std::uint32_t recursiveFlag = recursive ? 1 : 0;
-        for (win::win_file_search_t search(win::path_join(expandedPath, prefix, mask),
-                                           win::win_file_search_t::start_failure_t::raise);
-             search.found(); search.next()) {
-            const win::find_data_t& entry = search.current();
-            if (!entry.is_directory())
-                items.emplace_back(path, mask, recursiveFlag, win::path_join(prefix, entry.name),
-                                   win::path_join(expandedPath, prefix, entry.name));
-            else if (recursive && !IsDotEntry(entry.name))
-                SearchFiles(items, path, mask, recursive, prefix + entry.name + L"\\");
-        }
-        scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace(
-            "Failed to search the directory [%1] for a file [%2]. Is search recursive: [%3].",
-            to_ansi_nothrow(path), to_ansi_nothrow(mask), bool_to_string(recursive), e);
-    }
+    SFileSearch{items, path, mask, recursive}.Level(prefix);
 }
 
 void ProcessFileDesc(ItemsList& items, VSSUtils::WmFiledescPtr file) {

@@ -3,7 +3,7 @@
 // spec they came from; only fullPath is rewritten by the later steps.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "snapshot/backup_vm_info.h"
 #include "vssutils/com.h"
 

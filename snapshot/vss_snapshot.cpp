@@ -3,7 +3,7 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 #include "snapshot/snapshot_creation.h"
 #include "spec/hv_backup_spec.h"
 #include "vssutils/backup_components.h"

@@ -5,12 +5,10 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "snapshot/close_wait.h"
-#include "snapshot/locker_job_info.h"
-#include "snapshot/operation_info.h"
 #include "snapshot/snapshot_info.h"
 #include "snapshot/snapshot_result.h"
-#include "snapshot/task_worker.h"
+#include "snapshot/snapshot_task.h"
+#include "snapshot/task_core.h"
 
 #include <map>
 #include <memory>
@@ -18,50 +16,32 @@
 
 class CHvBackupSpec;
 
-namespace win {
-class win_manual_reset_event_t;
-}
-
-// How long a worker holds the snapshot for a silent server, and how long closing
-// waits for the worker; fixed for the tool, shorter in tests.
-struct SSnapshotTaskLimits {
-    DWORD holdMs = impl::HoldLimitMs;
-    DWORD joinMs = impl::JoinLimitMs;
-};
-
-class CVssSnapshotThread2 {
+class CVssSnapshotThread2 final : public ISnapshotTask {
 public:
     // Starts the worker and returns at once.
     CVssSnapshotThread2(const std::wstring& jobName, const std::wstring& backupConsole,
                         const GUID& snapshotId, std::shared_ptr<CHvBackupSpec> specification,
                         const SSnapshotTaskLimits& limits = SSnapshotTaskLimits());
     // Closes the task: signals the worker and waits for it, within the join limit.
-    ~CVssSnapshotThread2();
+    ~CVssSnapshotThread2() override;
     CVssSnapshotThread2(const CVssSnapshotThread2&) = delete;
     CVssSnapshotThread2& operator=(const CVssSnapshotThread2&) = delete;
 
     // A worker that ended without a verdict is given a failed one here.
-    std::shared_ptr<COperationInfo> GetOperationInfo();
-    // Both throw "Failed to create snapshot." while the task has no result.
-    std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo();
-    std::string GetVmFiles(const GUID& vmId);
-    // Only records the verdict; the writer hears of it when the task is closed.
-    void SetVmCompletion(const GUID& vmId, bool succeeded);
-    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo();
+    std::shared_ptr<COperationInfo> GetOperationInfo() override;
+    std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override;
+    std::string GetVmFiles(const GUID& vmId) override;
+    void SetVmCompletion(const GUID& vmId, bool succeeded) override;
+    std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override;
 
-    // What the worker shares with the dispatcher; kept alive by both, so that a
-    // worker that outlives the join still has it.
-    struct SShared {
-        std::shared_ptr<COperationInfo> operationInfo;
-        std::shared_ptr<wrap::locks::CLockerJobInfo> jobInfo;
+    struct SShared : impl::STaskRecord {
+        using STaskRecord::STaskRecord;
         std::shared_ptr<CHvBackupSpec> specification;
-        std::shared_ptr<win::win_manual_reset_event_t> CloseEvent;
         // Set by the worker before it publishes completion.
         std::shared_ptr<CVssSnapshotResult> result;
         // Written by the dispatcher while the snapshot is held, read by the worker
         // once the close event is set.
         std::map<GUID, bool, VSSUtils::VssIdLess> VmCompletions;
-        DWORD holdMs = impl::HoldLimitMs;
     };
 
 private:

@@ -3,6 +3,8 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "import/vss_import_snapshot_thread.h"
+#include "snapshot/vss_snapshot_thread.h"
 #include "spec/hv_backup_spec.h"
 #include "tool/snapshot_id.h"
 
@@ -12,10 +14,6 @@
 namespace {
 
 const char* const notInitializedText = "Snapshot is not initialized.";
-
-std::string GuidText(const GUID& id) {
-    return guid_to_string(id);
-}
 
 const std::string& FailureText(const std::string& text) {
     return text;
@@ -47,11 +45,19 @@ CSnapshotTaskHolder& CSnapshotTaskHolder::Instance() {
     return holder;
 }
 
-CSnapshotTaskHolder::CSnapshotTaskHolder() : CSnapshotTaskHolder(CreateSnapshotTask, CreateImportTask) {}
+CSnapshotTaskHolder::CSnapshotTaskHolder()
+    : CSnapshotTaskHolder(
+          [](const impl::STaskIdentity& task, const std::shared_ptr<CHvBackupSpec>& spec) {
+              return std::make_shared<CVssSnapshotThread2>(task.jobName, task.backupConsole, task.snapshotId,
+                                                           spec);
+          },
+          [](const impl::STaskIdentity& task, const std::shared_ptr<hv::CImportSnapshotContext>& context) {
+              return std::make_shared<hv::CVssImportSnapshotThread>(task.jobName, task.backupConsole,
+                                                                    task.snapshotId, context);
+          }) {}
 
-CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory makeSnapshotTask_,
-                                         ImportTaskFactory makeImportTask_)
-    : makeSnapshotTask(std::move(makeSnapshotTask_)), makeImportTask(std::move(makeImportTask_)) {}
+CSnapshotTaskHolder::CSnapshotTaskHolder(SnapshotTaskFactory snapshotFactory, ImportTaskFactory importFactory)
+    : makeSnapshotTask(std::move(snapshotFactory)), makeImportTask(std::move(importFactory)) {}
 
 CSnapshotTaskHolder::~CSnapshotTaskHolder() {
     importTask.reset();
@@ -83,8 +89,8 @@ GUID CSnapshotTaskHolder::BeginSnapshotCreation(const std::wstring& specText, co
             spec->DumpToLog();
             const GUID id = NewSnapshotId();
             // The previous task, if any, is released only now, inside this command.
-            snapshotTask = makeSnapshotTask(jobName, backupConsole, id, spec);
-            block.finish("VSS backup is started. Snapshot ID: [%1]", GuidText(id));
+            snapshotTask = makeSnapshotTask({jobName, backupConsole, id}, spec);
+            block.finish("VSS backup is started. Snapshot ID: [%1]", guid_to_string(id));
             return id;
         });
 }
@@ -100,8 +106,9 @@ GUID CSnapshotTaskHolder::BeginSnapshotImport(const std::shared_ptr<hv::CImportS
         format_message("Failed to import off-host snapshot. Job: '%1'. Backup console: '%2'.", job, console),
         [&](log_scope_t& block) {
             const GUID id = NewSnapshotId();
-            importTask = makeImportTask(jobName, backupConsole, id, context);
-            block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.", GuidText(id));
+            importTask = makeImportTask({jobName, backupConsole, id}, context);
+            block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.",
+                         guid_to_string(id));
             return id;
         });
 }
@@ -123,7 +130,7 @@ std::shared_ptr<impl::CSnapshotInfo> CSnapshotTaskHolder::GetSnapshotInfo() {
 }
 
 std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
-    return RunInLogBlock(format_message("Getting file list of vm '%1'.", GuidText(vmId)),
+    return RunInLogBlock(format_message("Getting file list of vm '%1'.", guid_to_string(vmId)),
                          "Failed to get file list of vm.", [&](log_scope_t& block) {
                              auto files = RequireSnapshotTask().GetVmFiles(vmId);
                              block.ok();
@@ -132,16 +139,16 @@ std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
 }
 
 void CSnapshotTaskHolder::SetVmBackupStatus(const GUID& vmId, bool status) {
-    RunInLogBlock(format_message("Completing VM backup. VMID: '%1', Status: '%2'", GuidText(vmId),
+    RunInLogBlock(format_message("Completing VM backup. VMID: '%1', Status: '%2'", guid_to_string(vmId),
                                  status ? "OK" : "Failed"),
-                  format_message("Failed to complete VM backup. VmID: '%1'.", GuidText(vmId)),
+                  format_message("Failed to complete VM backup. VmID: '%1'.", guid_to_string(vmId)),
                   [&](log_scope_t& block) {
                       RequireSnapshotTask().SetVmCompletion(vmId, status);
                       block.ok();
                   });
 }
 
-// The specification runs to megabytes: the failure line that shows it is made only for a failure.
+// The items list runs to megabytes: the failure line that shows it is made only for a failure.
 std::string CSnapshotTaskHolder::ConvertOffhostPaths(const std::string& itemsXml) {
     return RunInLogBlock(
         "Converting source paths to the off-host paths.",

@@ -4,8 +4,9 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "tool/import_task.h"
-#include "tool/snapshot_task.h"
+#include "import/import_task.h"
+#include "snapshot/snapshot_task.h"
+#include "snapshot/task_core.h"
 
 #include <functional>
 #include <memory>
@@ -14,11 +15,9 @@
 class CSnapshotTaskHolder {
 public:
     using SnapshotTaskFactory = std::function<std::shared_ptr<ISnapshotTask>(
-        const std::wstring& jobName, const std::wstring& backupConsole, const GUID& snapshotId,
-        const std::shared_ptr<CHvBackupSpec>& spec)>;
+        const impl::STaskIdentity& identity, const std::shared_ptr<CHvBackupSpec>& spec)>;
     using ImportTaskFactory = std::function<std::shared_ptr<IImportTask>(
-        const std::wstring& jobName, const std::wstring& backupConsole, const GUID& snapshotId,
-        const std::shared_ptr<hv::CImportSnapshotContext>& context)>;
+        const impl::STaskIdentity& identity, const std::shared_ptr<hv::CImportSnapshotContext>& context)>;
 
     // The process-wide holder, made on first use and destroyed at normal exit.
     static CSnapshotTaskHolder& Instance();

@@ -59,8 +59,7 @@ void check_writer(BackupComponentsPtr components, UINT index, bool logEachWriter
     if (hr < 0)
         ThrowVssFailure(hr, format_message("Failed to get status info for specific writer. Index=[%1]",
                                            num_to_string(static_cast<std::uint64_t>(index))));
-    std::string stateName;
-    if (FailedWriterStateName(status.state, stateName))
+    if (const char* stateName = FailedWriterStateName(status.state))
         report_failed_writer(status, stateName);
     if (logEachWriter)
         log_info(logging::tool_logger(), "Writer '%1' is ok.", writer_name_text(status.name));
@@ -68,12 +67,11 @@ void check_writer(BackupComponentsPtr components, UINT index, bool logEachWriter
 
 } // namespace
 
-bool FailedWriterStateName(int state, std::string& name) {
+const char* FailedWriterStateName(int state) {
     int offset = state - first_failed_state;
     if (offset < 0 || offset >= static_cast<int>(std::size(failed_state_names)))
-        return false;
-    name = failed_state_names[offset];
-    return true;
+        return nullptr;
+    return failed_state_names[offset];
 }
 
 bool VerifyWriters(BackupComponentsPtr components, ITestCancelCallback* probe, bool logEachWriter) {

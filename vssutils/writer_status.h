@@ -8,8 +8,8 @@
 
 namespace VSSUtils {
 
-// True for the failed states (6 to 15), with the state's name; false for every other number.
-bool FailedWriterStateName(int state, std::string& name);
+// The state's name for the failed states (6 to 15); null for every other number.
+const char* FailedWriterStateName(int state);
 
 // True when every writer was looked at and none has failed; false when the wait for the status was
 // cancelled. The first failed writer throws. `probe` may be null.

@@ -4,7 +4,7 @@
 #include "client/response.h"
 #include "client/spec_file_vms.h"
 #include "client/subcommand.h"
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "test_server.h"
 #include "tests/invoke/documents_test_lines.h"
 

@@ -1,8 +1,8 @@
 #include "import_test_support.h"
 
 #include "common/format/format.h"
+#include "documents/snapshot_ids.h"
 #include "hostsim/host_access.h"
-#include "invoke/snapshot_ids.h"
 #include "lab/sample_host.h"
 #include "snapshot/snapshot_result.h"
 #include "spec/hv_backup_spec.h"

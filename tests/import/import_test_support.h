@@ -4,7 +4,7 @@
 #pragma once
 
 #include "compat/win_types.h"
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 #include "tests/snapshot/snapshot_test_support.h"
 #include "tests/support/host_folder.h"
 #include "tests/support/text_file.h"

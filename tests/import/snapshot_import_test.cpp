@@ -6,7 +6,7 @@
 
 #include "common/format/format.h"
 #include "common/win/event.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 
 #include <gtest/gtest.h>
 

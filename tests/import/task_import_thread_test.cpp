@@ -33,12 +33,12 @@ template <typename Condition> bool Eventually(Condition condition) {
     return false;
 }
 
-SOperationStatus WaitForVerdict(const hv::CVssImportSnapshotThread& task) {
+SOperationStatus WaitForVerdict(hv::CVssImportSnapshotThread& task) {
     Eventually([&] { return task.GetOperationInfo()->IsCompleted(); });
     return task.GetOperationInfo()->Read();
 }
 
-ItemsList Converted(const hv::CVssImportSnapshotThread& task, const ItemsList& items) {
+ItemsList Converted(hv::CVssImportSnapshotThread& task, const ItemsList& items) {
     ItemsList converted;
     DeserializeItemsListUtf8(task.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
     return converted;

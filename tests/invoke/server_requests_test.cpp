@@ -80,7 +80,9 @@ TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
     const std::wstring no_document = server.ExecuteRequest(L"cmd:Echo xml:");
     EXPECT_EQ(no_document.rfind(L"err:", 0), 0u);
     EXPECT_NE(no_document.find(L"Failed to load XML document"), std::wstring::npos);
-    EXPECT_EQ(server.RejectRequest(L"cmd:Echo xml:<a/>"),
+    win::pipes::byte_buffer_t unterminated = win::pipes::EncodeFrameText(L"cmd:Echo xml:<a/>");
+    unterminated.resize(unterminated.size() - 2);
+    EXPECT_EQ(win::pipes::DecodeFrameText(server.ExecuteFrame(unterminated)).text,
               L"err:Unknown type of request: 'cmd:Echo xml:<a/>'.");
 
     // Only a well-formed request reaches the commands; every failure is reported with its request.

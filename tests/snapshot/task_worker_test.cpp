@@ -4,7 +4,7 @@
 
 #include "common/exc/exc.h"
 #include "common/win/event.h"
-#include "snapshot/close_wait.h"
+#include "snapshot/task_core.h"
 #include "snapshot/task_worker.h"
 
 #include <gtest/gtest.h>

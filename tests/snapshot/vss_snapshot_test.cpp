@@ -3,7 +3,7 @@
 #include "snapshot_test_support.h"
 
 #include "common/format/format.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 #include "spec/hv_backup_spec.h"
 
 #include <gtest/gtest.h>

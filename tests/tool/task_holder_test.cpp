@@ -25,7 +25,7 @@ struct TaskRecord {
 // One fake serves both slots: it answers like a task that has no result yet.
 class FakeTask : public ISnapshotTask, public IImportTask {
 public:
-    explicit FakeTask(TaskRecord& record_) : record(record_) {}
+    explicit FakeTask(TaskRecord& made) : record(made) {}
     ~FakeTask() override { record.alive = false; }
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override {
@@ -49,15 +49,13 @@ class TaskHolderTest : public ::testing::Test {
 protected:
     TaskHolderTest()
         : holder(
-              [this](const std::wstring& job, const std::wstring&, const GUID& id,
-                     const std::shared_ptr<CHvBackupSpec>& spec) {
+              [this](const impl::STaskIdentity& task, const std::shared_ptr<CHvBackupSpec>& spec) {
                   return std::make_shared<FakeTask>(
-                      snapshots.emplace_back(TaskRecord{job, id, spec, true, {}}));
+                      snapshots.emplace_back(TaskRecord{task.jobName, task.snapshotId, spec, true, {}}));
               },
-              [this](const std::wstring& job, const std::wstring&, const GUID& id,
-                     const std::shared_ptr<hv::CImportSnapshotContext>&) {
+              [this](const impl::STaskIdentity& task, const std::shared_ptr<hv::CImportSnapshotContext>&) {
                   return std::make_shared<FakeTask>(
-                      imports.emplace_back(TaskRecord{job, id, nullptr, true, {}}));
+                      imports.emplace_back(TaskRecord{task.jobName, task.snapshotId, nullptr, true, {}}));
               }) {}
 
     GUID BeginSnapshot() { return holder.BeginSnapshotCreation(validSpec, L"SnapshotJob", L"C"); }

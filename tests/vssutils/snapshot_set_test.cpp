@@ -4,7 +4,6 @@
 #include "vssutils/async_wait.h"
 #include "vssutils/backup_components.h"
 #include "vssutils/snapshot_info.h"
-#include "vssutils/writer_classes.h"
 #include "vssutils/writer_metadata.h"
 
 #include <gtest/gtest.h>
@@ -29,10 +28,10 @@ TEST(SnapshotSet, TheCheckedCallsTakeADescribedSnapshotThatASavedDocumentCarries
     log_capture_t log;
 
     BackupComponentsPtr backup = CreateVssBackupObject(L"");
-    EnableWriterClass(backup, HyperVWriterClassId, HyperVWriterLabel);
-    CVssMetaCache cache(HyperVWriterClassId);
+    EnableWriterClass(backup, hostsim_test::hyperv_writer_id, "Hyper-V");
+    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
     EnumWritersMetadata(backup, cache, nullptr);
-    auto writer = cache.Get(HyperVWriterClassId);
+    auto writer = cache.Get(hostsim_test::hyperv_writer_id);
     StartSnapshotSet(backup);
     AddComponent(backup, writer->writerInstanceId, writer->writerId, VSS_CT_FILEGROUP, L"",
                  hostsim_test::vm1_component);

@@ -6,7 +6,6 @@
 #include "vssutils/backup_components.h"
 #include "vssutils/snapshot_info.h"
 #include "vssutils/vss_error_text.h"
-#include "vssutils/writer_classes.h"
 #include "vssutils/writer_components.h"
 #include "vssutils/writer_metadata.h"
 #include "vssutils/writer_status.h"
@@ -25,9 +24,9 @@ const std::string some_failure_text =
     "Check the Application event log for more information.";
 
 WriterMetadataPtr hyperv_metadata(BackupComponentsPtr backup) {
-    CVssMetaCache cache(HyperVWriterClassId);
+    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
     EnumWritersMetadata(backup, cache, nullptr);
-    return cache.Get(HyperVWriterClassId)->metadata;
+    return cache.Get(hostsim_test::hyperv_writer_id)->metadata;
 }
 
 WmFiledescPtr first_file(BackupComponentsPtr backup) {
@@ -54,8 +53,8 @@ const std::vector<std::string> create_line = {"Failed to create VSS backup objec
 const auto initialised = start_t::initialised;
 
 void add_vm1(BackupComponentsPtr b) {
-    AddComponent(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId, VSS_CT_FILEGROUP, L"",
-                 hostsim_test::vm1_component);
+    AddComponent(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id, VSS_CT_FILEGROUP,
+                 L"", hostsim_test::vm1_component);
 }
 
 bool c_supported(BackupComponentsPtr b) {
@@ -89,12 +88,15 @@ std::vector<failure_case_t> failure_cases() {
         {"op=\"SaveAsXML\" match=\"Hyper-V\"", [](auto b) { SaveWriterMetadataAsXml(hyperv_metadata(b)); },
          "SaveAsXML failed", initialised},
         {"op=\"EnableWriterClasses\"",
-         [](auto b) { EnableWriterClass(b, string_to_guid(std::string(CsvWriterClassIdText)), "CSV"); },
+         [](auto b) {
+             EnableWriterClass(b, string_to_guid(std::string("{1072ae1c-e5a7-4ea1-9e4a-6f7964656570}")),
+                               "CSV");
+         },
          "Failed to enable 'CSV' writer."},
         {"op=\"AddComponent\"", add_vm1, "Failed to add VM with ID [" + instance + "] to the snapshot."},
         {"op=\"SetBackupSucceeded\"",
          [](auto b) {
-             SetBackupSucceeded(b, hostsim_test::hyperv_writer_instance, HyperVWriterClassId,
+             SetBackupSucceeded(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id,
                                 VSS_CT_FILEGROUP, L"", hostsim_test::vm1_component, true);
          },
          "Failed to set VM backup status. VM ID: [" + instance + "]"},
@@ -191,7 +193,8 @@ TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
         {"SetContext", [](auto b) { SetVssContext(b, TransportableContext); }},
         {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
         {"SetBackupState", [](auto b) { SetBackupState(b); }},
-        {"EnableWriterClasses", [](auto b) { EnableWriterClass(b, HyperVWriterClassId, HyperVWriterLabel); }},
+        {"EnableWriterClasses",
+         [](auto b) { EnableWriterClass(b, hostsim_test::hyperv_writer_id, "Hyper-V"); }},
         {"AddComponent", add_vm1},
         {"IsVolumeSupported", c_supported},
     };

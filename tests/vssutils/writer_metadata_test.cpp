@@ -2,7 +2,6 @@
 // components and files.
 #include "vss_test_support.h"
 
-#include "vssutils/writer_classes.h"
 #include "vssutils/writer_components.h"
 #include "vssutils/writer_metadata.h"
 
@@ -17,7 +16,7 @@ const GUID system_writer_id = {0xe8132975, 0x6f93, 0x4464, {0xa5, 0x3e, 0x10, 0x
 
 CVssMetaCache walk(const std::string& extra = "") {
     hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(extra));
-    CVssMetaCache cache(HyperVWriterClassId);
+    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
     EnumWritersMetadata(initialised_backup(), cache, nullptr);
     return cache;
 }
@@ -26,13 +25,13 @@ CVssMetaCache walk(const std::string& extra = "") {
 
 TEST(WriterMetadata, TheWantedWriterIsCachedAndEveryOtherOnlySeen) {
     CVssMetaCache cache = walk();
-    EXPECT_EQ(cache.SeenWriters(), (std::vector<VSS_ID>{HyperVWriterClassId, system_writer_id}));
-    auto hyperv = cache.Find(HyperVWriterClassId);
+    EXPECT_EQ(cache.SeenWriters(), (std::vector<VSS_ID>{hostsim_test::hyperv_writer_id, system_writer_id}));
+    auto hyperv = cache.Find(hostsim_test::hyperv_writer_id);
     ASSERT_TRUE(hyperv);
     EXPECT_TRUE(hyperv->metadata);
     EXPECT_EQ(hyperv->writerInstanceId, hostsim_test::hyperv_writer_instance);
     EXPECT_EQ(hyperv->writerName.text(), L"Microsoft Hyper-V VSS Writer");
-    EXPECT_EQ(cache.Get(HyperVWriterClassId), hyperv);
+    EXPECT_EQ(cache.Get(hostsim_test::hyperv_writer_id), hyperv);
     EXPECT_FALSE(cache.Find(system_writer_id));
 }
 
@@ -49,7 +48,7 @@ TEST(WriterMetadata, AnUnreadableWriterIsLeftOutAndTheWalkGoesOn) {
         CVssMetaCache cache = walk(fault);
         EXPECT_EQ(cache.SeenWriters(), std::vector<VSS_ID>{system_writer_id});
         EXPECT_TRUE(log.has(warning));
-        EXPECT_EQ(failure_lines([&] { cache.Get(HyperVWriterClassId); }),
+        EXPECT_EQ(failure_lines([&] { cache.Get(hostsim_test::hyperv_writer_id); }),
                   std::vector<std::string>{
                       "There is no metadata for writer '{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}'."});
     }
@@ -57,9 +56,9 @@ TEST(WriterMetadata, AnUnreadableWriterIsLeftOutAndTheWalkGoesOn) {
 
 TEST(WriterMetadata, ComponentsAndFilesAreReadAsTheWriterDescribesThem) {
     hostsim_test::scratch_host_t host;
-    CVssMetaCache cache(HyperVWriterClassId);
+    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
     EnumWritersMetadata(initialised_backup(), cache, nullptr);
-    auto metadata = cache.Get(HyperVWriterClassId)->metadata;
+    auto metadata = cache.Get(hostsim_test::hyperv_writer_id)->metadata;
 
     SWmComponentInfo vm1 = GetWmComponentInfo(GetWmComponent(metadata, 0));
     EXPECT_EQ(vm1.componentName, hostsim_test::vm1_component);

@@ -23,13 +23,10 @@ const std::string hyperv_name = "Microsoft Hyper-V VSS Writer";
 } // namespace
 
 TEST(WriterStatus, OnlyStatesSixToFifteenAreFailedStates) {
-    std::string name;
     for (int state : {0, 1, 5 /* waiting for backup complete */, 16, -1})
-        EXPECT_FALSE(FailedWriterStateName(state, name)) << state;
-    EXPECT_TRUE(FailedWriterStateName(6, name));
-    EXPECT_EQ(name, "VSS_WS_FAILED_AT_IDENTIFY");
-    EXPECT_TRUE(FailedWriterStateName(15, name));
-    EXPECT_EQ(name, "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
+        EXPECT_EQ(FailedWriterStateName(state), nullptr) << state;
+    EXPECT_STREQ(FailedWriterStateName(6), "VSS_WS_FAILED_AT_IDENTIFY");
+    EXPECT_STREQ(FailedWriterStateName(15), "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
 }
 
 TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {

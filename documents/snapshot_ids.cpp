@@ -1,4 +1,4 @@
-#include "invoke/snapshot_ids.h"
+#include "documents/snapshot_ids.h"
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"

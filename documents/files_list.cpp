@@ -1,9 +1,9 @@
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
-#include "invoke/files_list_writer.h"
+#include "documents/files_list_writer.h"
 
 #include <utility>
 
@@ -37,10 +37,10 @@ CFilesListItem read_item(const dom_element_t& element) {
 
 } // namespace
 
-CFilesListItem::CFilesListItem(std::wstring path_, std::wstring mask_, std::uint32_t recursive_,
-                               std::wstring relativePath_, std::wstring fullPath_)
-    : path(std::move(path_)), mask(std::move(mask_)), recursive(recursive_),
-      relativePath(std::move(relativePath_)), fullPath(std::move(fullPath_)) {}
+CFilesListItem::CFilesListItem(std::wstring specPath, std::wstring specMask, std::uint32_t specRecursive,
+                               std::wstring pathBelowSpec, std::wstring file)
+    : path(std::move(specPath)), mask(std::move(specMask)), recursive(specRecursive),
+      relativePath(std::move(pathBelowSpec)), fullPath(std::move(file)) {}
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "common/format/format.h"
 #include "common/xml/dom.h"
-#include "invoke/files_list.h"
-#include "invoke/snapshot_ids.h"
+#include "documents/files_list.h"
+#include "documents/snapshot_ids.h"
 #include "tests/invoke/documents_test_lines.h"
 #include "tests/invoke/msxml_layout.h"
 

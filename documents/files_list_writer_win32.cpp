@@ -1,4 +1,4 @@
-#include "invoke/files_list_writer.h"
+#include "documents/files_list_writer.h"
 
 #include "common/format/format.h"
 #include "common/xml/dom.h"

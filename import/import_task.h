@@ -20,8 +20,3 @@ public:
     // Throws "There is no successfully imported snapshot." until the import stands.
     virtual std::string ConvertOffhostPaths(const std::string& itemsXml) = 0;
 };
-
-// Starts an import task; provided by the one file that knows the task class.
-std::shared_ptr<IImportTask> CreateImportTask(const std::wstring& jobName, const std::wstring& backupConsole,
-                                              const GUID& snapshotId,
-                                              const std::shared_ptr<hv::CImportSnapshotContext>& context);

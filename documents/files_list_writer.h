@@ -3,7 +3,7 @@
 // the DOM would have to take the wide text apart and put it together again.
 #pragma once
 
-#include "invoke/files_list.h"
+#include "documents/files_list.h"
 
 #include <string>
 #include <string_view>

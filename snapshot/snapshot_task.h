@@ -26,8 +26,3 @@ public:
     virtual void SetVmCompletion(const GUID& vmId, bool succeeded) = 0;
     virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
 };
-
-// Starts a snapshot task; provided by the one file that knows the task class.
-std::shared_ptr<ISnapshotTask> CreateSnapshotTask(const std::wstring& jobName,
-                                                  const std::wstring& backupConsole, const GUID& snapshotId,
-                                                  const std::shared_ptr<CHvBackupSpec>& spec);

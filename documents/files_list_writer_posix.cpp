@@ -1,7 +1,7 @@
 // The items list written straight as text, in the form the DOM's serialiser gives it: the
 // list runs to megabytes, and the DOM would take every value apart to build its tree and print
 // the tree again. The same walk writes wide text and UTF-8, the form the list crosses the pipe in.
-#include "invoke/files_list_writer.h"
+#include "documents/files_list_writer.h"
 
 #include "common/format/unicode_units.h"
 #include "compat/utf8_codec.h"
