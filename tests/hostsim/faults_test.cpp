@@ -123,4 +123,4 @@ INSTANTIATE_TEST_SUITE_P(
                                       VSS_E_WRITERERROR_NONRETRYABLE},
                     writer_fault_case{"snapshot", VSS_WS_FAILED_AT_FREEZE, VSS_E_WRITERERROR_TIMEOUT},
                     writer_fault_case{"complete", VSS_WS_FAILED_AT_BACKUP_COMPLETE, S_OK}),
-    [](const auto& info) { return std::string(info.param.phase); });
+    [](const auto& instance) { return std::string(instance.param.phase); });

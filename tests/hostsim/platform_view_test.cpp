@@ -10,7 +10,7 @@
 using namespace hostsim_test;
 using hostsim::map_path;
 
-TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopy) {
+TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopyAndVolumesToTheirNames) {
     scratch_host_t host;
     const auto c = host.dir() / "volumes" / "c";
     EXPECT_EQ(map_path(L"C:\\VMs\\vm1\\vm1.vhdx"), c / "VMs/vm1/vm1.vhdx");
@@ -31,10 +31,7 @@ TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopy) {
     EXPECT_EQ(map_path(L"E:\\nothing"), std::nullopt);
     EXPECT_EQ(map_path(L"\\\\other\\share\\x"), std::nullopt);
     EXPECT_EQ(map_path(L"relative\\path"), std::nullopt);
-}
-
-TEST(PlatformView, VolumeNamesAndMountPointsAnswerFromTheHost) {
-    scratch_host_t host;
+    // Volume names and mount points answer from the host.
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\ClusterStorage\\Volume1\\vm2"),
               L"C:\\ClusterStorage\\Volume1\\");
@@ -83,15 +80,6 @@ TEST(PlatformView, WithoutAHostNothingIsThere) {
     UINT writers = 9;
     ASSERT_EQ(backup->GetWriterMetadataCount(&writers), S_OK);
     EXPECT_EQ(writers, 0u);
-}
-
-TEST(PlatformView, FileMasksMatchAsOnWindows) {
-    EXPECT_TRUE(hostsim::file_mask_matches(L"*.*", L"noextension"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"*.AVHDX", L"vm1_A1.avhdx"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"vm?.vhdx", L"VM1.vhdx"));
-    EXPECT_FALSE(hostsim::file_mask_matches(L"vm?.vhdx", L"vm12.vhdx"));
-    EXPECT_FALSE(hostsim::file_mask_matches(L"*.vhd", L"a.vhdx"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"a*b*c", L"aXXbYYc"));
 }
 
 // What a preparation leads to is the contract tests' and the volume set's; here, the call's own answers.

@@ -18,7 +18,7 @@ com_ptr_t<IVssBackupComponents> started_backup() {
 
 } // namespace
 
-TEST(VssErrors, UnknownVolumesComponentsAndSnapshotsAreNotFound) {
+TEST(VssErrors, UnknownVolumesComponentsSnapshotsAndProvidersAreNotFoundOrNotSupported) {
     scratch_host_t host;
     auto backup = started_backup();
     EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
@@ -33,6 +33,17 @@ TEST(VssErrors, UnknownVolumesComponentsAndSnapshotsAreNotFound) {
     EXPECT_EQ(backup->IsVolumeSupported(system_provider_id, volume, &supported), VSS_E_OBJECT_NOT_FOUND);
     VSS_SNAPSHOT_PROP prop{};
     EXPECT_EQ(backup->GetSnapshotProperties(unknown_id, &prop), VSS_E_OBJECT_NOT_FOUND);
+    // Providers serve only what they support.
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", system_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\", hardware_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER)
+        << "the hardware provider lists C: only";
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, unknown_id), VSS_E_PROVIDER_NOT_REGISTERED);
+    WCHAR share[] = L"\\\\fs01\\vms\\";
+    ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
+    EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
+    EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
 }
 
 TEST(VssErrors, SomethingAddedTwiceAlreadyExists) {
@@ -47,23 +58,6 @@ TEST(VssErrors, SomethingAddedTwiceAlreadyExists) {
     EXPECT_EQ(
         backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
         VSS_E_OBJECT_ALREADY_EXISTS);
-}
-
-TEST(VssErrors, ProvidersServeOnlyWhatTheySupport) {
-    scratch_host_t host;
-    auto backup = started_backup();
-    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", system_provider_id),
-              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
-    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\", hardware_provider_id),
-              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER)
-        << "the hardware provider lists C: only";
-    EXPECT_EQ(add_volume(backup.get(), c_volume_name, unknown_id), VSS_E_PROVIDER_NOT_REGISTERED);
-
-    BOOL supported = TRUE;
-    WCHAR share[] = L"\\\\fs01\\vms\\";
-    ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
-    EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
-    EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
 }
 
 TEST(VssErrors, TransportableSetsNeedATransportableProvider) {
@@ -133,7 +127,7 @@ TEST(VssErrors, StepsThatCannotBeRepeated) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalid) {
+TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedIsNotImplemented) {
     scratch_host_t host;
     for (const wchar_t* text :
          {L"<not xml", L"<Writer/>", L"<BackupComponents><SnapshotSet id=\"nope\"/></BackupComponents>"}) {
@@ -142,10 +136,7 @@ TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalid) {
         EXPECT_EQ(backup->InitializeForBackup(document), VSS_E_INVALID_XML_DOCUMENT) << text;
         SysFreeString(document);
     }
-}
-
-TEST(VssErrors, OperationsOutsideTheSimulationAreNotImplemented) {
-    scratch_host_t host;
+    // Operations outside the simulation are not implemented.
     auto backup = gathered_backup();
     EXPECT_EQ(backup->BreakSnapshotSet(GUID_NULL), E_NOTIMPL);
     com_ptr_t<IVssAsync> not_an_async;

@@ -60,4 +60,4 @@ INSTANTIATE_TEST_SUITE_P(
         provider_case_t{"UnknownTypeCountsAsHardware", "<VSSProvider type=\"7\" id=\"" + other + "\"/>",
                         L"C:\\", other,
                         "Hardware provider [" + other + "] will be used for the volume [C:\\]."}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& instance) { return std::string(instance.param.name); });

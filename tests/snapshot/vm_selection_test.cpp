@@ -60,4 +60,4 @@ INSTANTIATE_TEST_SUITE_P(Cases, MissingVms,
                                                           {{csv_vm}, {std::string("{") + local_vm + "}"}},
                                                           std::string("{") + local_vm + "}"},
                                            missing_case_t{"Twice", {{local_vm}, {local_vm}}, local_vm}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });

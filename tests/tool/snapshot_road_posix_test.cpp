@@ -251,7 +251,7 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SnapshotRoadFailure, ::testing::ValuesIn(failures),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 // The report is taken at its word; only the writer, at the close, can't be told about it.
 TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeTheBackupCompletes) {

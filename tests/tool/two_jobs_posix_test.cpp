@@ -1,14 +1,12 @@
 // POSIX only: both tools run on one simulated host made by mirrack-lab.
 // What the tool meets on a host that keeps the VSS contract: two mirrack processes on one
-// simulated host, each driven through its pipe. One shadow-copy creation runs at a time,
-// a set holds at most 64 volumes, and a cluster shared volume's backup state is the
-// volume's, shared by every job on it.
+// simulated host, each driven through its pipe. One shadow-copy creation runs at a time, and a
+// cluster shared volume's backup state is the volume's, shared by every job on it.
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
 #include "lab/host_state_report.h"
-#include "lab/sample_host.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
 #include <gtest/gtest.h>
@@ -23,8 +21,6 @@ using client::CRequestArguments;
 using client::CResponse;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using test_support::contains;
 
@@ -90,27 +86,6 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
     EXPECT_TRUE(again.Succeeds());
     again.Close();
     EXPECT_TRUE(host.is_clean());
-}
-
-TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
-    test_support::host_folder_t folder("mirrack-volumes");
-    const fs::path dir = folder.dir();
-    lab::sample_options_t options;
-    options.vms_on_c = 63;
-    options.local_volumes = 63;
-    options.files_per_vm = 3;
-    options.file_size = 1024;
-    lab::create_sample_host(dir, options); // 63 local volumes, a cluster shared volume and a share
-
-    Job job(dir);
-    job.Begin(read_file(dir / "spec.xml"));
-    const std::string description = job.Failure();
-    EXPECT_TRUE(contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
-                                      "operation has been reached.\n"))
-        << description;
-    job.Close();
-    for (const char* state : {"shadows.txt", "csv.txt", "creation.txt"})
-        EXPECT_EQ(read_file(dir / "state" / state), "") << state;
 }
 
 TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
