@@ -12,8 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <thread>
 
 using namespace snapshot_test;
