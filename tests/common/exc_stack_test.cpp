@@ -123,7 +123,7 @@ TEST(ExceptionStack, AForeignCauseBecomesARuntimeExceptionWithItsTextFirstAndIts
 }
 
 // A stored copy is wrapped outside any handler too, and is thrown as what it was.
-TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicType) {
+TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicTypeButALockedFileLosesItThroughRethrow) {
     const exc::win_sys_exc_t original("context", 2);
     std::shared_ptr<exc::exc_base_t> copy = original.clone();
     ASSERT_NE(dynamic_cast<exc::win_sys_exc_t*>(copy.get()), nullptr);
@@ -144,14 +144,12 @@ TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicType) {
         EXPECT_EQ(e.code(), 7u);
     }
     EXPECT_THROW(exc::com_exc_t(1).clone()->rethrow(), exc::com_exc_t);
-}
-
-TEST(ExceptionCopies, LockedFileLosesItsTypeOnlyThroughRethrow) {
+    // A locked file loses its type only through rethrow.
     const exc::file_locked_exc_t locked("C:\\vm.vhdx");
     EXPECT_STREQ(locked.what(), "File [C:\\vm.vhdx] is locked.");
 
-    auto copy = locked.clone();
-    auto* as_locked = dynamic_cast<exc::file_locked_exc_t*>(copy.get());
+    auto locked_copy = locked.clone();
+    auto* as_locked = dynamic_cast<exc::file_locked_exc_t*>(locked_copy.get());
     ASSERT_NE(as_locked, nullptr);
     EXPECT_EQ(as_locked->file_name(), "C:\\vm.vhdx");
 

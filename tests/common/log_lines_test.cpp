@@ -149,7 +149,7 @@ TEST(log_receiver, nothing_is_written_or_queued_before_a_receiver_and_a_message_
     EXPECT_EQ(text.find("lost"), std::string::npos);
 }
 
-TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
+TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text_and_the_short_layout_shows_level_words) {
     const std::time_t moment = 1794806578;
     const std::tm* parts = std::localtime(&moment);
     ASSERT_NE(parts, nullptr);
@@ -157,9 +157,7 @@ TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
     std::strftime(expected, sizeof expected, "[%d.%m.%Y %H:%M:%S] ", parts);
     EXPECT_EQ(logging::format::timestamp_text(moment), expected);
     EXPECT_EQ(logging::format::timestamp_text(std::numeric_limits<std::time_t>::max()), "TIME ---");
-}
-
-TEST(log_line_layout, short_layout_shows_level_words_and_two_digits_of_the_thread) {
+    // The short layout shows level words and two digits of the thread.
     logging::format::message_head_t head{"TS ", 123456, 1, "ignored| ", "\n"};
     EXPECT_EQ(logging::format::message_text(head, logging::level_warning, 1, "a\nb"),
               "TS <56> Warning    a\nTS <56> Warning    b\n");
