@@ -41,16 +41,11 @@ TEST_F(log_file_test, information_line_has_time_thread_tag_and_crlf) {
     EXPECT_EQ(body(file_lines(log_path_).at(0)), "Mirrack| Creating VSS backup object.");
 }
 
-TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines) {
+// A message is cut at line feeds only; warnings and errors mark its first and further lines.
+TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines_of_a_message_cut_at_line_feeds) {
     log_error(logging::tool_logger(), "Access is denied.\nCannot create folder.");
     log_warning(logging::lib_logger(), "one\ntwo\nthree");
     log_info(logging::prx_logger(), "plain\nsecond");
-    EXPECT_EQ(bodies(), (std::vector<std::string>{"Mirrack| ERR |Access is denied.",
-                                                  "Mirrack| >>  |Cannot create folder.", "WARN|one",
-                                                  ">>  |two", ">>  |three", "prx| plain", "prx| second"}));
-}
-
-TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
     const auto& h = logging::rpc_logger();
     log_info(h, "ends in a line feed\n");
     log_info(h, "\n");
@@ -58,8 +53,10 @@ TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
     log_info(h, "carriage\r\nreturn");
     log_info(h, "gap\n\nafter");
     EXPECT_EQ(bodies(),
-              (std::vector<std::string>{"rpc| ends in a line feed", "rpc| ", "rpc| ", "rpc| carriage\r",
-                                        "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
+              (std::vector<std::string>{
+                  "Mirrack| ERR |Access is denied.", "Mirrack| >>  |Cannot create folder.", "WARN|one",
+                  ">>  |two", ">>  |three", "prx| plain", "prx| second", "rpc| ends in a line feed", "rpc| ",
+                  "rpc| ", "rpc| carriage\r", "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
 }
 
 TEST_F(log_file_test, exception_lines_keep_the_system_text_as_it_stands) {
