@@ -34,7 +34,7 @@ TEST(ValueTexts, NumbersPrintUngroupedAndHexZeroFilledAndOnlyFalseAndZeroAreFals
     EXPECT_TRUE(string_to_bool("00"));
 }
 
-TEST(GuidText, RoundTripsInLowerCaseWithBraces) {
+TEST(GuidText, RoundTripsInLowerCaseWithBracesAndRefusalsNameTheText) {
     const GUID guid = {0x66841CD4, 0x6DED, 0x4F4B, {0x8F, 0x17, 0xFD, 0x23, 0xF8, 0xDD, 0xC3, 0xDE}};
     EXPECT_EQ(guid_to_wstring(guid), L"{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}");
     EXPECT_EQ(guid_to_string(guid), "{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}");
@@ -42,9 +42,7 @@ TEST(GuidText, RoundTripsInLowerCaseWithBraces) {
     EXPECT_EQ(string_to_guid("66841CD4-6DED-4F4B-8F17-FD23F8DDC3DE"), guid);
     EXPECT_EQ(string_to_guid(L"{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de"), guid);
     EXPECT_EQ(string_to_guid(L"66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}"), guid);
-}
-
-TEST(GuidText, RefusedTextsFailWithTheStatusAndTheGivenText) {
+    // Refused texts fail with the status and the given text.
     for (const std::wstring text :
          {L"", L"{", L"{}", L"{{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}}",
           L"66841cd4-6ded-4f4b-8f17-fd23f8ddc3d", L"66841cd4-6ded-4f4b-8f17+fd23f8ddc3de",
