@@ -10,17 +10,12 @@ namespace {
 
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
 
-com_ptr_t<IVssBackupComponents> started_backup() {
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    return backup;
-}
-
 } // namespace
 
-TEST(VssErrors, UnknownVolumesComponentsSnapshotsAndProvidersAreNotFoundOrNotSupported) {
+TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyExists) {
     scratch_host_t host;
-    auto backup = started_backup();
+    auto backup = gathered_backup();
+    start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
     EXPECT_EQ(
         backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", L"no such VM"),
@@ -44,11 +39,6 @@ TEST(VssErrors, UnknownVolumesComponentsSnapshotsAndProvidersAreNotFoundOrNotSup
     ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
     EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
     EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
-}
-
-TEST(VssErrors, SomethingAddedTwiceAlreadyExists) {
-    scratch_host_t host;
-    auto backup = started_backup();
     ASSERT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id), S_OK);
     EXPECT_EQ(add_volume(backup.get(), L"c:\\", system_provider_id), VSS_E_OBJECT_ALREADY_EXISTS)
         << "a mount point names the same volume";
