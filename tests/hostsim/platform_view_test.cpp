@@ -10,7 +10,9 @@
 using namespace hostsim_test;
 using hostsim::map_path;
 
-TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopyAndVolumesToTheirNames) {
+// Paths lead to the files of their volume, share or shadow copy, volumes to their names, and the
+// registry and environment come from the host first.
+TEST(PlatformView, PathsVolumesRegistryAndEnvironmentAreTheHostsFirst) {
     scratch_host_t host;
     const auto c = host.dir() / "volumes" / "c";
     EXPECT_EQ(map_path(L"C:\\VMs\\vm1\\vm1.vhdx"), c / "VMs/vm1/vm1.vhdx");
@@ -45,10 +47,6 @@ TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopyAndVo
         << "a mount point ends with a backslash";
     EXPECT_EQ(hostsim::mount_points_of_volume(c_volume_name),
               (std::vector<std::wstring>{L"C:\\", L"D:\\Mounted\\"}));
-}
-
-TEST(PlatformView, RegistryAndEnvironmentComeFromTheHostFirst) {
-    scratch_host_t host;
     EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\orlix\\Orlix Keepsafe"));
     EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\Orlix"));
     EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE\\OrliX\\Orlix NFS"));

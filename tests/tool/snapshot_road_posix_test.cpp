@@ -160,12 +160,6 @@ const char* const createFailed =
     "--tr:Failed to create VSS snapshot.\n--tr:Failed to perform pre-backup tasks.";
 
 const road_failure_t failures[] = {
-    {.name = "MissingVm",
-     .vms = {{local_vm}, {csv_vm}, {"B0000000-0000-4000-8000-00000000000B"}},
-     .expected =
-         {"There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: "
-          "'B0000000-0000-4000-8000-00000000000B'.\n--tr:Failed to specify VMs that should be backed up."},
-     .neverCalled = "StartSnapshotSet"},
     {.name = "ProviderRefusesTwice",
      .systemProvider = R"(refuse="2")",
      .expected =
