@@ -12,7 +12,7 @@
 #include <latch>
 #include <thread>
 
-TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
+TEST(FolderCreation, MakesEveryMissingLevelFromTheTopThatTheProbesThenSee) {
     win_test::temp_tree_t tree;
     const std::wstring deep = tree.wide("a\\b\\c\\d") + L"\\\\";
     win::create_folder(deep);
@@ -21,6 +21,28 @@ TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
     // Again: nothing to do, no failure; nor for a drive alone.
     EXPECT_NO_THROW(win::create_folder(tree.wide("a\\b")));
     EXPECT_NO_THROW(win::create_folder(L"C:"));
+    // Probes tell files and folders apart, answer roots as folders and what is not there as false.
+    tree.add_file("Dir/File.txt");
+    bool is_folder = false;
+    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
+    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
+    // What is not there is false, not a failure.
+    is_folder = true;
+    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
+    EXPECT_FALSE(win::folder_exists(L""));
+    // Roots are answered as folders.
+    is_folder = false;
+    EXPECT_TRUE(win::path_exists(L"/", is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_TRUE(win::folder_exists(L"/"));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\"));
 }
 
 // Threads that start together all find the folder made, whichever of them made each level.
@@ -96,29 +118,4 @@ TEST(FolderCreation, AFileInTheWayOrAnUnmappedParentFailsWithTheSystemErrorFirst
         const DWORD expected = test_support::under_wine() ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
         EXPECT_EQ(e.code(), expected);
     }
-}
-
-TEST(PathProbes, FilesAndFoldersAreToldApartRootsAreFoldersAndWhatIsNotThereIsFalse) {
-    win_test::temp_tree_t tree;
-    tree.add_file("Dir/File.txt");
-    bool is_folder = false;
-    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
-    EXPECT_FALSE(is_folder);
-    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
-    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
-    // What is not there is false, not a failure.
-    is_folder = true;
-    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
-    EXPECT_FALSE(is_folder);
-    EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
-    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
-    EXPECT_FALSE(win::folder_exists(L""));
-    // Roots are answered as folders.
-    is_folder = false;
-    EXPECT_TRUE(win::path_exists(L"/", is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_TRUE(win::folder_exists(L"/"));
-    EXPECT_FALSE(win::folder_exists(L"Q:\\"));
 }
