@@ -194,6 +194,7 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
 
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
     EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
+    EXPECT_NE(report.find("Live shadow copies: 1\n"), std::string::npos) << report;
     EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
     EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
     EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
