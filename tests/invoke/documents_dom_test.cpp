@@ -66,19 +66,6 @@ TEST(DomAttributes, ValuesOfAnyTextAndLengthSurviveAndAMissingOneReportsTheNullV
         std::vector<std::string>{"Unexpected type (1) of the XML attribute (Value). Expected: 'VT_BSTR'."});
 }
 
-TEST(DomLoading, TextThatIsNotOneWellFormedDocumentFailsWithCodeOne) {
-    for (const std::wstring xml : {L"", L"<a>", L"<a/><b/>", L"text", L"<a/>tail", L"<a b='1' b='2'/>"}) {
-        try {
-            dom_load(xml);
-            ADD_FAILURE() << "loaded: " << std::string(xml.begin(), xml.end());
-        } catch (const exc::com_exc_t& e) {
-            EXPECT_EQ(e.code(), 1);
-            EXPECT_EQ(e.messages().back().text,
-                      "Failed to load XML document '" + std::string(xml.begin(), xml.end()) + "'.");
-        }
-    }
-}
-
 std::string printable(const std::wstring& xml) {
     std::string text;
     for (const wchar_t c : xml)
@@ -101,7 +88,6 @@ void expect_refused(const std::wstring& xml) {
         ADD_FAILURE() << "loaded: " << printable(xml).substr(0, 200);
     } catch (const exc::com_exc_t& e) {
         EXPECT_EQ(e.code(), 1) << printable(xml).substr(0, 200);
-        EXPECT_EQ(e.messages().back().text.rfind("Failed to load XML document '", 0), 0u);
         EXPECT_EQ(e.messages().back().text, "Failed to load XML document '" + to_ansi_nothrow(xml) + "'.");
     }
 }
@@ -110,6 +96,9 @@ void expect_refused(const std::wstring& xml) {
 // on either build. Blanks around the document move the odd character into the blocks that a long
 // document is searched by.
 TEST(DomLoading, ReferencesAndCharactersOutsideXmlAreRefused) {
+    // Text that is not one well-formed document.
+    for (const std::wstring xml : {L"", L"<a>", L"<a/><b/>", L"text", L"<a/>tail", L"<a b='1' b='2'/>"})
+        expect_refused(xml);
     for (const std::size_t blanks : {0, 40}) {
         const std::wstring lead(blanks, L' ');
         for (const std::wstring& xml : std::vector<std::wstring>{
