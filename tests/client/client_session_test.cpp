@@ -62,14 +62,6 @@ TEST(ClientSession, CommandsAnswerInTurnAndTheTraceShowsThem) {
     EXPECT_TRUE(has_line_ending_with(lines, "prx| Closing pipe invoke server."));
 }
 
-TEST(ClientSession, AResponseOfManyPipeChunksArrivesWhole) {
-    test_server_t server;
-    auto connection = CInvokeClient::Connect(server.name());
-    const CResponse big = connection->Call(L"Big", CRequestArguments().AddText(L"Size", L"300000"));
-    ASSERT_TRUE(big.IsSuccess());
-    EXPECT_EQ(big.Decoded(L"FilesList"), std::wstring(300000, L'\u00e9'));
-}
-
 TEST(ClientSession, BadFramesGetErrorFramesAndTheNextCommandIsServed) {
     test_server_t server;
     auto connection = CInvokeClient::Connect(server.name());

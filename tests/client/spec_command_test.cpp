@@ -41,7 +41,7 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
               client::exit_success)
         << err.str();
 
-    const CHvBackupSpec spec(client_test::file_text(file));
+    const CHvBackupSpec spec(client_test::read_file(file));
     ASSERT_EQ(spec.vms.size(), 2u);
     EXPECT_EQ(spec.vms[0]->vmId, "83f4c5f7-1401-4a04-a996-506a4dea6810");
     EXPECT_FALSE(spec.vms[0]->crashConsistent);
@@ -59,7 +59,7 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
 
     // The least a server sends: no provider named, on-host, no CSV writer.
     ASSERT_EQ(client::RunClient({"spec", "--vm", vm_b, "-o", file.string()}, out, err), client::exit_success);
-    const CHvBackupSpec least(client_test::file_text(file));
+    const CHvBackupSpec least(client_test::read_file(file));
     EXPECT_EQ(least.defaultProvider->providerType, 0u);
     EXPECT_TRUE(least.volumeProviders.empty());
     EXPECT_EQ(least.offhost->mode, COffhostInfo::Disabled);

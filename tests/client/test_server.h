@@ -11,15 +11,14 @@
 #include "invoke/pipe_channel.h"
 #include "invoke/pipe_invoke_server.h"
 #include "tests/support/process_env.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <future>
-#include <sstream>
 #include <thread>
 
 namespace client_test {
@@ -105,12 +104,7 @@ private:
     std::thread thread_;
 };
 
-inline std::string file_text(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
+using test_support::read_file;
 
 // The process log in a file of the test, for the length of the object.
 class test_log_t {
@@ -119,7 +113,7 @@ public:
         logging::install_log_file(path_.string());
     }
     ~test_log_t() { logging::main_log()->install(nullptr, false); }
-    std::string text() const { return file_text(path_); }
+    std::string text() const { return read_file(path_); }
 
 private:
     static inline int counter = 0;

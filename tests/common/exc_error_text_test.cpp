@@ -9,7 +9,7 @@
 #include <ole2.h>
 #endif
 
-TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
+TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreakInternetCodesTheirOwnTable) {
     using wine_texts::as_windows;
     EXPECT_EQ(as_windows(exc::sys_error_text(2)), "The system cannot find the file specified.\r\n");
     EXPECT_EQ(as_windows(exc::sys_error_text(32)),
@@ -19,9 +19,7 @@ TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreak) {
     EXPECT_EQ(as_windows(exc::sys_error_text(0x80004005u)), "Unspecified error\r\n");
     // An HRESULT of the Win32 facility reads as its Win32 code.
     EXPECT_EQ(exc::sys_error_text(0x80070057u), exc::sys_error_text(87));
-}
-
-TEST(SystemErrorText, InternetCodesComeFromTheirOwnTableOnlyInTheirRange) {
+    // Internet codes come from their own table, only in their range.
     EXPECT_EQ(wine_texts::as_windows(exc::sys_error_text(12007)),
               "The server name or address could not be resolved\r\n");
     // Beyond the range, and for any code no table holds, the number closes the last-resort text.

@@ -31,17 +31,19 @@ void fail_snapshot_task() {
     }
 }
 
-template <typename Throw> std::exception_ptr wrapped_with_trace(Throw thrower, const std::string& line) {
+// What a foreign exception becomes once wrapped with a trace line.
+template <typename Throw> exc::runtime_exc_t wrapped_with_trace(Throw thrower, const std::string& line) {
     try {
         try {
             thrower();
         } catch (const std::exception& e) {
             exc::rethrow_with_trace(line, e);
         }
-    } catch (...) {
-        return std::current_exception();
+    } catch (const exc::runtime_exc_t& e) {
+        return e;
     }
-    return nullptr;
+    ADD_FAILURE() << "no runtime exception";
+    return exc::runtime_exc_t("");
 }
 
 } // namespace
@@ -82,6 +84,9 @@ TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
     stack.append_message("%1 and %2", "a", "b");
     EXPECT_STREQ(stack.what(), "--tr:inner\na and b");
     EXPECT_EQ(stack.plain_text(), "inner\na and b");
+    // The text of an exception falls back when what() is null.
+    EXPECT_EQ(exc::exception_text(null_text_exception()), "Exception message is not available.");
+    EXPECT_EQ(exc::exception_text(exc::runtime_exc_t("x %1", "y")), "x y");
 }
 
 TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
@@ -101,47 +106,24 @@ TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
     }
 }
 
-TEST(ExceptionStack, ForeignCauseBecomesRuntimeExceptionWithItsTextFirst) {
-    auto from_bad_alloc = wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
-    try {
-        std::rethrow_exception(from_bad_alloc);
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(e.code(), 0u);
-        EXPECT_EQ(std::string(e.what()), std::string(std::bad_alloc().what()) + "\n--tr:Failed to go on.");
-    }
-
-    auto from_null_text = wrapped_with_trace([] { throw null_text_exception(); }, "outer");
-    try {
-        std::rethrow_exception(from_null_text);
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_STREQ(e.what(), "\n--tr:outer");
-    }
-}
-
-TEST(ExceptionStack, SystemErrorOfADependencyLendsItsCode) {
-    auto from_boost = wrapped_with_trace(
-        [] {
-            throw boost::system::system_error(
-                boost::system::error_code(32, boost::system::system_category()));
-        },
-        "outer");
-    try {
-        std::rethrow_exception(from_boost);
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(e.code(), 32u);
-    }
-
-    auto from_std = wrapped_with_trace(
-        [] { throw std::system_error(std::error_code(17, std::generic_category())); }, "outer");
-    try {
-        std::rethrow_exception(from_std);
-    } catch (const exc::runtime_exc_t& e) {
-        EXPECT_EQ(e.code(), 17u);
-    }
+TEST(ExceptionStack, AForeignCauseBecomesARuntimeExceptionWithItsTextFirstAndItsSystemCode) {
+    const exc::runtime_exc_t from_bad_alloc =
+        wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
+    EXPECT_EQ(from_bad_alloc.code(), 0u);
+    EXPECT_EQ(std::string(from_bad_alloc.what()),
+              std::string(std::bad_alloc().what()) + "\n--tr:Failed to go on.");
+    EXPECT_STREQ(wrapped_with_trace([] { throw null_text_exception(); }, "outer").what(), "\n--tr:outer");
+    // A system error of a dependency lends its code.
+    const auto boost_error = [] {
+        throw boost::system::system_error(boost::system::error_code(32, boost::system::system_category()));
+    };
+    EXPECT_EQ(wrapped_with_trace(boost_error, "outer").code(), 32u);
+    const auto std_error = [] { throw std::system_error(std::error_code(17, std::generic_category())); };
+    EXPECT_EQ(wrapped_with_trace(std_error, "outer").code(), 17u);
 }
 
 // A stored copy is wrapped outside any handler too, and is thrown as what it was.
-TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicType) {
+TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicTypeButALockedFileLosesItThroughRethrow) {
     const exc::win_sys_exc_t original("context", 2);
     std::shared_ptr<exc::exc_base_t> copy = original.clone();
     ASSERT_NE(dynamic_cast<exc::win_sys_exc_t*>(copy.get()), nullptr);
@@ -162,14 +144,12 @@ TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicType) {
         EXPECT_EQ(e.code(), 7u);
     }
     EXPECT_THROW(exc::com_exc_t(1).clone()->rethrow(), exc::com_exc_t);
-}
-
-TEST(ExceptionCopies, LockedFileLosesItsTypeOnlyThroughRethrow) {
+    // A locked file loses its type only through rethrow.
     const exc::file_locked_exc_t locked("C:\\vm.vhdx");
     EXPECT_STREQ(locked.what(), "File [C:\\vm.vhdx] is locked.");
 
-    auto copy = locked.clone();
-    auto* as_locked = dynamic_cast<exc::file_locked_exc_t*>(copy.get());
+    auto locked_copy = locked.clone();
+    auto* as_locked = dynamic_cast<exc::file_locked_exc_t*>(locked_copy.get());
     ASSERT_NE(as_locked, nullptr);
     EXPECT_EQ(as_locked->file_name(), "C:\\vm.vhdx");
 
@@ -180,9 +160,4 @@ TEST(ExceptionCopies, LockedFileLosesItsTypeOnlyThroughRethrow) {
     } catch (const exc::exc_base_t& e) {
         EXPECT_STREQ(e.what(), "File [C:\\vm.vhdx] is locked.");
     }
-}
-
-TEST(ExceptionText, FallsBackWhenWhatIsNull) {
-    EXPECT_EQ(exc::exception_text(null_text_exception()), "Exception message is not available.");
-    EXPECT_EQ(exc::exception_text(exc::runtime_exc_t("x %1", "y")), "x y");
 }

@@ -94,7 +94,7 @@ TEST(ReplacingConversion, Utf16PairsJoinAndLoneSurrogatesAreReplaced) {
 }
 
 // The ANSI code page is UTF-8 here, so a character can take up to four bytes.
-TEST(LogShortening, CountsCharactersNotBytes) {
+TEST(LocalText, LogShorteningCountsCharactersNotBytesAndFileTimeCarriesTheLocalOffset) {
     const std::string e_acute = "\xc3\xa9";
     std::string whole;
     for (int i = 0; i < 128; ++i)
@@ -102,10 +102,7 @@ TEST(LogShortening, CountsCharactersNotBytes) {
     EXPECT_EQ(shorten_for_log(whole), whole);
     const std::string cut = std::string(127, 'a') + e_acute + "\xf0\x9f\x98\x80" + "bc";
     EXPECT_EQ(shorten_for_log(cut), std::string(127, 'a') + e_acute + "..., length: 131");
-}
-
-// The offset to compare with is the C library's tm_gmtoff, which Windows' runtime lacks.
-TEST(LocalClock, FileTimeCarriesTheLocalOffset) {
+    // The offset to compare with is the C library's tm_gmtoff, which Windows' runtime lacks.
     const std::time_t before = std::time(nullptr);
     const std::uint64_t filetime = local_filetime_now();
     const std::time_t after = std::time(nullptr);

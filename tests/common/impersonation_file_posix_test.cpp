@@ -42,7 +42,7 @@ protected:
 
 } // namespace
 
-TEST_F(share_file_test, OpenFileKeepsTheScopeUntilItIsReleased) {
+TEST_F(share_file_test, AnOpenFileKeepsTheScopeUntilItIsReleasedAndAFailedOpenEndsItAtOnce) {
     shared_file_t file = file_open(L"\\\\fs01\\vms\\vm1.vhdx");
     ASSERT_NE(file->impersonation, nullptr);
     EXPECT_EQ(calls_->impersonations, 1);
@@ -51,10 +51,8 @@ TEST_F(share_file_test, OpenFileKeepsTheScopeUntilItIsReleased) {
     file.reset();
     EXPECT_EQ(calls_->reverts, 1);
     EXPECT_TRUE(std::filesystem::exists(host_.root() / "shares" / "fs01-vms" / "vm1.vhdx"));
-}
-
-TEST_F(share_file_test, FailedOpenEndsItsScopeAtOnce) {
+    // A failed open ends its scope at once.
     EXPECT_ANY_THROW(file_open(L"\\\\fs01\\vms\\missing\\vm1.vhdx"));
-    EXPECT_EQ(calls_->impersonations, 1);
-    EXPECT_EQ(calls_->reverts, 1);
+    EXPECT_EQ(calls_->impersonations, 2);
+    EXPECT_EQ(calls_->reverts, 2);
 }

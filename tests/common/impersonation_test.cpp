@@ -71,20 +71,24 @@ protected:
 
 } // namespace
 
-TEST(ImpersonationShareKey, ServerAndShareOfUncPathsOnly) {
+TEST_F(impersonation_test, LocalPathsAndSharesWithoutTokenGetNoScopeAndAnInvalidTokenOneWithoutEffect) {
+    // The key is the server and share of a UNC path only.
     EXPECT_EQ(impersonation_share_key(L"\\\\fs01\\vms\\vm1\\disk.vhdx"), L"\\\\fs01\\vms");
     EXPECT_EQ(impersonation_share_key(L"\\\\fs01\\vms"), L"\\\\fs01\\vms");
     EXPECT_EQ(impersonation_share_key(L"\\\\fs01"), L"");
     EXPECT_EQ(impersonation_share_key(L"C:\\VMs\\vm1"), L"");
     EXPECT_EQ(impersonation_share_key(L"\\VMs\\vm1"), L"");
-}
-
-TEST_F(impersonation_test, LocalPathsAndSharesWithoutTokenGetNoScope) {
     EXPECT_EQ(impersonate_for(L"C:\\VMs\\vm1\\disk.vhdx"), nullptr);
     EXPECT_EQ(impersonate_for(L"\\\\fs02\\vms\\disk.vhdx"), nullptr);
     EXPECT_EQ(impersonate_for(std::string("/var/lib/vm1")), nullptr);
     EXPECT_EQ(calls_->duplicates.load(), 0);
     EXPECT_FALSE(log_has("impersonation"));
+    // An invalid token in the map gives a scope without effect.
+    tokens()->add(share, std::make_shared<win_handle_t>(invalid_handle()));
+    auto scope = impersonate_for(share + L"\\a");
+    ASSERT_NE(scope, nullptr);
+    EXPECT_FALSE(scope->impersonated());
+    EXPECT_EQ(calls_->duplicates.load(), 0) << "nor for an invalid token";
 }
 
 TEST_F(impersonation_test, ShareWithTokenIsImpersonatedUntilTheScopeEnds) {
@@ -102,7 +106,7 @@ TEST_F(impersonation_test, ShareWithTokenIsImpersonatedUntilTheScopeEnds) {
                         "impersonation context."));
 }
 
-TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuter) {
+TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuterAndThreadsCountTheirScopesApart) {
     auto outer = impersonate_for(share + L"\\a");
     {
         auto inner = impersonate_for(share + L"\\b");
@@ -110,15 +114,6 @@ TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuter) {
         EXPECT_TRUE(inner->impersonated());
     }
     EXPECT_EQ(calls_->reverts.load(), 0);
-    outer.reset();
-    EXPECT_EQ(calls_->reverts.load(), 1);
-    // A new scope afterwards starts a new count.
-    impersonate_for(share + L"\\d").reset();
-    EXPECT_EQ(calls_->reverts.load(), 2);
-}
-
-TEST_F(impersonation_test, ThreadsCountTheirScopesApart) {
-    auto main_scope = impersonate_for(share + L"\\main");
     win_thread_t worker(
         [](void*) -> DWORD {
             impersonate_for(share + L"\\worker").reset();
@@ -128,37 +123,30 @@ TEST_F(impersonation_test, ThreadsCountTheirScopesApart) {
     worker.stop_wait();
     // The worker's own scope ended its own impersonation, while the main thread's stays.
     EXPECT_EQ(calls_->reverts.load(), 1);
-    main_scope.reset();
+    outer.reset();
     EXPECT_EQ(calls_->reverts.load(), 2);
+    // A new scope afterwards starts a new count.
+    impersonate_for(share + L"\\d").reset();
+    EXPECT_EQ(calls_->reverts.load(), 3);
 }
 
-TEST_F(impersonation_test, TokenThatCannotBeDuplicatedGivesAQuietScopeWithoutEffect) {
+// Either failure leaves the thread under its own identity; only the impersonation's is logged.
+TEST_F(impersonation_test, AFailedDuplicateOrImpersonationGivesAScopeWithoutEffectNeverReverted) {
     calls_->fail_duplicate = true;
     auto scope = impersonate_for(share + L"\\a");
     ASSERT_NE(scope, nullptr);
     EXPECT_FALSE(scope->impersonated());
     scope.reset();
     EXPECT_EQ(calls_->impersonations.load(), 0);
-    EXPECT_EQ(calls_->reverts.load(), 0);
     EXPECT_FALSE(log_has("Failed to impersonate"));
-}
-
-TEST_F(impersonation_test, FailedImpersonationIsLoggedAndNeverReverted) {
+    calls_->fail_duplicate = false;
     calls_->fail_impersonation = true;
-    auto scope = impersonate_for(share + L"\\a");
+    scope = impersonate_for(share + L"\\a");
     EXPECT_FALSE(scope->impersonated());
     scope.reset();
     EXPECT_EQ(calls_->reverts.load(), 0);
     EXPECT_TRUE(log_has("Failed to impersonate thread."));
     EXPECT_TRUE(log_has("Access is denied."));
-}
-
-TEST_F(impersonation_test, InvalidTokenInTheMapGivesAScopeWithoutEffect) {
-    tokens()->add(share, std::make_shared<win_handle_t>(invalid_handle()));
-    auto scope = impersonate_for(share + L"\\a");
-    ASSERT_NE(scope, nullptr);
-    EXPECT_FALSE(scope->impersonated());
-    EXPECT_EQ(calls_->duplicates.load(), 0);
 }
 
 #ifdef _WIN32

@@ -10,48 +10,31 @@ using log_test::log_file_test;
 
 using lines_t = std::vector<std::string>;
 
-TEST_F(log_file_test, block_closed_ok_frames_its_step_lines) {
+// A block closed ok frames its lines; one left by an exception fails, nested ones both; a silent one
+// speaks only when it fails; a block ends once, with a chosen line or none.
+TEST_F(log_file_test, blocks_frame_their_lines_fail_when_left_by_an_exception_and_end_once) {
     const auto& h = logging::tool_logger();
     {
         log_scope_t block(h, "Gathering %1 metadata", "writer");
         log_info(h, "inside");
         block.ok();
     }
-    log_info(h, "after");
-    EXPECT_EQ(bodies(), (lines_t{"Mirrack| Gathering writer metadata", "Mirrack|   inside",
-                                 "Mirrack| Gathering writer metadata ok.", "Mirrack| after"}));
-}
-
-TEST_F(log_file_test, nested_blocks_left_by_an_exception_both_fail) {
-    const auto& h = logging::tool_logger();
     try {
         log_scope_t outer(h, "outer");
         log_scope_t inner(h, "inner");
         throw std::runtime_error("boom");
     } catch (const std::exception&) {
     }
-    log_info(h, "margin");
-    EXPECT_EQ(bodies(), (lines_t{"Mirrack| outer", "Mirrack|   inner", "Mirrack|   inner Failed.",
-                                 "Mirrack| outer Failed.", "Mirrack| margin"}));
-}
-
-TEST_F(log_file_test, silent_block_speaks_only_when_it_fails) {
-    const auto& h = logging::lib_logger();
     {
-        log_scope_t quiet(log_scope_t::silent, h, "probe %1", "one");
-        log_info(h, "work");
+        log_scope_t quiet(log_scope_t::silent, logging::lib_logger(), "probe %1", "one");
+        log_info(logging::lib_logger(), "work");
         quiet.ok();
     }
     try {
-        log_scope_t quiet(log_scope_t::silent, h, "probe %1 of %2", "two", "three");
+        log_scope_t quiet(log_scope_t::silent, logging::lib_logger(), "probe %1 of %2", "two", "three");
         throw std::runtime_error("boom");
     } catch (const std::exception&) {
     }
-    EXPECT_EQ(bodies(), (lines_t{"work", "probe two of three Failed."}));
-}
-
-TEST_F(log_file_test, block_ends_once_with_a_chosen_line_or_none) {
-    const auto& h = logging::tool_logger();
     {
         log_scope_t block(h, "Copying");
         block.finish("Copied %1 of %2.", "3", "4");
@@ -67,8 +50,12 @@ TEST_F(log_file_test, block_ends_once_with_a_chosen_line_or_none) {
         block.set_text("Renamed step");
     }
     log_info(h, "margin");
-    EXPECT_EQ(bodies(), (lines_t{"Mirrack| Copying", "Mirrack| Copied 3 of 4.", "Mirrack| Waiting",
-                                 "Mirrack| Renamed", "Mirrack| Renamed step Failed.", "Mirrack| margin"}));
+    EXPECT_EQ(bodies(), (lines_t{"Mirrack| Gathering writer metadata", "Mirrack|   inside",
+                                 "Mirrack| Gathering writer metadata ok.", "Mirrack| outer",
+                                 "Mirrack|   inner", "Mirrack|   inner Failed.", "Mirrack| outer Failed.",
+                                 "work", "probe two of three Failed.", "Mirrack| Copying",
+                                 "Mirrack| Copied 3 of 4.", "Mirrack| Waiting", "Mirrack| Renamed",
+                                 "Mirrack| Renamed step Failed.", "Mirrack| margin"}));
 }
 
 namespace {

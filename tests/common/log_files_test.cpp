@@ -16,14 +16,6 @@ using logging::receiver::aged_name;
 using logging::receiver::check_log_size;
 using logging::receiver::numbered_log_name;
 
-namespace {
-
-void write_file(const fs::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-} // namespace
-
 TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
     EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 0), "Mirrack.log.gz");
     EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 2), "Mirrack.log.2.gz");
@@ -93,8 +85,20 @@ TEST_F(log_file_test, failed_rotation_keeps_logging_at_the_end_of_the_file) {
     EXPECT_EQ(bodies(), (std::vector<std::string>{"kept", "appended"}));
 }
 
-TEST(log_file_opening, a_log_that_another_writer_holds_gives_way_to_a_numbered_name) {
-    const fs::path folder = log_test::fresh_folder("locked");
+// Folders are made, an old log at its limit is rotated first, a log that another writer holds gives
+// way to a numbered name, and a folder that can't be made has no fallback.
+TEST(log_file_opening, folders_are_made_old_logs_rotated_held_logs_numbered_and_bad_folders_refused) {
+    const fs::path folder = log_test::fresh_folder("opening");
+    const fs::path path = folder / "deep" / "er" / "Mirrack.log";
+    logging::receiver::prepare_log(path.string())->write("old line\r\n");
+    EXPECT_EQ(read_file(path), "old line\r\n");
+    logging::receiver::set_log_size_limit_for_tests(5);
+    auto reopened = logging::receiver::prepare_log(path.string());
+    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
+    reopened->write("new line\r\n");
+    EXPECT_EQ(read_file(path), "new line\r\n");
+    EXPECT_EQ(gunzip(folder / "deep" / "er" / "Mirrack.log.gz"), "old line\r\n");
+    reopened.reset();
     {
         win::win_log_file_t holder((folder / "Mirrack.log").string());
         win::win_log_file_t second_holder((folder / "Mirrack.1.log").string());
@@ -105,36 +109,14 @@ TEST(log_file_opening, a_log_that_another_writer_holds_gives_way_to_a_numbered_n
         EXPECT_EQ(logging::receiver::prepare_log((folder / "run.txt").string())->path(),
                   (folder / "run.txt.1.log").string());
     }
-    fs::remove_all(folder);
-}
-
-TEST(log_file_opening, folders_are_made_and_an_old_log_at_its_limit_is_rotated_first) {
-    const fs::path folder = log_test::fresh_folder("opening");
-    const fs::path path = folder / "deep" / "er" / "Mirrack.log";
-    logging::receiver::prepare_log(path.string())->write("old line\r\n");
-    EXPECT_EQ(read_file(path), "old line\r\n");
-
-    logging::receiver::set_log_size_limit_for_tests(5);
-    auto reopened = logging::receiver::prepare_log(path.string());
-    logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
-    reopened->write("new line\r\n");
-    EXPECT_EQ(read_file(path), "new line\r\n");
-    EXPECT_EQ(gunzip(folder / "deep" / "er" / "Mirrack.log.gz"), "old line\r\n");
-    reopened.reset();
-    fs::remove_all(folder);
-}
-
-TEST(log_file_opening, a_folder_outside_the_log_directory_has_no_fallback) {
-    const fs::path folder = log_test::fresh_folder("nofolder");
-    write_file(folder / "plain", "a file where a folder should be");
-    const std::string path = (folder / "plain" / "Mirrack.log").string();
-    EXPECT_THROW(logging::receiver::prepare_log(path), exc::exc_base_t);
-
+    std::ofstream(folder / "plain", std::ios::binary) << "a file where a folder should be";
+    const std::string outside = (folder / "plain" / "Mirrack.log").string();
+    EXPECT_THROW(logging::receiver::prepare_log(outside), exc::exc_base_t);
     logging::main_log()->install(nullptr, false);
     testing::internal::CaptureStdout();
-    EXPECT_FALSE(logging::install_log(path));
+    EXPECT_FALSE(logging::install_log(outside));
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "LOG: Initializing log file ...\nFailed to initialize log [" + path + "].\n");
+              "LOG: Initializing log file ...\nFailed to initialize log [" + outside + "].\n");
     EXPECT_EQ(logging::main_log()->receiver(), nullptr);
     fs::remove_all(folder);
 }

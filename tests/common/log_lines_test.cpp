@@ -41,16 +41,11 @@ TEST_F(log_file_test, information_line_has_time_thread_tag_and_crlf) {
     EXPECT_EQ(body(file_lines(log_path_).at(0)), "Mirrack| Creating VSS backup object.");
 }
 
-TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines) {
+// A message is cut at line feeds only; warnings and errors mark its first and further lines.
+TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines_of_a_message_cut_at_line_feeds) {
     log_error(logging::tool_logger(), "Access is denied.\nCannot create folder.");
     log_warning(logging::lib_logger(), "one\ntwo\nthree");
     log_info(logging::prx_logger(), "plain\nsecond");
-    EXPECT_EQ(bodies(), (std::vector<std::string>{"Mirrack| ERR |Access is denied.",
-                                                  "Mirrack| >>  |Cannot create folder.", "WARN|one",
-                                                  ">>  |two", ">>  |three", "prx| plain", "prx| second"}));
-}
-
-TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
     const auto& h = logging::rpc_logger();
     log_info(h, "ends in a line feed\n");
     log_info(h, "\n");
@@ -58,8 +53,10 @@ TEST_F(log_file_test, message_is_cut_at_line_feeds_only) {
     log_info(h, "carriage\r\nreturn");
     log_info(h, "gap\n\nafter");
     EXPECT_EQ(bodies(),
-              (std::vector<std::string>{"rpc| ends in a line feed", "rpc| ", "rpc| ", "rpc| carriage\r",
-                                        "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
+              (std::vector<std::string>{
+                  "Mirrack| ERR |Access is denied.", "Mirrack| >>  |Cannot create folder.", "WARN|one",
+                  ">>  |two", ">>  |three", "prx| plain", "prx| second", "rpc| ends in a line feed", "rpc| ",
+                  "rpc| ", "rpc| carriage\r", "rpc| return", "rpc| gap", "rpc| ", "rpc| after"}));
 }
 
 TEST_F(log_file_test, exception_lines_keep_the_system_text_as_it_stands) {
@@ -149,7 +146,7 @@ TEST(log_receiver, nothing_is_written_or_queued_before_a_receiver_and_a_message_
     EXPECT_EQ(text.find("lost"), std::string::npos);
 }
 
-TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
+TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text_and_the_short_layout_shows_level_words) {
     const std::time_t moment = 1794806578;
     const std::tm* parts = std::localtime(&moment);
     ASSERT_NE(parts, nullptr);
@@ -157,9 +154,7 @@ TEST(log_line_layout, time_stamp_is_local_time_or_a_fixed_text) {
     std::strftime(expected, sizeof expected, "[%d.%m.%Y %H:%M:%S] ", parts);
     EXPECT_EQ(logging::format::timestamp_text(moment), expected);
     EXPECT_EQ(logging::format::timestamp_text(std::numeric_limits<std::time_t>::max()), "TIME ---");
-}
-
-TEST(log_line_layout, short_layout_shows_level_words_and_two_digits_of_the_thread) {
+    // The short layout shows level words and two digits of the thread.
     logging::format::message_head_t head{"TS ", 123456, 1, "ignored| ", "\n"};
     EXPECT_EQ(logging::format::message_text(head, logging::level_warning, 1, "a\nb"),
               "TS <56> Warning    a\nTS <56> Warning    b\n");

@@ -17,7 +17,7 @@ std::vector<std::string> texts_of(const CThreadState& state) {
 
 } // namespace
 
-TEST(ThreadSteps, PopTakesTheLastPushedAndIgnoresAnEmptyStack) {
+TEST(ThreadSteps, PopTakesTheLastPushedIgnoresAnEmptyStackAndAThreadWithoutStateHasNone) {
     CThreadState state("Role", 1);
     state.pop();
     state.push("outer");
@@ -25,9 +25,7 @@ TEST(ThreadSteps, PopTakesTheLastPushedAndIgnoresAnEmptyStack) {
     state.pop();
     state.push("second inner");
     EXPECT_EQ(texts_of(state), (std::vector<std::string>{"outer", "second inner"}));
-}
-
-TEST(ThreadSteps, ThreadWithoutStatePushesNothing) {
+    // A thread without a state pushes nothing.
     const auto collection = CThreadStatesCollection::get();
     ASSERT_EQ(collection->find(win::current_thread_id()), nullptr);
     const std::size_t before = collection->size();

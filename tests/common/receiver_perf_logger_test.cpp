@@ -21,15 +21,13 @@ std::vector<std::uint32_t> set_size_only() {
 
 } // namespace
 
-TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimed) {
+TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimedAndACodeSelectsItsWordAndBit) {
     for (std::uint32_t code : {logging::perf::file_write, logging::perf::file_read, logging::perf::file_seek,
                                logging::perf::file_set_size, logging::perf::file_flush, 0u, 0xFFFFFFFFu})
         EXPECT_FALSE(logging::perf::perf_logger().enabled(code)) << code;
     logging::perf::note_file_operation(logging::perf::file_write);
     EXPECT_EQ(logging::perf::perf_logger().buffered(), 0u);
-}
-
-TEST(PerfLogger, CodeSelectsItsWordAndBit) {
+    // A code selects its word and bit.
     perf_logger_t logger(set_size_only(), L"");
     EXPECT_TRUE(logger.enabled(logging::perf::file_set_size));
     EXPECT_TRUE(logger.enabled(0x123)); // bit 3 of word 1 again
@@ -40,7 +38,7 @@ TEST(PerfLogger, CodeSelectsItsWordAndBit) {
     EXPECT_EQ(logger.buffered(), 0u);
 }
 
-TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwn) {
+TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwnUnlessItCannotBeWritten) {
     const auto folder = folder_ / "perf" / "logs";
     {
         perf_logger_t logger(set_size_only(), folder.wstring(), 3);
@@ -56,9 +54,7 @@ TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwn) {
     std::memcpy(&record, data.data(), sizeof record);
     EXPECT_EQ(record.code, logging::perf::file_set_size);
     EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(win::current_thread_id()));
-}
-
-TEST_F(perf_logger_test, FolderOrFileThatCannotBeWrittenEmptiesTheBuffer) {
+    // A folder or file that cannot be written empties the buffer.
     perf_logger_t no_folder(set_size_only(), L"", 2);
     no_folder.note(logging::perf::file_set_size);
     no_folder.note(logging::perf::file_set_size);

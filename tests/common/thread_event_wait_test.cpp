@@ -15,7 +15,7 @@ DWORD wait_then_return(void* argument) {
 
 } // namespace
 
-TEST(ManualResetEvent, StartsClearStaysSetUntilReset) {
+TEST(WaitOnEvents, AManualResetEventStaysSetUntilResetAndWaitsOnSeveralSeeEachOne) {
     win_manual_reset_event_t event;
     EXPECT_FALSE(event.is_set());
     EXPECT_EQ(wait_for_object(event.handle(), 0), wait_timed_out);
@@ -24,9 +24,7 @@ TEST(ManualResetEvent, StartsClearStaysSetUntilReset) {
     EXPECT_EQ(wait_for_object(event.handle(), 0), wait_object_0); // manual reset: still set
     event.reset();
     EXPECT_FALSE(event.is_set());
-}
-
-TEST(WaitOnSeveral, AnyGivesTheLowestSignalledIndexAllWaitsForEveryOne) {
+    // Any gives the lowest signalled index, all waits for every one.
     win_manual_reset_event_t a, b, c;
     EXPECT_EQ(wait_for_any({a.handle(), b.handle(), c.handle()}, 0), wait_timed_out);
     c.set();
@@ -48,9 +46,7 @@ TEST(WaitOnSeveral, CloseEventAndWorkerTogether) {
     EXPECT_EQ(wait_for_any({close_event.handle(), worker.handle()}, wait_infinite), wait_object_0 + 1);
     worker.stop_wait();
     EXPECT_EQ(worker.exit_code(), wait_object_0);
-}
-
-TEST(WaitOnSeveral, NotAWaitableHandleFails) {
+    // A handle that is not waitable fails.
     EXPECT_EQ(wait_for_object(nullptr, 0), wait_failed);
     EXPECT_EQ(last_error(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
     EXPECT_EQ(wait_for_objects(nullptr, 0, false, 0), wait_failed);

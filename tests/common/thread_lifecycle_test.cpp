@@ -50,7 +50,7 @@ DWORD catching_frame(thread_body_t body, void* context) {
 
 } // namespace
 
-TEST(WorkerThread, RunsUnderItsRoleAndHandsBackTheExitCode) {
+TEST(WorkerThread, RunsUnderItsRoleHandsBackTheExitCodeAndOutlivesAStopWaitThatTimesOut) {
     seen_t seen;
     win_thread_t thread(&return_42, &seen, "VssSnapshotThread");
     thread.stop_wait();
@@ -62,17 +62,15 @@ TEST(WorkerThread, RunsUnderItsRoleAndHandsBackTheExitCode) {
     EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(seen.thread_id), nullptr);
     // Stopped already: returns at once.
     EXPECT_NO_THROW(thread.stop_wait());
-}
-
-TEST(WorkerThread, OutlivesAStopWaitThatTimesOut) {
+    // A thread outlives a stop wait that times out.
     win_manual_reset_event_t release;
-    win_thread_t thread(&wait_for_release, &release, "Slow");
-    EXPECT_EQ(failure_lines([&] { thread.stop_wait_for(20); }),
+    win_thread_t slow(&wait_for_release, &release, "Slow");
+    EXPECT_EQ(failure_lines([&] { slow.stop_wait_for(20); }),
               std::vector<std::string>{"Thread failed to stop during specified timeout: [20]."});
-    EXPECT_FALSE(thread.exit_code().has_value());
+    EXPECT_FALSE(slow.exit_code().has_value());
     release.set();
-    thread.stop_wait();
-    EXPECT_EQ(thread.exit_code(), 7u);
+    slow.stop_wait();
+    EXPECT_EQ(slow.exit_code(), 7u);
 }
 
 TEST(WorkerThread, DestructorWaitsForTheRoutine) {

@@ -20,7 +20,7 @@ std::string read_all(win_file_t& file) {
 
 } // namespace
 
-TEST(FileOperations, WriteSeekReadAndResize) {
+TEST(FileOperations, WriteSeekReadResizeReopenAndFailuresThatNameTheFile) {
     win_test::temp_tree_t tree;
     auto file = file_open(tree.wide("log.txt"));
     EXPECT_EQ(file_write(*file, "hello world", 11), 11u);
@@ -30,18 +30,12 @@ TEST(FileOperations, WriteSeekReadAndResize) {
     file_set_size(*file, 5);
     EXPECT_EQ(read_all(*file), "hello");
     file_flush(*file);
-}
-
-TEST(FileOperations, OpeningKeepsWhatIsThere) {
-    win_test::temp_tree_t tree;
+    // Opening keeps what is there.
     tree.add_file("old.txt", "kept");
-    auto file = file_open(tree.wide("old.txt"));
-    EXPECT_EQ(read_all(*file), "kept");
-    EXPECT_EQ(file_seek(*file, 0, seek_method_t::end), 4u);
-}
-
-TEST(FileOperations, FailuresNameTheFile) {
-    win_test::temp_tree_t tree;
+    auto old = file_open(tree.wide("old.txt"));
+    EXPECT_EQ(read_all(*old), "kept");
+    EXPECT_EQ(file_seek(*old, 0, seek_method_t::end), 4u);
+    // Failures name the file.
     const std::string busy = std::filesystem::path(tree.wide("busy.log")).string();
     auto first = file_open(tree.wide("busy.log"));
     // A second writer is refused with the sharing code until the first has gone.

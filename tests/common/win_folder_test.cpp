@@ -1,6 +1,7 @@
 #include "common/exc/exc.h"
 #include "common/win/folder.h"
 #include "compat/win_types.h"
+#include "tests/invoke/documents_test_lines.h"
 #include "tests/support/process_env.h"
 #include "tests/support/under_wine.h"
 #include "win_temp_tree.h"
@@ -11,18 +12,7 @@
 #include <latch>
 #include <thread>
 
-namespace {
-
-std::vector<std::string> lines_of(const exc::exc_base_t& e) {
-    std::vector<std::string> lines;
-    for (const auto& m : e.messages())
-        lines.push_back(m.text);
-    return lines;
-}
-
-} // namespace
-
-TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
+TEST(FolderCreation, MakesEveryMissingLevelFromTheTopThatTheProbesThenSee) {
     win_test::temp_tree_t tree;
     const std::wstring deep = tree.wide("a\\b\\c\\d") + L"\\\\";
     win::create_folder(deep);
@@ -31,6 +21,28 @@ TEST(FolderCreation, MakesEveryMissingLevelFromTheTop) {
     // Again: nothing to do, no failure; nor for a drive alone.
     EXPECT_NO_THROW(win::create_folder(tree.wide("a\\b")));
     EXPECT_NO_THROW(win::create_folder(L"C:"));
+    // Probes tell files and folders apart, answer roots as folders and what is not there as false.
+    tree.add_file("Dir/File.txt");
+    bool is_folder = false;
+    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
+    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
+    // What is not there is false, not a failure.
+    is_folder = true;
+    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
+    EXPECT_FALSE(is_folder);
+    EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
+    EXPECT_FALSE(win::folder_exists(L""));
+    // Roots are answered as folders.
+    is_folder = false;
+    EXPECT_TRUE(win::path_exists(L"/", is_folder));
+    EXPECT_TRUE(is_folder);
+    EXPECT_TRUE(win::folder_exists(L"/"));
+    EXPECT_FALSE(win::folder_exists(L"Q:\\"));
 }
 
 // Threads that start together all find the folder made, whichever of them made each level.
@@ -69,21 +81,17 @@ TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
     // A bare lead of a UNC or device path is named as given, not by what is left of it.
     for (const std::wstring path :
          {L"", L"\\\\srv\\share", L"\\\\server", L"\\\\server\\", L"\\\\", L"\\\\?\\", L"\\\\.\\"}) {
-        try {
-            win::create_folder(path);
-            ADD_FAILURE() << "no exception";
-        } catch (const exc::runtime_exc_t& e) {
-            std::string shown = path == L"\\\\server\\" ? "\\\\server" : std::filesystem::path(path).string();
-            EXPECT_EQ(lines_of(e),
-                      (std::vector<std::string>{"Invalid folder path: [" + shown + "].",
-                                                "Cannot create folder. Folder path: [" +
-                                                    std::filesystem::path(path).string() + "]."}));
-        }
+        const std::string shown =
+            path == L"\\\\server\\" ? "\\\\server" : std::filesystem::path(path).string();
+        EXPECT_EQ(failure_lines([&] { win::create_folder(path); }),
+                  (std::vector<std::string>{"Invalid folder path: [" + shown + "].",
+                                            "Cannot create folder. Folder path: [" +
+                                                std::filesystem::path(path).string() + "]."}));
     }
 }
 
 // Looking for a folder inside a file is a failure, not the quiet "not there" of errors 2 and 3.
-TEST(FolderCreation, FileInTheWayFailsTheLookForTheFolderWithTheSystemErrorFirst) {
+TEST(FolderCreation, AFileInTheWayOrAnUnmappedParentFailsWithTheSystemErrorFirst) {
     win_test::temp_tree_t tree;
     tree.add_file("blocker");
     const std::string sub = std::filesystem::path(tree.wide("blocker\\sub")).string();
@@ -91,55 +99,23 @@ TEST(FolderCreation, FileInTheWayFailsTheLookForTheFolderWithTheSystemErrorFirst
         win::create_folder(tree.wide("blocker\\sub"));
         FAIL() << "no exception";
     } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(lines_of(e),
+        EXPECT_EQ(failure_lines([&] { e.rethrow(); }),
                   (std::vector<std::string>{exc::sys_error_text(e.code()),
                                             "Failed to check whether folder '" + sub + "' exists.",
                                             "Cannot create folder. Folder path: [" + sub + "]."}));
         // Windows says that the folder's name is invalid (267); Wine's search, that the name is (123).
         EXPECT_TRUE(e.code() == 267 || (e.code() == 123 && !test_env::simulated_host)) << e.code();
     }
-}
-
-TEST(FolderCreation, UnmappedParentFailsAtEachLevel) {
+    // A parent that no volume holds fails at each level.
     try {
         win::create_folder(L"Q:\\x\\y");
         FAIL() << "no exception";
     } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(lines_of(e).back(), "Cannot create folder. Folder path: [Q:\\x\\y].");
-        EXPECT_EQ(lines_of(e)[1], "CreateDirectory(Q:\\x) function call failed.");
+        EXPECT_EQ(e.messages().back().text, "Cannot create folder. Folder path: [Q:\\x\\y].");
+        EXPECT_EQ(e.messages()[1].text, "CreateDirectory(Q:\\x) function call failed.");
         // As CreateDirectory says where the parent is missing: the path, not the file. Wine says
         // the file for a drive that no volume holds.
         const DWORD expected = test_support::under_wine() ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
         EXPECT_EQ(e.code(), expected);
     }
-}
-
-TEST(PathProbes, FilesAndFoldersAreToldApart) {
-    win_test::temp_tree_t tree;
-    tree.add_file("Dir/File.txt");
-    bool is_folder = false;
-    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
-    EXPECT_FALSE(is_folder);
-    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
-    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
-}
-
-TEST(PathProbes, NotThereIsFalseNotAFailure) {
-    win_test::temp_tree_t tree;
-    bool is_folder = true;
-    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
-    EXPECT_FALSE(is_folder);
-    EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
-    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
-    EXPECT_FALSE(win::folder_exists(L""));
-}
-
-TEST(PathProbes, RootsAreAnsweredAsFolders) {
-    bool is_folder = false;
-    EXPECT_TRUE(win::path_exists(L"/", is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_TRUE(win::folder_exists(L"/"));
-    EXPECT_FALSE(win::folder_exists(L"Q:\\"));
 }

@@ -46,9 +46,7 @@ TEST(HandleOwnership, EachValueIsClosedOnceByItsLastOwner) {
     *e.put() = 6;
     EXPECT_EQ(g_closed, (std::vector<int>{1, 2, 5}));
     EXPECT_EQ(e.get(), 6);
-}
-
-TEST(KernelHandle, EmptyOrInvalidMeansNone) {
+    // A kernel handle that is empty or invalid means none.
     win::win_handle_t none;
     EXPECT_FALSE(none.valid());
     win::win_handle_t invalid(win::invalid_handle());

@@ -45,7 +45,7 @@ const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
 } // namespace
 
-TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeAndQuietAnswersForWhatIsNotThere) {
+TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeQuietAnswersForWhatIsNotThereAndFailuresOtherwise) {
     win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
     ASSERT_TRUE(key.valid());
     std::wstring text;
@@ -63,10 +63,7 @@ TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeAndQuietAnswersForWhatIsNotThe
     text.clear();
     EXPECT_FALSE(reg_read_string(key, L"ExtLogHost", text));
     EXPECT_TRUE(text.empty());
-}
-
-TEST_F(SimulatedHost, RegistryFailuresOtherThanNotThereThrow) {
-    DWORD number = 0;
+    // Failures other than not there throw.
     EXPECT_EQ(
         failure_lines(
             [&] { reg_read_dword(reg_open_subkey(keepsafe, reg_access_read_64), L"LogDirectory", number); }),
@@ -75,20 +72,17 @@ TEST_F(SimulatedHost, RegistryFailuresOtherThanNotThereThrow) {
             "Cannot retrieve a registry value. Value name: [LogDirectory]. Expected value type: [4]."}));
     EXPECT_EQ(sys_failure([] { reg_open_subkey(L"SOFTWARE\\Denied", reg_access_read_64); }),
               "5 Failed to open subkey. Path: [SOFTWARE\\Denied].");
-    std::wstring text;
     EXPECT_EQ(failure_lines([&] { reg_read_string(win_reg_key_t(), L"X", text); }).front(),
               "Registry key object is not initialized.");
 }
 
-TEST_F(SimulatedHost, VolumeNamesAndMountPoints) {
+TEST_F(SimulatedHost, VolumeNamesAndMountPointsAndTheirFailures) {
     EXPECT_EQ(volume_mount_point(L"C:\\VMs\\vm1\\a.vhdx"), L"C:\\");
     const std::wstring volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
     EXPECT_EQ(volume_device_name(L"C:\\"), volume);
     EXPECT_EQ(volume_mount_points(volume), (std::vector<std::wstring>{L"C:\\", L"E:\\mnt\\"}));
     EXPECT_EQ(cluster_storage_root(), L"C:\\ClusterStorage");
-}
-
-TEST_F(SimulatedHost, VolumeFailuresCarryTheirTexts) {
+    // Failures carry their texts.
     EXPECT_EQ(sys_failure([] { volume_mount_point(L"C:\\notready\\x"); }),
               "21 Failed to get volume mount point. File name: [C:\\notready\\x]");
     EXPECT_TRUE(sys_failure([] {
@@ -96,15 +90,13 @@ TEST_F(SimulatedHost, VolumeFailuresCarryTheirTexts) {
                 }).ends_with(" Failed to get volume device name. Volume mount point: [Z:\\]"));
 }
 
-TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNames) {
+TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
     win_file_search_t by_drive(L"c:\\vms\\VM1\\*.VHDX");
     ASSERT_TRUE(by_drive.found());
     EXPECT_EQ(by_drive.current().name, L"a.vhdx");
     EXPECT_TRUE(folder_exists(L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\VMs"));
     EXPECT_TRUE(folder_exists(L"C:\\"));
-}
-
-TEST_F(SimulatedHost, SearchFailuresNameTheirMask) {
+    // Failures name their mask.
     host.tree().add_file("volumes/c/locked/a.vhdx");
     EXPECT_FALSE(win_file_search_t(L"C:\\locked\\*").found());
     EXPECT_EQ(

@@ -1,9 +1,8 @@
-// Compiled against the Windows SDK in the cross-build (and against compat/ natively): every
-// VSS, COM and cluster call that compat/ declares is made here with the argument types the
-// tool uses, and each method's exact type is pinned, so that a declaration that drifts from
-// the SDK fails to build on one side or the other.
+// Compiled against the Windows SDK in the cross-build (and against compat/ natively): the exact
+// type of each VSS, COM and cluster method and function that compat/ declares is pinned, so that
+// a declaration that drifts from the SDK fails to build on one side or the other. The calls
+// themselves are the tool's own, compiled on both sides.
 #include "compat/cluster_api.h"
-#include "compat/com_ptr.h"
 #include "compat/vss_api.h"
 
 #include <type_traits>
@@ -155,84 +154,3 @@ static_assert(std::is_same_v<decltype(&ClusterIsPathOnSharedVolume), BOOL(WINAPI
 static_assert(std::is_same_v<decltype(&ClusterPrepareSharedVolumeForBackup),
                              DWORD(WINAPI*)(LPCWSTR, LPWSTR, LPDWORD, LPWSTR, LPDWORD)>);
 static_assert(std::is_same_v<decltype(&ClusterClearBackupStateForSharedVolume), DWORD(WINAPI*)(LPCWSTR)>);
-
-// The calls the tool makes, in the form it makes them; never run, only compiled and linked.
-void call_every_requester_operation(compat::com_ptr_t<IVssBackupComponents> backup) {
-    VSS_ID id = GUID_NULL;
-    UINT count = 0;
-    BSTR text = nullptr;
-    compat::com_ptr_t<IVssAsync> async;
-
-    backup->InitializeForBackup();
-    backup->InitializeForBackup(text);
-    backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE);
-    backup->SetContext(VSS_CTX_ALL);
-    backup->EnableWriterClasses(&id, 1);
-    backup->GatherWriterMetadata(async.put());
-    backup->GetWriterMetadataCount(&count);
-    compat::com_ptr_t<IVssExamineWriterMetadata> metadata;
-    backup->GetWriterMetadata(0, &id, metadata.put());
-    backup->StartSnapshotSet(&id);
-    backup->AddComponent(id, id, VSS_CT_FILEGROUP, L"", L"name");
-    BOOL supported = FALSE;
-    WCHAR volume[] = L"\\\\?\\Volume{00000000-0000-0000-0000-000000000000}\\";
-    backup->IsVolumeSupported(id, volume, &supported);
-    backup->AddToSnapshotSet(volume, id, &id);
-    backup->SetBackupState(true, true, VSS_BT_FULL, false);
-    backup->PrepareForBackup(async.put());
-    backup->GatherWriterStatus(async.put());
-    backup->GetWriterStatusCount(&count);
-    VSS_WRITER_STATE state = VSS_WS_UNKNOWN;
-    HRESULT failure = S_OK;
-    backup->GetWriterStatus(0, &id, &id, &text, &state, &failure);
-    backup->DoSnapshotSet(async.put());
-    VSS_SNAPSHOT_PROP prop{};
-    backup->GetSnapshotProperties(id, &prop);
-    VssFreeSnapshotPropertiesInternal(&prop);
-    backup->SaveAsXML(&text);
-    backup->SetBackupSucceeded(id, id, VSS_CT_FILEGROUP, L"", L"name", true);
-    backup->BackupComplete(async.put());
-    backup->ImportSnapshots(async.put());
-
-    compat::com_ptr_t<IVssBackupComponentsEx4> ex4;
-    backup.query(IID_IVssBackupComponentsEx4, ex4);
-    VSS_PWSZ root = nullptr;
-    VSS_PWSZ prefix = nullptr;
-    ex4->GetRootAndLogicalPrefixPaths(volume, &root, &prefix, FALSE);
-    CoTaskMemFree(root);
-    CoTaskMemFree(prefix);
-
-    HRESULT status = S_OK;
-    async->QueryStatus(&status, nullptr);
-    async->Cancel();
-
-    VSS_USAGE_TYPE usage = VSS_UT_UNDEFINED;
-    VSS_SOURCE_TYPE source = VSS_ST_UNDEFINED;
-    metadata->GetIdentity(&id, &id, &text, &usage, &source);
-    UINT includes = 0, excludes = 0;
-    metadata->GetFileCounts(&includes, &excludes, &count);
-    compat::com_ptr_t<IVssWMComponent> component;
-    metadata->GetComponent(0, component.put());
-    metadata->SaveAsXML(&text);
-
-    PVSSCOMPONENTINFO info = nullptr;
-    component->GetComponentInfo(&info);
-    component->FreeComponentInfo(info);
-    compat::com_ptr_t<IVssWMFiledesc> file;
-    component->GetFile(0, file.put());
-    file->GetPath(&text);
-    file->GetFilespec(&text);
-    boolean recursive = false;
-    file->GetRecursive(&recursive);
-    SysFreeString(text);
-
-    CreateVssBackupComponentsInternal(backup.put());
-    WCHAR path[MAX_PATH];
-    WCHAR name[MAX_PATH];
-    DWORD path_length = MAX_PATH;
-    DWORD name_length = MAX_PATH;
-    ClusterIsPathOnSharedVolume(L"C:\\ClusterStorage\\Volume1\\");
-    ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\a", path, &path_length, name,
-                                        &name_length);
-    ClusterClearBackupStateForSharedVolume(L"C:\\ClusterStorage\\Volume1\\a");
-}

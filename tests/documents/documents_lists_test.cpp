@@ -61,7 +61,7 @@ TEST(ItemsListDocument, IsWrittenAsTheDomWritesIt) {
     EXPECT_EQ(SerializeItemsListUtf8(items), dom_serialize_utf8(document));
 }
 
-TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrue) {
+TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrueAndABadItemFailsTheWholeList) {
     const std::pair<const wchar_t*, std::uint32_t> cases[] = {
         {L"TRUE", 1}, {L"1", 0}, {L"false", 0}, {L"", 0}};
     for (const auto& [text, expected] : cases) {
@@ -72,9 +72,7 @@ TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrue) {
         ASSERT_EQ(read.size(), 1u);
         EXPECT_EQ(read[0].recursive, expected);
     }
-}
-
-TEST(ItemsListDocument, BadItemFailsTheWholeListAndLeavesItAsItWas) {
+    // A bad item fails the whole list and leaves it as it was.
     ItemsList read = sample_items();
     const std::wstring missing =
         L"<FilesList><File Recursive='true' Path='p' Mask='m' FullPath='f' "
@@ -90,7 +88,7 @@ TEST(ItemsListDocument, BadItemFailsTheWholeListAndLeavesItAsItWas) {
     EXPECT_EQ(read, sample_items());
 }
 
-TEST(SnapshotIdsDocument, IdsKeepOrderThroughTheRoundTrip) {
+TEST(SnapshotIdsDocument, IdsKeepOrderThroughTheRoundTripAndABadIdNamesTheAttributeAndTheList) {
     const SnapshotIdList ids = {string_to_guid(std::wstring(L"{6b29fc40-ca47-1067-b31d-00dd010662da}")),
                                 GUID_NULL};
     const std::wstring xml = msxml_layout::without_breaks(SerializeSnapshotIds(ids));
@@ -98,10 +96,8 @@ TEST(SnapshotIdsDocument, IdsKeepOrderThroughTheRoundTrip) {
     SnapshotIdList read;
     DeserializeSnapshotIds(xml, read);
     EXPECT_EQ(read, ids);
-}
-
-TEST(SnapshotIdsDocument, BadIdNamesTheAttributeAndTheList) {
-    SnapshotIdList read;
+    // A bad id names the attribute and the list.
+    read.clear();
     EXPECT_EQ(
         failure_lines([&] { DeserializeSnapshotIds(L"<SnapshotIDs><X value='bad'/></SnapshotIDs>", read); },
                       3),

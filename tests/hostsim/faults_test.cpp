@@ -79,48 +79,37 @@ TEST(Faults, ProvidersRefuseTheirFirstAnswersAndWin32FaultsMatchTheirPath) {
     EXPECT_TRUE(journal_has(host, "GetVolumePathNameW", "C:\\VMs\\vm2\\vm2.vhdx"));
 }
 
-struct writer_fault_case {
-    const char* phase;
-    VSS_WRITER_STATE state;
-    HRESULT hr;
-};
+TEST(Faults, AWriterReportsTheFaultFromItsPhaseOn) {
+    struct case_t {
+        const char* phase;
+        VSS_WRITER_STATE state;
+        HRESULT hr;
+    };
+    for (const case_t& c :
+         {case_t{"identify", VSS_WS_FAILED_AT_IDENTIFY, VSS_E_WRITERERROR_RETRYABLE},
+          case_t{"prepare", VSS_WS_FAILED_AT_PREPARE_BACKUP, VSS_E_WRITERERROR_NONRETRYABLE},
+          case_t{"snapshot", VSS_WS_FAILED_AT_FREEZE, VSS_E_WRITERERROR_TIMEOUT},
+          case_t{"complete", VSS_WS_FAILED_AT_BACKUP_COMPLETE, S_OK}}) {
+        SCOPED_TRACE(c.phase);
+        char fault[200];
+        std::snprintf(
+            fault, sizeof fault,
+            R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="%s" state="%d" hr="0x%08x"/>)",
+            c.phase, static_cast<int>(c.state), static_cast<unsigned>(c.hr));
+        scratch_host_t host(sample_host_xml(fault));
+        const std::string phase = c.phase;
 
-// Listed by its case, not by a dump of its bytes.
-void PrintTo(const writer_fault_case& c, std::ostream* os) {
-    *os << c.phase;
+        auto backup = prepared_backup();
+        bool failed = phase == "identify" || phase == "prepare";
+        EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_FREEZE);
+
+        ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+        failed = failed || phase == "snapshot";
+        EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_BACKUP_COMPLETE);
+
+        ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+        std::vector<HRESULT> failures;
+        EXPECT_EQ(writer_states(backup.get(), &failures).at(0), c.state);
+        EXPECT_EQ(failures.at(0), c.hr);
+    }
 }
-
-class WriterFaults : public testing::TestWithParam<writer_fault_case> {};
-
-TEST_P(WriterFaults, TheWriterReportsTheFaultFromItsPhaseOn) {
-    const auto& c = GetParam();
-    char fault[200];
-    std::snprintf(
-        fault, sizeof fault,
-        R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="%s" state="%d" hr="0x%08x"/>)",
-        c.phase, static_cast<int>(c.state), static_cast<unsigned>(c.hr));
-    scratch_host_t host(sample_host_xml(fault));
-    const std::string phase = c.phase;
-
-    auto backup = prepared_backup();
-    bool failed = phase == "identify" || phase == "prepare";
-    EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_FREEZE);
-
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    failed = failed || phase == "snapshot";
-    EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_BACKUP_COMPLETE);
-
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    std::vector<HRESULT> failures;
-    EXPECT_EQ(writer_states(backup.get(), &failures).at(0), c.state);
-    EXPECT_EQ(failures.at(0), c.hr);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    EachPhase, WriterFaults,
-    testing::Values(writer_fault_case{"identify", VSS_WS_FAILED_AT_IDENTIFY, VSS_E_WRITERERROR_RETRYABLE},
-                    writer_fault_case{"prepare", VSS_WS_FAILED_AT_PREPARE_BACKUP,
-                                      VSS_E_WRITERERROR_NONRETRYABLE},
-                    writer_fault_case{"snapshot", VSS_WS_FAILED_AT_FREEZE, VSS_E_WRITERERROR_TIMEOUT},
-                    writer_fault_case{"complete", VSS_WS_FAILED_AT_BACKUP_COMPLETE, S_OK}),
-    [](const auto& test) { return std::string(test.param.phase); });

@@ -68,7 +68,7 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
     EXPECT_TRUE(host.state_lines("shadows.txt").empty());
 }
 
-TEST(OnHostBackup, WritersMoveThroughTheirStatesAndEveryCallIsJournaledWithItsMainArguments) {
+TEST(OnHostBackup, WritersMoveThroughTheirStatesCallsAreJournaledAndSharesAndCsvsGetTheirProviders) {
     scratch_host_t host;
     auto backup = prepared_backup();
     using states = std::vector<VSS_WRITER_STATE>;
@@ -94,27 +94,24 @@ TEST(OnHostBackup, WritersMoveThroughTheirStatesAndEveryCallIsJournaledWithItsMa
     EXPECT_TRUE(journal_has(host, "AddToSnapshotSet", "Volume{6a1b0c3e-0000-0000-0000-000000000001}"));
     EXPECT_TRUE(journal_has(host, "DoSnapshotSet", "{"));
     EXPECT_TRUE(journal_has(host, "QueryStatus", "DoSnapshotSet"));
-}
-
-// What their shadow copies hold is read through the tool's snapshot road.
-TEST(OnHostBackup, SharesAndClusterVolumesGetTheirOwnProviderWhenNoneIsNamed) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
-    start_set(backup.get());
+    // Shares and cluster volumes get their own provider when none is named; what their shadow copies
+    // hold is read through the tool's snapshot road.
+    auto shares = gathered_backup();
+    start_set(shares.get());
     VSS_ID share_snapshot{}, csv_snapshot{};
     WCHAR share[] = L"\\\\fs01\\vms\\", csv_mount[] = L"C:\\ClusterStorage\\Volume1\\";
-    ASSERT_EQ(backup->AddToSnapshotSet(share, GUID_NULL, &share_snapshot), S_OK);
-    ASSERT_EQ(backup->AddToSnapshotSet(csv_mount, GUID_NULL, &csv_snapshot), S_OK);
-    ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(shares->AddToSnapshotSet(share, GUID_NULL, &share_snapshot), S_OK);
+    ASSERT_EQ(shares->AddToSnapshotSet(csv_mount, GUID_NULL, &csv_snapshot), S_OK);
+    ASSERT_EQ(shares->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
+    ASSERT_EQ(run(shares.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(run(shares.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
 
     const std::pair<VSS_ID, GUID> providers[] = {
         {share_snapshot, {0x89300202, 0x3cec, 0x4981, {0x91, 0x71, 0x19, 0xf5, 0x95, 0x59, 0xe0, 0xf2}}},
         {csv_snapshot, {0x400a2ff4, 0x5eb1, 0x44b0, {0x8a, 0x05, 0x1f, 0xca, 0xc0, 0xbc, 0xf9, 0xff}}}};
     for (const auto& [snapshot, provider] : providers) {
         VSS_SNAPSHOT_PROP prop{};
-        ASSERT_EQ(backup->GetSnapshotProperties(snapshot, &prop), S_OK);
+        ASSERT_EQ(shares->GetSnapshotProperties(snapshot, &prop), S_OK);
         EXPECT_EQ(prop.m_ProviderId, provider);
         VssFreeSnapshotPropertiesInternal(&prop);
     }

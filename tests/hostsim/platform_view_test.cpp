@@ -10,7 +10,9 @@
 using namespace hostsim_test;
 using hostsim::map_path;
 
-TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopy) {
+// Paths lead to the files of their volume, share or shadow copy, volumes to their names, and the
+// registry and environment come from the host first.
+TEST(PlatformView, PathsVolumesRegistryAndEnvironmentAreTheHostsFirst) {
     scratch_host_t host;
     const auto c = host.dir() / "volumes" / "c";
     EXPECT_EQ(map_path(L"C:\\VMs\\vm1\\vm1.vhdx"), c / "VMs/vm1/vm1.vhdx");
@@ -31,10 +33,7 @@ TEST(PlatformView, WindowsPathsLeadToTheFilesOfTheirVolumeShareOrShadowCopy) {
     EXPECT_EQ(map_path(L"E:\\nothing"), std::nullopt);
     EXPECT_EQ(map_path(L"\\\\other\\share\\x"), std::nullopt);
     EXPECT_EQ(map_path(L"relative\\path"), std::nullopt);
-}
-
-TEST(PlatformView, VolumeNamesAndMountPointsAnswerFromTheHost) {
-    scratch_host_t host;
+    // Volume names and mount points answer from the host.
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\ClusterStorage\\Volume1\\vm2"),
               L"C:\\ClusterStorage\\Volume1\\");
@@ -48,10 +47,6 @@ TEST(PlatformView, VolumeNamesAndMountPointsAnswerFromTheHost) {
         << "a mount point ends with a backslash";
     EXPECT_EQ(hostsim::mount_points_of_volume(c_volume_name),
               (std::vector<std::wstring>{L"C:\\", L"D:\\Mounted\\"}));
-}
-
-TEST(PlatformView, RegistryAndEnvironmentComeFromTheHostFirst) {
-    scratch_host_t host;
     EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\orlix\\Orlix Keepsafe"));
     EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\Orlix"));
     EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE\\OrliX\\Orlix NFS"));

@@ -163,7 +163,7 @@ TEST(SharedState, AMalformedHostDescriptionMakesEverySimulatedCallFail) {
 }
 
 // The limit is far above any real description; the refusal comes before anything walks the tree.
-TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsIsMalformed) {
+TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsOrWithWrongContentIsMalformed) {
     auto nested = [](std::size_t levels) {
         std::string xml = "<Host name=\"HV01\">";
         for (std::size_t i = 1; i < levels; ++i)
@@ -184,9 +184,7 @@ TEST(SharedState, AHostDescriptionNestedDeeperThan256LevelsIsMalformed) {
         std::string::npos)
         << said;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << "one line: " << said;
-}
-
-TEST(SharedState, AHostDescriptionWithWrongContentIsMalformedToo) {
-    scratch_host_t host(sample_host_xml(R"(<Provider id="not a guid" type="system"/>)"));
+    // Wrong content is malformed too.
+    scratch_host_t wrong(sample_host_xml(R"(<Provider id="not a guid" type="system"/>)"));
     EXPECT_NE(complaint().find("<Provider>"), std::string::npos);
 }

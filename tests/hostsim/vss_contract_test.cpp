@@ -135,14 +135,6 @@ TEST(AddToSnapshotSet, AClusterSharedVolumeThatAnotherCreationHoldsIsInProgress)
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
 }
 
-TEST(SetContext, IsTakenOncePerObjectAndAfterTheMetadataToo) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
-    EXPECT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
-    EXPECT_EQ(backup->SetContext(VSS_CTX_BACKUP), VSS_E_BAD_STATE);
-    EXPECT_TRUE(journal_has(host, "SetContext", "0"));
-}
-
 TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
     scratch_host_t host(sample_host_xml(
         R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)"));
@@ -202,21 +194,20 @@ TEST(IVssAsyncCancel, AnswersHowTheOperationEnded) {
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
 }
 
-TEST(EnableWriterClasses, AfterTheMetadataSucceedsWithoutEffect) {
+TEST(AfterTheMetadata, SetContextIsTakenOnceEnablingWritersHasNoEffectAndTheStatusNeedsTheMetadata) {
     scratch_host_t host;
     auto backup = gathered_backup();
+    EXPECT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
+    EXPECT_EQ(backup->SetContext(VSS_CTX_BACKUP), VSS_E_BAD_STATE);
+    EXPECT_TRUE(journal_has(host, "SetContext", "0"));
     EXPECT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     UINT count = 0;
     ASSERT_EQ(backup->GetWriterMetadataCount(&count), S_OK);
     EXPECT_EQ(count, 2u) << "the system writer still takes part";
-}
-
-TEST(GatherWriterStatus, WithoutGatheredMetadataReportsNoWriters) {
-    scratch_host_t host;
+    EXPECT_EQ(writer_states(backup.get()).size(), 2u);
     auto fresh = new_backup();
     ASSERT_EQ(fresh->InitializeForBackup(), S_OK);
-    EXPECT_TRUE(writer_states(fresh.get()).empty());
-    EXPECT_EQ(writer_states(gathered_backup().get()).size(), 2u);
+    EXPECT_TRUE(writer_states(fresh.get()).empty()) << "without gathered metadata, no writers";
 }
 
 TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeAndEndsWithTheJobThatPreparedIt) {

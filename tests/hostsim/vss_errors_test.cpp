@@ -10,17 +10,12 @@ namespace {
 
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
 
-com_ptr_t<IVssBackupComponents> started_backup() {
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    return backup;
-}
-
 } // namespace
 
-TEST(VssErrors, UnknownVolumesComponentsAndSnapshotsAreNotFound) {
+TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyExists) {
     scratch_host_t host;
-    auto backup = started_backup();
+    auto backup = gathered_backup();
+    start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
     EXPECT_EQ(
         backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", L"no such VM"),
@@ -33,11 +28,17 @@ TEST(VssErrors, UnknownVolumesComponentsAndSnapshotsAreNotFound) {
     EXPECT_EQ(backup->IsVolumeSupported(system_provider_id, volume, &supported), VSS_E_OBJECT_NOT_FOUND);
     VSS_SNAPSHOT_PROP prop{};
     EXPECT_EQ(backup->GetSnapshotProperties(unknown_id, &prop), VSS_E_OBJECT_NOT_FOUND);
-}
-
-TEST(VssErrors, SomethingAddedTwiceAlreadyExists) {
-    scratch_host_t host;
-    auto backup = started_backup();
+    // Providers serve only what they support.
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", system_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\", hardware_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER)
+        << "the hardware provider lists C: only";
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, unknown_id), VSS_E_PROVIDER_NOT_REGISTERED);
+    WCHAR share[] = L"\\\\fs01\\vms\\";
+    ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
+    EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
+    EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
     ASSERT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id), S_OK);
     EXPECT_EQ(add_volume(backup.get(), L"c:\\", system_provider_id), VSS_E_OBJECT_ALREADY_EXISTS)
         << "a mount point names the same volume";
@@ -47,23 +48,6 @@ TEST(VssErrors, SomethingAddedTwiceAlreadyExists) {
     EXPECT_EQ(
         backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
         VSS_E_OBJECT_ALREADY_EXISTS);
-}
-
-TEST(VssErrors, ProvidersServeOnlyWhatTheySupport) {
-    scratch_host_t host;
-    auto backup = started_backup();
-    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", system_provider_id),
-              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
-    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\", hardware_provider_id),
-              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER)
-        << "the hardware provider lists C: only";
-    EXPECT_EQ(add_volume(backup.get(), c_volume_name, unknown_id), VSS_E_PROVIDER_NOT_REGISTERED);
-
-    BOOL supported = TRUE;
-    WCHAR share[] = L"\\\\fs01\\vms\\";
-    ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
-    EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
-    EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
 }
 
 TEST(VssErrors, TransportableSetsNeedATransportableProvider) {
@@ -133,7 +117,7 @@ TEST(VssErrors, StepsThatCannotBeRepeated) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalid) {
+TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedIsNotImplemented) {
     scratch_host_t host;
     for (const wchar_t* text :
          {L"<not xml", L"<Writer/>", L"<BackupComponents><SnapshotSet id=\"nope\"/></BackupComponents>"}) {
@@ -142,10 +126,7 @@ TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalid) {
         EXPECT_EQ(backup->InitializeForBackup(document), VSS_E_INVALID_XML_DOCUMENT) << text;
         SysFreeString(document);
     }
-}
-
-TEST(VssErrors, OperationsOutsideTheSimulationAreNotImplemented) {
-    scratch_host_t host;
+    // Operations outside the simulation are not implemented.
     auto backup = gathered_backup();
     EXPECT_EQ(backup->BreakSnapshotSet(GUID_NULL), E_NOTIMPL);
     com_ptr_t<IVssAsync> not_an_async;

@@ -6,14 +6,12 @@
 
 namespace {
 
-TEST(HostText, WellFormedUtf8DecodesAndEncodesBack) {
+TEST(HostText, WellFormedUtf8DecodesAndEncodesBackAndOtherBytesAreKeptAsCharacters) {
     const std::string text = "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80";
     const std::wstring wide = hostsim::from_utf8(text);
     EXPECT_EQ(wide, std::wstring(L"caf\u00E9 \u20AC ") + static_cast<wchar_t>(0x1F600));
     EXPECT_EQ(hostsim::to_utf8(wide), text);
-}
-
-TEST(HostText, BytesThatAreNoUtf8AreKeptAsTheirOwnCharacters) {
+    // Bytes that are no UTF-8 are kept as their own characters.
     // A stray continuation byte, a lead byte cut off by the end, a lead byte followed by ASCII,
     // an overlong slash and an encoded surrogate.
     EXPECT_EQ(hostsim::from_utf8("a\x80z"), std::wstring(L"a\u0080z"));

@@ -80,7 +80,7 @@ TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
     EXPECT_EQ(one({d8, {GUID_NULL, volumeC, nested}}, volumeC + L"a.vhd"), nested + L"\\a.vhd");
 }
 
-TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
+TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyListAndUnreadableItemsFailThisCallOnly) {
     const auto result = ResultOf({c7, d8});
     log_capture_t log;
     ItemsList none;
@@ -92,10 +92,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyList) {
         << log.text();
     EXPECT_EQ(log.count("Updating paths for files on volume ["), 2u) << log.text();
     EXPECT_EQ(log.count(" ok."), 0u) << "the blocks close without a closing line\n" << log.text();
-}
-
-TEST(PathConversion, UnreadableItemsFailThisCallOnly) {
-    const auto result = ResultOf({c7});
+    // Unreadable items fail this call only.
     const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(Base64, KnownVectorsCoverEveryPaddingCase) {
+TEST(Base64, KnownVectorsCoverEveryPaddingCaseAndEveryByteSurvivesTheRoundTrip) {
     const std::pair<const char*, const char*> pairs[] = {{"", ""},
                                                          {"f", "Zg=="},
                                                          {"fo", "Zm8="},
@@ -16,9 +16,7 @@ TEST(Base64, KnownVectorsCoverEveryPaddingCase) {
         EXPECT_EQ(base64_encode(bytes), text);
         EXPECT_EQ(base64_decode(text), bytes);
     }
-}
-
-TEST(Base64, EveryByteValueSurvivesTheRoundTrip) {
+    // Every byte value survives the round trip.
     std::string bytes;
     for (int i = 0; i < 256; ++i)
         bytes += static_cast<char>(i);
@@ -26,7 +24,7 @@ TEST(Base64, EveryByteValueSurvivesTheRoundTrip) {
         EXPECT_EQ(base64_decode(base64_encode(bytes.substr(cut))), bytes.substr(cut));
 }
 
-TEST(Base64, DecoderStopsQuietlyAndKeepsWhatItHas) {
+TEST(Base64, DecoderStopsQuietlyAtABreakAnywhereAndKeepsExactlyWhatCameBefore) {
     EXPECT_EQ(base64_decode("Zm9v YmFy"), "foo");
     EXPECT_EQ(base64_decode("Zm9v\r\nYmFy"), "foo");
     EXPECT_EQ(base64_decode("Zm9vYg==Zm9v"), "foob");
@@ -34,10 +32,7 @@ TEST(Base64, DecoderStopsQuietlyAndKeepsWhatItHas) {
     EXPECT_EQ(base64_decode("Zm9v\xc3\xa9YmFy"), "foo");
     EXPECT_EQ(base64_decode("Zm9vYmE"), "fooba"); // a short last group yields what it can
     EXPECT_EQ(base64_decode("Zm9vY"), "foo");
-}
-
-// Whole groups take a faster road than the last ones: a break must count wherever it falls.
-TEST(Base64, ABreakAnywhereInALongTextKeepsExactlyWhatCameBefore) {
+    // Whole groups take a faster road than the last ones: a break must count wherever it falls.
     std::string bytes;
     for (int i = 0; i < 60; ++i)
         bytes += static_cast<char>(i * 37);

@@ -17,13 +17,11 @@ std::wstring encoded(const std::string& bytes) {
     return std::wstring(text.begin(), text.end());
 }
 
-TEST(ArgumentLookup, FindsTheFirstArgumentOfANameInAnyCase) {
+TEST(ArgumentLookup, FindsTheFirstArgumentOfANameInAnyCaseAndFailuresNameItAndTheReader) {
     const InputArguments_t input(
         L"<InputArguments><jobname value='first'/><JobName value='second'/></InputArguments>");
     EXPECT_EQ(input.ReadText("JobName"), L"first");
-}
-
-TEST(ArgumentLookup, FailuresNameTheArgumentAndTheReader) {
+    // Failures name the argument and the reader.
     EXPECT_EQ(failure_lines([] { InputArguments_t(L"<InputArguments/>").ReadText("JobName"); }),
               (std::vector<std::string>{"Value of the argument 'JobName' is not defined.",
                                         "Failed to retrieve value of the unicode attribute 'JobName'."}));
@@ -37,19 +35,15 @@ TEST(ArgumentLookup, FailuresNameTheArgumentAndTheReader) {
                                         "Failed to retrieve value of the GUID attribute 'VmId'."}));
 }
 
-TEST(MultibyteArgument, IsTheValueAsUtf8) {
+TEST(ArgumentValues, MultibyteIsUtf8BooleanIsFalseOnlyForFalseAndZeroAndGuidsTakeAnyBraces) {
     EXPECT_EQ(request_with(L"Name", L"a\u00e9\U0001F600").ReadMultibyte("Name"), "a\xc3\xa9\xf0\x9f\x98\x80");
     EXPECT_EQ(request_with(L"Name", std::wstring(3000, L'n')).ReadMultibyte("Name"), std::string(3000, 'n'));
-}
-
-TEST(BooleanArgument, OnlyFalseAndZeroAreFalse) {
+    // Only false and zero are false.
     const std::pair<const wchar_t*, bool> cases[] = {{L"TRUE", true}, {L"False", false}, {L"1", true},
                                                      {L"", true},     {L"0", false},     {L"no", true}};
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(request_with(L"BackupStatus", text).ReadBool("BackupStatus"), expected);
-}
-
-TEST(GuidArgument, ReadsWithEitherBraceOrNone) {
+    // A GUID reads with either brace or none.
     const GUID expected = request_with(L"VmId", L"{6B29FC40-CA47-1067-B31D-00DD010662DA}").ReadGuid("VmId");
     EXPECT_EQ(expected.Data1, 0x6b29fc40u);
     for (const wchar_t* text :
@@ -73,7 +67,7 @@ TEST(EncodedArgument, StopsAtABreakOrAZeroWithoutFailing) {
     }
 }
 
-TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclaration) {
+TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclarationAndEncodedValuesReadBack) {
     EXPECT_EQ(msxml_layout::without_breaks(OutputArguments_t().Serialize()), L"<OutputArguments/>");
     OutputArguments_t output;
     output.WriteGuid("SnapshotId",
@@ -87,11 +81,8 @@ TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclaration) {
               L"<ErrDescription value=\"\"/><IsCompleted value=\"false\"/>"
               L"<CreationTime value=\"-5\"/><CompletedTime value=\"133000000000000000\"/>"
               L"</OutputArguments>");
-}
-
-TEST(OutputDocument, EncodedValueReadsBackAsWritten) {
+    // An encoded value reads back as written.
     const std::wstring document = L"<HVBackupSpec>\r\n <VMs/>\u00e9\u4e2d\U0001F600</HVBackupSpec>";
-    OutputArguments_t output;
     output.WriteEncoded("SnapshotXmlSpec", document);
     output.WriteEncoded("Empty", L"");
     output.WriteEncodedUtf8("Utf8", to_utf8(document));

@@ -12,23 +12,20 @@ dom_element_t root_of(const std::wstring& xml) {
     return dom_child_elements(dom_load(xml)).front();
 }
 
-TEST(DomLookup, FindsChildrenByTagWithoutRegardToCase) {
+TEST(DomLookup, FindsChildrenByTagWithoutRegardToCasePassingOverCommentsThatFailTheListOfAll) {
     const dom_element_t root = root_of(L"<Root><JobName value='a'/><jobname value='b'/></Root>");
     EXPECT_EQ(dom_get_attribute(dom_optional_child(root, L"JOBNAME"), L"value"), L"a");
     EXPECT_EQ(dom_child_elements_by_tag(root, L"jobName", 5).size(), 2u);
     EXPECT_TRUE(dom_optional_child(root, L"Job").empty());
     EXPECT_EQ(failure_lines([&] { dom_required_child(root, L"Job"); }),
               std::vector<std::string>{"There is no child node with the specified name 'Job'."});
-}
-
-TEST(DomLookup, AllChildElementsFailOnACommentButLookupByTagPassesOverIt) {
-    const dom_element_t root = root_of(L"<Root><A/><!-- note --><B/>text</Root>");
-    EXPECT_EQ(failure_lines([&] { dom_child_elements(root); }, 2),
+    const dom_element_t commented = root_of(L"<Root><A/><!-- note --><B/>text</Root>");
+    EXPECT_EQ(failure_lines([&] { dom_child_elements(commented); }, 2),
               (std::vector<std::string>{"Failed to convert XMLDOMNode to XMLDOMElement.",
                                         "Failed to retrieve children of the XML node."}));
-    EXPECT_FALSE(dom_optional_child(root, L"b").empty());
+    EXPECT_FALSE(dom_optional_child(commented, L"b").empty());
     EXPECT_EQ(
-        failure_lines([&] { dom_optional_child(root, L"#comment"); }, 2),
+        failure_lines([&] { dom_optional_child(commented, L"#comment"); }, 2),
         (std::vector<std::string>{"XML node does not support IXMLDOMElement interface.",
                                   "Failed to enumerate child nodes having the specified tag '#comment'."}));
 }
@@ -48,46 +45,25 @@ TEST(DomSerialization, HasNoDeclarationAndKeepsElementOrder) {
 #endif
 }
 
-TEST(DomAttributes, ValuesSurviveAnyText) {
-    const std::wstring value = L"a&b<c>\"d'\te\nf \u00e9\u4e2d\U0001F600";
-    const dom_document_t document = dom_create_document();
-    dom_set_attribute(dom_add_child(document, L"Root"), L"value", value);
-    EXPECT_EQ(dom_get_attribute(root_of(dom_serialize(document)), L"value"), value);
-}
-
 // Short ASCII text takes a faster road than long or other text; all of them must come back whole.
-TEST(DomAttributes, LongAndNonAsciiValuesSurviveAsWellAsShortOnes) {
+TEST(DomAttributes, ValuesOfAnyTextAndLengthSurviveAndAMissingOneReportsTheNullVariantType) {
+    const std::wstring any = L"a&b<c>\"d'\te\nf \u00e9\u4e2d\U0001F600";
     const std::wstring long_ascii(5000, L'x');
     const std::wstring long_mixed = std::wstring(300, L'y') + L"\u00e9" + std::wstring(300, L'z');
     const dom_document_t document = dom_create_document();
     const dom_element_t root = dom_add_child(document, L"Root");
+    dom_set_attribute(root, L"value", any);
     dom_set_attribute(root, L"a", long_ascii);
     dom_set_attribute(root, L"b", long_mixed);
     dom_set_attribute(root, L"c", std::wstring(L"cut") + L'\0' + L"away");
     const dom_element_t loaded = root_of(dom_serialize(document));
+    EXPECT_EQ(dom_get_attribute(loaded, L"value"), any);
     EXPECT_EQ(dom_get_attribute(loaded, L"a"), long_ascii);
     EXPECT_EQ(dom_get_attribute(loaded, L"b"), long_mixed);
     EXPECT_EQ(dom_get_attribute(loaded, L"c"), L"cut");
-}
-
-TEST(DomAttributes, MissingAttributeReportsTheNullVariantType) {
-    const dom_element_t root = root_of(L"<Root Value='x'/>");
     EXPECT_EQ(
-        failure_lines([&] { dom_get_attribute(root, L"value"); }),
-        std::vector<std::string>{"Unexpected type (1) of the XML attribute (value). Expected: 'VT_BSTR'."});
-}
-
-TEST(DomLoading, TextThatIsNotOneWellFormedDocumentFailsWithCodeOne) {
-    for (const std::wstring xml : {L"", L"<a>", L"<a/><b/>", L"text", L"<a/>tail", L"<a b='1' b='2'/>"}) {
-        try {
-            dom_load(xml);
-            ADD_FAILURE() << "loaded: " << std::string(xml.begin(), xml.end());
-        } catch (const exc::com_exc_t& e) {
-            EXPECT_EQ(e.code(), 1);
-            EXPECT_EQ(e.messages().back().text,
-                      "Failed to load XML document '" + std::string(xml.begin(), xml.end()) + "'.");
-        }
-    }
+        failure_lines([&] { dom_get_attribute(loaded, L"Value"); }),
+        std::vector<std::string>{"Unexpected type (1) of the XML attribute (Value). Expected: 'VT_BSTR'."});
 }
 
 std::string printable(const std::wstring& xml) {
@@ -112,7 +88,6 @@ void expect_refused(const std::wstring& xml) {
         ADD_FAILURE() << "loaded: " << printable(xml).substr(0, 200);
     } catch (const exc::com_exc_t& e) {
         EXPECT_EQ(e.code(), 1) << printable(xml).substr(0, 200);
-        EXPECT_EQ(e.messages().back().text.rfind("Failed to load XML document '", 0), 0u);
         EXPECT_EQ(e.messages().back().text, "Failed to load XML document '" + to_ansi_nothrow(xml) + "'.");
     }
 }
@@ -121,6 +96,9 @@ void expect_refused(const std::wstring& xml) {
 // on either build. Blanks around the document move the odd character into the blocks that a long
 // document is searched by.
 TEST(DomLoading, ReferencesAndCharactersOutsideXmlAreRefused) {
+    // Text that is not one well-formed document.
+    for (const std::wstring xml : {L"", L"<a>", L"<a/><b/>", L"text", L"<a/>tail", L"<a b='1' b='2'/>"})
+        expect_refused(xml);
     for (const std::size_t blanks : {0, 40}) {
         const std::wstring lead(blanks, L' ');
         for (const std::wstring& xml : std::vector<std::wstring>{

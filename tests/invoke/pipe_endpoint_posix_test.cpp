@@ -31,7 +31,7 @@ void leave_stale_socket(const std::filesystem::path& file) {
 
 } // namespace
 
-TEST(PipeEndpointPosix, SocketsLiveInAPrivateDirectoryAndGoWithTheirServer) {
+TEST(PipeEndpointPosix, SocketsLiveInAPrivateDirectoryAndGoWithTheirServerButNotWithAStaleOne) {
     const std::wstring path = pipe_test::fresh_pipe_path();
     std::filesystem::remove_all(pipe_test::socket_folder());
     {
@@ -42,9 +42,7 @@ TEST(PipeEndpointPosix, SocketsLiveInAPrivateDirectoryAndGoWithTheirServer) {
         EXPECT_TRUE(std::filesystem::exists(socket_of(path)));
     }
     EXPECT_FALSE(std::filesystem::exists(socket_of(path)));
-}
-
-TEST(PipeEndpointPosix, AStaleSocketDoesNotKeepItsName) {
+    // A stale socket does not keep its name.
     const std::wstring stale = pipe_test::fresh_pipe_path();
     std::filesystem::create_directories(pipe_test::socket_folder());
     leave_stale_socket(socket_of(stale));
@@ -54,7 +52,7 @@ TEST(PipeEndpointPosix, AStaleSocketDoesNotKeepItsName) {
 }
 
 // A Windows pipe of one instance makes a second client wait for it instead.
-TEST(PipeEndpointPosix, ASecondClientIsTurnedAwayWhileTheFirstIsServed) {
+TEST(PipeEndpointPosix, ASecondClientIsTurnedAwayWhileTheFirstIsServedAndBadNamesAreRefused) {
     const std::wstring path = pipe_test::fresh_pipe_path();
     const auto server = create_server_channel(path);
     const auto first = connect_client_channel(path, 1000);
@@ -65,10 +63,7 @@ TEST(PipeEndpointPosix, ASecondClientIsTurnedAwayWhileTheFirstIsServed) {
     byte_buffer_t message;
     ASSERT_TRUE(ReadWholeMessage(*server, message));
     EXPECT_FALSE(ReadWholeMessage(*second, message));
-}
-
-// Windows takes any character but a backslash in a pipe's name.
-TEST(PipeEndpointPosix, NamesOutsideThePipeNamespaceAreRefused) {
+    // Windows takes any character but a backslash in a pipe's name.
     for (const std::wstring bad : {L"\\\\.\\pipe\\a/b", L"\\\\.\\pipe\\", L"C:\\temp\\x", L"\\\\.\\pipe\\.."})
         EXPECT_THROW(create_server_channel(bad), exc::win_sys_exc_t);
 }

@@ -6,16 +6,14 @@
 
 using namespace win::pipes;
 
-TEST(PipeFrameText, TextIsUtf16LittleEndianClosedByOneZero) {
+TEST(PipeFrameText, TextIsUtf16LittleEndianClosedByOneZeroAndLoneSurrogatesAreKept) {
     const std::wstring text = L"a\u00e9\U0001F600";
     const byte_buffer_t expected = {'a', 0, 0xE9, 0, 0x3D, 0xD8, 0x00, 0xDE, 0, 0};
     EXPECT_EQ(EncodeFrameText(text), expected);
     const frame_text_t decoded = DecodeFrameText(expected);
     EXPECT_TRUE(decoded.terminated);
     EXPECT_EQ(decoded.text, text);
-}
-
-TEST(PipeFrameText, TheTextEndsAtTheFirstZeroAndItsAbsenceIsNoticed) {
+    // The text ends at the first zero, and its absence is noticed.
     const frame_text_t cut = DecodeFrameText({'a', 0, 0, 0, 'b', 0, 0, 0});
     EXPECT_TRUE(cut.terminated);
     EXPECT_EQ(cut.text, L"a");
@@ -24,13 +22,11 @@ TEST(PipeFrameText, TheTextEndsAtTheFirstZeroAndItsAbsenceIsNoticed) {
     EXPECT_FALSE(open.terminated);
     EXPECT_EQ(open.text, L"ab");
     EXPECT_FALSE(DecodeFrameText({}).terminated);
-}
-
-TEST(PipeFrameText, ALoneSurrogateIsKeptAsTheUnitItIs) {
-    const frame_text_t decoded = DecodeFrameText({0x00, 0xD8, 'x', 0, 0, 0});
-    ASSERT_EQ(decoded.text.size(), 2u);
-    EXPECT_EQ(static_cast<unsigned>(decoded.text[0]), 0xD800u);
-    EXPECT_EQ(EncodeFrameText(decoded.text), (byte_buffer_t{0x00, 0xD8, 'x', 0, 0, 0}));
+    // A lone surrogate is kept as the unit it is.
+    const std::wstring lone = DecodeFrameText({0x00, 0xD8, 'x', 0, 0, 0}).text;
+    ASSERT_EQ(lone.size(), 2u);
+    EXPECT_EQ(static_cast<unsigned>(lone[0]), 0xD800u);
+    EXPECT_EQ(EncodeFrameText(lone), (byte_buffer_t{0x00, 0xD8, 'x', 0, 0, 0}));
 }
 
 // Long plain runs take a faster road; what needs care must be seen wherever it stands in them.

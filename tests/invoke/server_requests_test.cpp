@@ -63,18 +63,15 @@ TEST(ServerGrammar, PrefixesIgnoreCaseAndTheNameEndsAtTheFirstSpace) {
         EXPECT_FALSE(wrap::CPipeInvokeSrv::ParseRequest(bad, command, document)) << to_ansi_nothrow(bad);
 }
 
-TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEnd) {
+TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresWithAllTheirLines) {
     EXPECT_EQ(msxml_layout::without_breaks(server.ExecuteRequest(
                   L"cmd:Echo xml:<InputArguments><Say value=\"hi\"/></InputArguments>")),
               L"xml:<OutputArguments><Said value=\"hi\"/></OutputArguments>");
     const std::wstring empty = server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>");
     EXPECT_EQ(empty.rfind(L"xml:<OutputArguments", 0), 0u);
     EXPECT_EQ(empty.find(L"\r\n"), std::wstring::npos);
-    EXPECT_EQ(dispatcher->invoked, (std::vector<std::wstring>{L"Echo", L"Nothing"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeXmlResponse(L"<a/>\r\n"), L"xml:<a/>");
-}
-
-TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
+    // Failures become error frames with all their lines.
     EXPECT_EQ(server.ExecuteRequest(L"cmd:Fail xml:<InputArguments/>"), L"err:The cause.\n--tr:The step.");
     EXPECT_EQ(server.ExecuteRequest(L"hello"), L"err:Unknown type of request: 'hello'.");
     const std::wstring no_document = server.ExecuteRequest(L"cmd:Echo xml:");
@@ -86,7 +83,7 @@ TEST_F(ServerRequests, FailuresBecomeErrorFramesWithAllTheirLines) {
               L"err:Unknown type of request: 'cmd:Echo xml:<a/>'.");
 
     // Only a well-formed request reaches the commands; every failure is reported with its request.
-    EXPECT_EQ(dispatcher->invoked, std::vector<std::wstring>{L"Fail"});
+    EXPECT_EQ(dispatcher->invoked, (std::vector<std::wstring>{L"Echo", L"Nothing", L"Fail"}));
     EXPECT_EQ(dispatcher->failed, (std::vector<std::string>{"Fail|<InputArguments/>", "|", "Echo|", "|"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
 }

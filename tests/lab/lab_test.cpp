@@ -7,14 +7,12 @@
 #include "compat/vss_api.h"
 #include "hostsim/host.h"
 #include "hostsim/wide_text.h"
+#include "tests/support/host_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -23,19 +21,6 @@ namespace fs = std::filesystem;
 namespace {
 
 const GUID hyperv_writer = {0x66841cd4, 0x6ded, 0x4f4b, {0x8f, 0x17, 0xfd, 0x23, 0xf8, 0xdd, 0xc3, 0xde}};
-
-struct lab_dir_t {
-    fs::path dir;
-    lab_dir_t() {
-        std::string pattern = (fs::temp_directory_path() / "mirrack-lab-XXXXXX").string();
-        dir = mkdtemp(pattern.data());
-    }
-    ~lab_dir_t() {
-        unsetenv("MIRRACK_HOST");
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
-};
 
 int run_lab(const std::vector<std::string>& args, std::string* out = nullptr) {
     std::ostringstream o, e;
@@ -81,12 +66,12 @@ HRESULT run(IVssBackupComponents* backup, HRESULT (IVssBackupComponents::*op)(IV
 
 } // namespace
 
-TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAre) {
-    lab_dir_t lab_dir;
-    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "3", "--volumes", "2", "--files-per-vm", "6",
-                       "--file-size", "3K"}),
+TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPaths) {
+    const test_support::host_folder_t lab_dir("mirrack-lab");
+    ASSERT_EQ(run_lab({"create", lab_dir.dir().string(), "--vms", "3", "--volumes", "2", "--files-per-vm",
+                       "6", "--file-size", "3K"}),
               0);
-    auto host = hostsim::host_t::open(lab_dir.dir);
+    auto host = hostsim::host_t::open(lab_dir.dir());
     ASSERT_TRUE(host->usable()) << host->complaint();
 
     const auto& writer = host->model().writers.front();
@@ -111,39 +96,41 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAre) {
                                                 L"C:\\ClusterStorage\\Volume1\\", L"\\\\fs01\\vms\\"}))
         << "the local VMs take turns on the local volumes";
     EXPECT_EQ(fs::file_size(*host->map_path(L"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\vm1.vhdx")), 3072u);
+    // resolve maps the host's Windows paths.
+    std::string out;
+    ASSERT_EQ(
+        run_lab({"resolve", lab_dir.dir().string(), "\\\\FS01\\vms\\VM-SMB\\virtual hard disks\\vm-smb.vhdx"},
+                &out),
+        0);
+    EXPECT_EQ(out, (lab_dir.dir() / "shares/fs01-vms/vm-smb/Virtual Hard Disks/vm-smb.vhdx").string() + "\n");
+    EXPECT_EQ(run_lab({"resolve", lab_dir.dir().string(), "Q:\\nowhere"}, &out), 3);
 }
 
-TEST(SampleHost, AProxyHostOffersTheTransportableProviderOfTheSampleHost) {
-    lab_dir_t lab_dir;
-    const auto proxy = lab_dir.dir / "proxy";
-    ASSERT_EQ(run_lab({"create", proxy.string(), "--proxy"}), 0);
-    auto host = hostsim::host_t::open(proxy);
+TEST(SampleHost, AProxyHostOffersTheTransportableProviderAndCreateRefusesAnExistingHostAndBadOptions) {
+    const test_support::host_folder_t lab_dir("mirrack-lab");
+    ASSERT_EQ(run_lab({"create", lab_dir.dir().string(), "--proxy"}), 0);
+    auto host = hostsim::host_t::open(lab_dir.dir());
     ASSERT_TRUE(host->usable()) << host->complaint();
     EXPECT_EQ(host->model().name, L"PROXY01");
     const auto* hardware = host->find_provider(*hostsim::parse_guid(lab::hardware_provider_id));
     ASSERT_TRUE(hardware);
     EXPECT_TRUE(hardware->transportable);
     EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer);
-}
-
-TEST(SampleHost, CreateRefusesAnExistingHostAndBadOptions) {
-    lab_dir_t lab_dir;
     std::string out;
-    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--proxy"}), 0);
-    EXPECT_EQ(run_lab({"create", lab_dir.dir.string()}, &out), 1);
+    EXPECT_EQ(run_lab({"create", lab_dir.dir().string()}, &out), 1);
     EXPECT_NE(out.find("already"), std::string::npos);
-    EXPECT_EQ(run_lab({"create", (lab_dir.dir / "x").string(), "--file-size", "3Q"}, &out), 1);
-    EXPECT_EQ(run_lab({"create", (lab_dir.dir / "y").string(), "--colour", "red"}, &out), 1);
+    EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "x").string(), "--file-size", "3Q"}, &out), 1);
+    EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "y").string(), "--colour", "red"}, &out), 1);
     EXPECT_EQ(run_lab({"frobnicate"}, &out), 2);
     EXPECT_NE(out.find("Usage:"), std::string::npos);
 }
 
 // --help shows the use and makes nothing; what looks like an option is never taken for a folder.
 TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
-    lab_dir_t lab_dir;
-    const fs::path host = lab_dir.dir / "host";
+    const test_support::host_folder_t lab_dir("mirrack-lab");
+    const fs::path host = lab_dir.dir() / "host";
     const fs::path previous = fs::current_path();
-    fs::current_path(lab_dir.dir); // where "create --help" made its folder
+    fs::current_path(lab_dir.dir()); // where "create --help" made its folder
     for (const std::vector<std::string>& line :
          std::vector<std::vector<std::string>>{{"create", "--help"},
                                                {"create", host.string(), "--help"},
@@ -159,26 +146,13 @@ TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
         EXPECT_EQ(run_lab(line, &out), 2) << out;
     }
     fs::current_path(previous);
-    EXPECT_TRUE(fs::is_empty(lab_dir.dir));
-}
-
-TEST(LabViews, ResolveMapsWindowsPathsOfTheHost) {
-    lab_dir_t lab_dir;
-    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--file-size", "1K"}), 0);
-    std::string out;
-    ASSERT_EQ(
-        run_lab({"resolve", lab_dir.dir.string(), "\\\\FS01\\vms\\VM-SMB\\virtual hard disks\\vm-smb.vhdx"},
-                &out),
-        0);
-    EXPECT_EQ(out, (lab_dir.dir / "shares/fs01-vms/vm-smb/Virtual Hard Disks/vm-smb.vhdx").string() + "\n");
-    EXPECT_EQ(run_lab({"resolve", lab_dir.dir.string(), "Q:\\nowhere"}, &out), 3);
+    EXPECT_TRUE(fs::is_empty(lab_dir.dir()));
 }
 
 TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResults) {
-    lab_dir_t lab_dir;
-    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "1", "--file-size", "1K"}), 0);
-    setenv("MIRRACK_HOST", lab_dir.dir.c_str(), 1);
-    auto host = hostsim::host_t::open(lab_dir.dir);
+    const test_support::host_folder_t lab_dir("mirrack-lab");
+    ASSERT_EQ(run_lab({"create", lab_dir.dir().string(), "--vms", "1", "--file-size", "1K"}), 0);
+    auto host = hostsim::host_t::open(lab_dir.dir());
     const auto& vm1 = host->model().writers.front().components.front();
 
     compat::com_ptr_t<IVssBackupComponents> backup;
@@ -198,7 +172,7 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
                                                   &mount_length, name, &name_length),
               DWORD(0));
     std::string report;
-    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
     EXPECT_NE(report.find("Shadow-copy creation: in progress for set " + set_text + ", pid " +
                           std::to_string(getpid()) + ", since "),
               std::string::npos)
@@ -218,24 +192,10 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
         S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
 
-    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
+    ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
     EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
+    EXPECT_NE(report.find("Live shadow copies: 1\n"), std::string::npos) << report;
     EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
     EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
     EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
-}
-
-TEST(LabViews, StateSweepsWhatDeadOwnersLeftBeforeItReports) {
-    lab_dir_t lab_dir;
-    ASSERT_EQ(run_lab({"create", lab_dir.dir.string(), "--vms", "1", "--file-size", "1K"}), 0);
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(0);
-    waitpid(child, nullptr, 0);
-    std::filesystem::create_directories(lab_dir.dir / "state");
-    std::ofstream(lab_dir.dir / "state" / "creation.txt")
-        << "{00000000-0000-0000-0000-0000000000aa}\t" << child << ":1\t2026-01-01 00:00:00 UTC\n";
-    std::string report;
-    ASSERT_EQ(run_lab({"state", lab_dir.dir.string()}, &report), 0);
-    EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
 }

@@ -59,8 +59,8 @@ inline std::string hyperv_host_xml(const std::string& extra = "", const std::str
 
 // One VM of a backup specification.
 struct spec_vm_t {
-    spec_vm_t(std::string id_, bool crashConsistent_ = false, std::vector<std::string> auxFiles_ = {})
-        : id(std::move(id_)), crashConsistent(crashConsistent_), auxFiles(std::move(auxFiles_)) {}
+    spec_vm_t(std::string vmId, bool crash = false, std::vector<std::string> aux = {})
+        : id(std::move(vmId)), crashConsistent(crash), auxFiles(std::move(aux)) {}
     std::string id;
     bool crashConsistent = false;
     std::vector<std::string> auxFiles;

@@ -7,7 +7,7 @@
 
 using namespace snapshot_test;
 
-TEST(ShadowPaths, ItemsOnTheOldVolumeInAnyCaseMoveToTheNewOneOthersStay) {
+TEST(ShadowPaths, ItemsOnTheOldVolumeInAnyCaseMoveToTheNewOneOthersStayAndTheResultAnswersPerVm) {
     const std::wstring oldVolume = L"\\\\?\\Volume{aa}\\";
     const std::wstring device = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7";
     ItemsList items{CFilesListItem(L"p", L"m", 0, L"r", L"\\\\?\\VOLUME{AA}\\VMs\\a.vhdx"),
@@ -18,9 +18,7 @@ TEST(ShadowPaths, ItemsOnTheOldVolumeInAnyCaseMoveToTheNewOneOthersStay) {
     EXPECT_EQ(items[1].fullPath, device);
     EXPECT_EQ(items[2].fullPath, L"\\\\?\\Volume{bb}\\VMs\\a.vhdx");
     EXPECT_EQ(items[0].relativePath, L"r");
-}
-
-TEST(ShadowPaths, TheResultListsAVmByItsIdAndRefusesOthers) {
+    // The result lists a VM by its id and refuses others.
     const GUID known = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
     const GUID unknown = {9, 9, 9, {9, 9, 9, 9, 9, 9, 9, 9}};
     CVssSnapshotResult result(std::make_shared<impl::CSnapshotInfo>(),

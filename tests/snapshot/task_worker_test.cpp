@@ -24,23 +24,19 @@ void wait_until(const std::function<bool()>& condition) {
 
 } // namespace
 
-TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndTheWorkerEnds) {
+TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndAWorkerThatOutlivesItsJoinKeepsItsData) {
     log_capture_t log;
     impl::CTaskWorker worker("TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
                              [] { throw exc::runtime_exc_t("Body gave up."); });
     wait_until([&] { return worker.HasEnded(); });
     worker.Stop();
     EXPECT_TRUE(log.has("Body gave up.")) << log.text();
-}
-
-// The joiner gives up and goes on; the worker finishes later on what its body holds.
-TEST(TaskWorker, AWorkerThatOutlivesItsJoinKeepsItsDataAndTheTimeOutIsLogged) {
-    log_capture_t log;
+    // The joiner gives up and goes on; the worker finishes later on what its body holds.
     auto gate = std::make_shared<win::win_manual_reset_event_t>();
     auto data = std::make_shared<std::vector<int>>();
     auto done = std::make_shared<std::atomic<bool>>(false);
     {
-        impl::CTaskWorker worker(
+        impl::CTaskWorker outliving(
             "TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
             [gate, data, done] {
                 impl::WaitForClose(*gate);
@@ -48,7 +44,7 @@ TEST(TaskWorker, AWorkerThatOutlivesItsJoinKeepsItsDataAndTheTimeOutIsLogged) {
                 *done = true;
             },
             50);
-        worker.Stop();
+        outliving.Stop();
     }
     EXPECT_TRUE(log.has("Thread failed to stop during specified timeout: [50].")) << log.text();
     EXPECT_EQ(impl::CTaskWorker::ReapAbandoned(), 1u);

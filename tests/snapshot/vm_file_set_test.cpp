@@ -41,7 +41,7 @@ TEST(VmFileSet, SearchesEnterOnlyDirectoriesTheirMaskMatchesAndReportNoDirectory
     EXPECT_TRUE(nowhere.empty());
 }
 
-TEST(VmFileSet, AFailedSearchNamesEveryLevelOfTheWalk) {
+TEST(VmFileSet, AFailedSearchNamesEveryLevelOfTheWalkAndAuxFilesAreAddedOnceUnchecked) {
     hyperv_host_t host(R"(<Fault op="FindNextFileW" match="Snapdeep" err="5"/>)");
     ItemsList items;
     const auto lines =
@@ -52,12 +52,11 @@ TEST(VmFileSet, AFailedSearchNamesEveryLevelOfTheWalk) {
     const std::string level =
         "Failed to search the directory [%VmRoot%\\local\\] for a file [Snap*]. Is search recursive: [true].";
     EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()), std::vector<std::string>(3, level));
-}
-
-TEST(VmFileSet, AuxFilesAreAddedOnceByPathEqualityWithoutBeingChecked) {
-    ItemsList items{CFilesListItem(L"C:\\VMs\\", L"a.vhdx", 0, L"a.vhdx", L"C:\\VMs\\a.vhdx")};
-    impl::AddAuxFiles(items, {"c:\\vms\\\\A.VHDX", "C:\\VMs\\notes.txt", "C:\\VMs\\notes.txt\\", "bare.txt"});
-    EXPECT_EQ(items,
+    // Aux files are added once, by path equality, without being checked.
+    ItemsList listed{CFilesListItem(L"C:\\VMs\\", L"a.vhdx", 0, L"a.vhdx", L"C:\\VMs\\a.vhdx")};
+    impl::AddAuxFiles(listed,
+                      {"c:\\vms\\\\A.VHDX", "C:\\VMs\\notes.txt", "C:\\VMs\\notes.txt\\", "bare.txt"});
+    EXPECT_EQ(listed,
               (ItemsList{CFilesListItem(L"C:\\VMs\\", L"a.vhdx", 0, L"a.vhdx", L"C:\\VMs\\a.vhdx"),
                          CFilesListItem(L"C:\\VMs", L"notes.txt", 0, L"notes.txt", L"C:\\VMs\\notes.txt"),
                          CFilesListItem(L"", L"bare.txt", 0, L"bare.txt", L"bare.txt")}));

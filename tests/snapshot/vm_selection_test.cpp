@@ -27,37 +27,26 @@ TEST(VmSelection, AnEmptyListReadsNoComponentAndGoesOnWithAnEmptySet) {
     EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
 }
 
-struct missing_case_t {
-    const char* name;
-    std::vector<spec_vm_t> vms;
-    std::string listed;
-};
-
-// Listed by its case, not by a dump of its bytes.
-void PrintTo(const missing_case_t& c, std::ostream* os) {
-    *os << c.name;
-}
-
-class MissingVms : public ::testing::TestWithParam<missing_case_t> {};
-
 // The matched VMs go with the task: one missing VM fails the whole of it.
-TEST_P(MissingVms, FailTheTaskWithTheirIdsJoined) {
-    hyperv_host_t host;
-    log_capture_t log;
-    const auto lines = failure_lines([] { take_snapshot(spec_xml(GetParam().vms, usual_providers)); });
-    EXPECT_EQ(lines,
-              (std::vector<std::string>{
-                  "There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: '" +
-                      GetParam().listed + "'.",
-                  "Failed to specify VMs that should be backed up."}));
-    EXPECT_EQ(log.count("Excluding VM from backup list"), GetParam().vms.size() - 1);
-    EXPECT_EQ(host.count("StartSnapshotSet"), 0u);
+TEST(VmSelection, MissingVmsFailTheTaskWithTheirIdsJoined) {
+    struct case_t {
+        std::vector<spec_vm_t> vms;
+        std::string listed;
+    };
+    for (const case_t& c :
+         {case_t{{{local_vm}, {"a"}, {"b"}}, "a;b"},
+          case_t{{{csv_vm}, {std::string("{") + local_vm + "}"}}, std::string("{") + local_vm + "}"},
+          case_t{{{local_vm}, {local_vm}}, local_vm}}) {
+        SCOPED_TRACE(c.listed);
+        hyperv_host_t host;
+        log_capture_t log;
+        const auto lines = failure_lines([&] { take_snapshot(spec_xml(c.vms, usual_providers)); });
+        EXPECT_EQ(lines,
+                  (std::vector<std::string>{
+                      "There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: '" +
+                          c.listed + "'.",
+                      "Failed to specify VMs that should be backed up."}));
+        EXPECT_EQ(log.count("Excluding VM from backup list"), c.vms.size() - 1);
+        EXPECT_EQ(host.count("StartSnapshotSet"), 0u);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, MissingVms,
-                         ::testing::Values(missing_case_t{"Unknown", {{local_vm}, {"a"}, {"b"}}, "a;b"},
-                                           missing_case_t{"Braced",
-                                                          {{csv_vm}, {std::string("{") + local_vm + "}"}},
-                                                          std::string("{") + local_vm + "}"},
-                                           missing_case_t{"Twice", {{local_vm}, {local_vm}}, local_vm}),
-                         [](const auto& test) { return std::string(test.param.name); });

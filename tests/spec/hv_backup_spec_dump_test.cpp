@@ -30,7 +30,7 @@ std::vector<std::string> dump_of(const std::string& body) {
     return log->lines;
 }
 
-TEST(BackupSpecDump, ASingleVmHasALineOfItsOwnSeveralOrNoneAreListed) {
+TEST(BackupSpecDump, VmsProvidersOffhostAndCsvFlag) {
     EXPECT_EQ(
         dump_of("<VMs><VM id='{A}' crashConsistent='1'/></VMs>"),
         (std::vector<std::string>{
@@ -44,9 +44,7 @@ TEST(BackupSpecDump, ASingleVmHasALineOfItsOwnSeveralOrNoneAreListed) {
               (std::vector<std::string>{"VMs to process:", "-   VmID: 'a', is crash consistent: 'false'.",
                                         "-   VmID: 'b', is crash consistent: 'true'."}));
     EXPECT_EQ(dump_of("<VMs/>")[1], "Default vss provider:");
-}
-
-TEST(BackupSpecDump, ProvidersOffhostAndCsvFlag) {
+    // Providers, the off-host settings and the CSV flag.
     const std::string provider =
         "type='3' id='{24602a4f-0000-4925-af80-51abd60b20d5}' volMountPoint='C:\\Vol\\'";
     const std::string line =

@@ -35,7 +35,7 @@ CHvBackupSpec parse_body(const std::string& body) {
     return CHvBackupSpec(with_body(body));
 }
 
-TEST(BackupSpecParsing, ReadsEveryPartOfTheDocument) {
+TEST(BackupSpecParsing, ReadsEveryPartOfTheDocumentAndMatchesVolumeProvidersByComponents) {
     const CHvBackupSpec spec(full_document);
     ASSERT_EQ(spec.vms.size(), 2u);
     EXPECT_EQ(spec.vms[0]->vmId, "{11111111-2222-3333-4444-555555555555}");
@@ -54,9 +54,22 @@ TEST(BackupSpecParsing, ReadsEveryPartOfTheDocument) {
     EXPECT_EQ(spec.volumeProviders[1]->providerType, 5u);
     EXPECT_EQ(spec.offhost->mode, COffhostInfo::Enabled);
     EXPECT_TRUE(spec.useCsvVssWriter);
+    // Volume providers match mount points by components, ignoring case.
+    const CHvBackupSpec::provider_ptr_t first = spec.volumeProviders[0];
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91"), first);
+    EXPECT_EQ(spec.FindVolumeProvider(L"c:/clusterstorage//VOL\u00e91/"), first);
+    EXPECT_EQ(spec.FindVolumeProvider(L"E:"), spec.volumeProviders[1]); // the first of two
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage"), spec.defaultProvider);
+    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91\\sub"), spec.defaultProvider);
+    // A mount point in raw UTF-8; a document without entries.
+    const CHvBackupSpec raw = parse_body(
+        "<VMs/><volumes><volProvider type='1' "
+        "id='{00000000-0000-0000-0000-000000000001}' volMountPoint='F:\\Dat\xc3\xa9\\'/></volumes>");
+    EXPECT_EQ(raw.FindVolumeProvider(L"f:\\DAT\u00e9")->providerType, 1u);
+    EXPECT_EQ(parse_body("<VMs/>").FindVolumeProvider(L"C:\\")->providerType, 0u);
 }
 
-TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeRead) {
+TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeReadAndTheCsvFlagALenientBoolean) {
     const std::pair<const char*, bool> cases[] = {{"abc", false}, {"2", true},   {"0", false},
                                                   {"-1", true},   {" 3x", true}, {"", false}};
     for (const auto& [text, expected] : cases)
@@ -65,16 +78,14 @@ TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeRead) {
                       ->crashConsistent,
                   expected)
             << text;
-}
-
-TEST(BackupSpecParsing, CsvWriterFlagFollowsTheLenientBooleanRule) {
-    const std::pair<const char*, bool> cases[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
+    // The CSV writer flag follows the lenient boolean rule.
+    const std::pair<const char*, bool> flags[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
                                                   {"<Settings UseCsvVssWriter='0'/>", false},
                                                   {"<Settings UseCsvVssWriter='no'/>", true},
                                                   {"<Settings UseCsvVssWriter=''/>", true},
                                                   {"<Settings/>", false},
                                                   {"<Settings UseCsvVssWriter='false'/>", false}};
-    for (const auto& [settings, expected] : cases)
+    for (const auto& [settings, expected] : flags)
         EXPECT_EQ(parse_body(std::string("<VMs/>") + settings).useCsvVssWriter, expected) << settings;
 }
 
@@ -123,22 +134,6 @@ TEST(BackupSpecFailures, EachStepAddsItsLineFromTheCauseOutwards) {
         EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected)
             << c.what;
     }
-}
-
-TEST(VolumeProviderLookup, MatchesMountPointsByComponentsIgnoringCase) {
-    const CHvBackupSpec spec(full_document);
-    const CHvBackupSpec::provider_ptr_t first = spec.volumeProviders[0];
-    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91"), first);
-    EXPECT_EQ(spec.FindVolumeProvider(L"c:/clusterstorage//VOL\u00e91/"), first);
-    EXPECT_EQ(spec.FindVolumeProvider(L"E:"), spec.volumeProviders[1]); // the first of two
-    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage"), spec.defaultProvider);
-    EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91\\sub"), spec.defaultProvider);
-    // A mount point in raw UTF-8; a document without entries.
-    const CHvBackupSpec raw = parse_body(
-        "<VMs/><volumes><volProvider type='1' "
-        "id='{00000000-0000-0000-0000-000000000001}' volMountPoint='F:\\Dat\xc3\xa9\\'/></volumes>");
-    EXPECT_EQ(raw.FindVolumeProvider(L"f:\\DAT\u00e9")->providerType, 1u);
-    EXPECT_EQ(parse_body("<VMs/>").FindVolumeProvider(L"C:\\")->providerType, 0u);
 }
 
 } // namespace

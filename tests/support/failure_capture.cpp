@@ -2,12 +2,11 @@
 
 #include "common/exc/exc.h"
 #include "common/logging/log_install.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include <unistd.h>
 
@@ -24,19 +23,12 @@ std::string log_path() {
     return path;
 }
 
-std::string read_all(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 } // namespace
 
-log_capture_t::log_capture_t() : start_(read_all(log_path()).size()) {}
+log_capture_t::log_capture_t() : start_(read_file(log_path()).size()) {}
 
 std::string log_capture_t::text() const {
-    return read_all(log_path()).substr(start_);
+    return read_file(log_path()).substr(start_);
 }
 
 std::size_t log_capture_t::count(const std::string& piece) const {

@@ -1,9 +1,7 @@
 #include "tests/support/sanitizer_report.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
 
 namespace test_support {
 
@@ -21,10 +19,7 @@ std::string sanitizer_report(const std::string& output) {
 }
 
 void expect_no_sanitizer_report(const std::filesystem::path& output_file) {
-    std::ifstream file(output_file, std::ios::binary);
-    std::ostringstream output;
-    output << file.rdbuf();
-    const std::string report = sanitizer_report(output.str());
+    const std::string report = sanitizer_report(test_support::read_file(output_file));
     EXPECT_EQ(report, "") << "a sanitizer reported in the child writing " << output_file;
 }
 

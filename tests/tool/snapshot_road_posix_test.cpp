@@ -7,8 +7,8 @@
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
-#include "documents/files_list.h"
 #include "hostsim/host_access.h"
+#include "invoke/files_list.h"
 #include "lab/host_state_report.h"
 #include "lab/lab_commands.h"
 #include "tests/snapshot/hyperv_test_host.h"
@@ -160,12 +160,6 @@ const char* const createFailed =
     "--tr:Failed to create VSS snapshot.\n--tr:Failed to perform pre-backup tasks.";
 
 const road_failure_t failures[] = {
-    {.name = "MissingVm",
-     .vms = {{local_vm}, {csv_vm}, {"B0000000-0000-4000-8000-00000000000B"}},
-     .expected =
-         {"There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: "
-          "'B0000000-0000-4000-8000-00000000000B'.\n--tr:Failed to specify VMs that should be backed up."},
-     .neverCalled = "StartSnapshotSet"},
     {.name = "ProviderRefusesTwice",
      .systemProvider = R"(refuse="2")",
      .expected =
@@ -251,7 +245,7 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SnapshotRoadFailure, ::testing::ValuesIn(failures),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 // The report is taken at its word; only the writer, at the close, can't be told about it.
 TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeTheBackupCompletes) {

@@ -9,11 +9,6 @@ namespace tool_expect {
 inline const std::wstring emptyOutput = L"xml:<OutputArguments/>";
 inline const std::wstring statusWithoutTask =
     L"err:Snapshot is not initialized.\n--tr:Failed to get operation info.";
-inline const std::wstring infoWithoutTask =
-    L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.";
-inline const std::wstring createTaskFailedTrace =
-    L"\n--tr:Failed to create snapshot task. Job: 'J'. Backup console: 'C'.";
-inline const std::wstring specParseFailure = L"Cannot parse backup specification document";
 
 inline std::wstring UnknownCommand(const std::wstring& name) {
     return L"err:Command [" + name + L"] not found";
@@ -26,10 +21,7 @@ inline std::wstring ConversionWithoutTask(const std::wstring& items) {
 }
 
 inline const char* const normalEnd = "Process will be finished normally.";
-inline const char* const statusFailedLine = "Getting operation info. Failed.";
-inline const char* const closeWithoutTaskError = "ERR |Snapshot is not initialized.";
 inline const char* const closeLine = "Closing VSS snapshot. ok.";
-inline const char* const snapshotTaskFailed = "The snapshot task failed:\n    ";
 inline const char* const notPipeMode = "ERR |Tool was not started in pipe mode.";
 
 inline std::string PipeInUse(const std::string& pipe) {

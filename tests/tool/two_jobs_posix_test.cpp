@@ -1,21 +1,15 @@
 // POSIX only: both tools run on one simulated host made by mirrack-lab.
 // What the tool meets on a host that keeps the VSS contract: two mirrack processes on one
-// simulated host, each driven through its pipe. One shadow-copy creation runs at a time,
-// a set holds at most 64 volumes, and a cluster shared volume's backup state is the
-// volume's, shared by every job on it.
+// simulated host, each driven through its pipe: one shadow-copy creation runs at a time.
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
-#include "lab/host_state_report.h"
-#include "lab/sample_host.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <thread>
 
 using namespace snapshot_test;
@@ -23,8 +17,6 @@ using client::CRequestArguments;
 using client::CResponse;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using test_support::contains;
 
@@ -44,15 +36,6 @@ public:
         return to_ansi(status.Value(L"ErrDescription"));
     }
 };
-
-// The journal lines of one op, each with the calling process's id first.
-std::vector<std::string> JournalOf(const hyperv_host_t& host, const std::string& op) {
-    std::vector<std::string> lines;
-    for (const auto& line : host.state_lines("journal.txt"))
-        if (contains(line, "\t" + op + "\t") || line.ends_with("\t" + op))
-            lines.push_back(line);
-    return lines;
-}
 
 } // namespace
 
@@ -90,55 +73,4 @@ TEST(TwoJobs, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
     EXPECT_TRUE(again.Succeeds());
     again.Close();
     EXPECT_TRUE(host.is_clean());
-}
-
-TEST(TwoJobs, ASetOf65VolumesFailsWithTheDocumentedTextAndLeavesNothing) {
-    test_support::host_folder_t folder("mirrack-volumes");
-    const fs::path dir = folder.dir();
-    lab::sample_options_t options;
-    options.vms_on_c = 63;
-    options.local_volumes = 63;
-    options.files_per_vm = 3;
-    options.file_size = 1024;
-    lab::create_sample_host(dir, options); // 63 local volumes, a cluster shared volume and a share
-
-    Job job(dir);
-    job.Begin(read_file(dir / "spec.xml"));
-    const std::string description = job.Failure();
-    EXPECT_TRUE(contains(description, "] to the VSS snapshot set\nThe maximum number of volumes for this "
-                                      "operation has been reached.\n"))
-        << description;
-    job.Close();
-    for (const char* state : {"shadows.txt", "csv.txt", "creation.txt"})
-        EXPECT_EQ(read_file(dir / "state" / state), "") << state;
-}
-
-TEST(TwoJobs, AFailedSecondJobOnAClusterSharedVolumeClearsItsBackupStateUnderTheFirst) {
-    hyperv_host_t host;
-    const std::vector<spec_vm_t> vms{{csv_vm}};
-    Job first(host.dir());
-    first.Begin(vms);
-    ASSERT_TRUE(first.Succeeds());
-    const auto prepared = host.state_lines("csv.txt");
-    ASSERT_EQ(prepared.size(), 1u) << "the first job holds its snapshot, the volume stays in backup";
-    const std::string firstSet = prepared[0].substr(prepared[0].find('\t') + 1, 38);
-
-    host.write("host.xml", hyperv_host_xml(R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)"));
-    {
-        Job second(host.dir());
-        second.Begin(vms);
-        second.Failure();
-        second.Close();
-    }
-    const auto cleared = JournalOf(host, "CsvBackupStateCleared");
-    ASSERT_EQ(cleared.size(), 1u);
-    EXPECT_TRUE(contains(cleared[0], std::string(csv_volume) + "\t" + firstSet + ";")) << cleared[0];
-    const std::string state = lab::host_state_report(host.dir());
-    EXPECT_TRUE(contains(state, "Cluster shared volumes in backup: 0\n")) << state;
-    EXPECT_TRUE(contains(state, "Live shadow copies: 1\n")) << state;
-    EXPECT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the first job's snapshot stands";
-
-    first.Close();
-    EXPECT_TRUE(host.is_clean());
-    EXPECT_EQ(host.state_lines("backups.txt").size(), 2u) << "the first job completed";
 }

@@ -91,7 +91,7 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
 }
 
 // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
-TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTest) {
+TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTestAndAMadeSnapshotKeepsTheCsvState) {
     hostsim_test::scratch_host_t host;
     const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
     CVolumesHolder holder;
@@ -99,10 +99,7 @@ TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTest) {
     EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
     EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
     EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
-}
-
-TEST(VolumesHolder, AMadeSnapshotKeepsTheCsvState) {
-    hostsim_test::scratch_host_t host;
+    // A made snapshot keeps the CSV state.
     prepare_both(true);
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 0u);
     EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);

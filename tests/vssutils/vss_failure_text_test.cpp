@@ -102,7 +102,11 @@ std::vector<failure_case_t> failure_cases() {
          "Failed to set VM backup status. VM ID: [" + instance + "]"},
         {"op=\"AddToSnapshotSet\"",
          [](auto b) { AddVolumeToSnapshotSet(b, L"C:\\", hostsim_test::system_provider_id); },
-         "Failed to add volume [C:\\] to the VSS snapshot set"},
+         "Failed to add volume [C:\\] to the VSS snapshot set",
+         start_t::gathered,
+         {},
+         VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED,
+         "The maximum number of volumes for this operation has been reached."},
         {"op=\"IsVolumeSupported\"", c_supported,
          "Failed to check whether provider '{b5946137-7b9f-4925-af80-51abd60b20d5}' supports shadow copies "
          "on the volume 'C:\\'."},
@@ -141,13 +145,11 @@ std::vector<failure_case_t> failure_cases() {
 
 } // namespace
 
-TEST(VssErrorText, AKnownCodeReadsAsOneLineWithoutTheClosingLineBreak) {
+TEST(VssErrorText, AKnownCodeReadsAsOneLineWithoutTheClosingLineBreakAndAnUnknownOneAsTheCode) {
     EXPECT_EQ(VssErrorText(VSS_E_BAD_STATE),
               "A function call was made when the object was in an incorrect state for that function.");
     EXPECT_EQ(VssErrorText(VSS_S_ASYNC_CANCELLED), "The asynchronous operation has been cancelled.");
-}
-
-TEST(VssErrorText, AnUnknownCodeGivesTheCodeAndAnErrorLine) {
+    // An unknown code gives the code and an error line.
     log_capture_t log;
     EXPECT_EQ(VssErrorText(E_FAIL), "Vss error: '0x80004005'");
     EXPECT_TRUE(log.has("Failed to get Vss error description. '"));

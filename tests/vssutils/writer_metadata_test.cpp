@@ -23,8 +23,10 @@ CVssMetaCache walk(const std::string& extra = "") {
 
 } // namespace
 
-TEST(WriterMetadata, TheWantedWriterIsCachedAndEveryOtherOnlySeen) {
-    CVssMetaCache cache = walk();
+TEST(WriterMetadata, TheWantedWriterIsCachedWithItsComponentsAndFilesAndEveryOtherOnlySeen) {
+    hostsim_test::scratch_host_t host;
+    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
+    EnumWritersMetadata(initialised_backup(), cache, nullptr);
     EXPECT_EQ(cache.SeenWriters(), (std::vector<VSS_ID>{hostsim_test::hyperv_writer_id, system_writer_id}));
     auto hyperv = cache.Find(hostsim_test::hyperv_writer_id);
     ASSERT_TRUE(hyperv);
@@ -33,6 +35,21 @@ TEST(WriterMetadata, TheWantedWriterIsCachedAndEveryOtherOnlySeen) {
     EXPECT_EQ(hyperv->writerName.text(), L"Microsoft Hyper-V VSS Writer");
     EXPECT_EQ(cache.Get(hostsim_test::hyperv_writer_id), hyperv);
     EXPECT_FALSE(cache.Find(system_writer_id));
+    // Its components and files are read as the writer describes them.
+    auto metadata = hyperv->metadata;
+
+    SWmComponentInfo vm1 = GetWmComponentInfo(GetWmComponent(metadata, 0));
+    EXPECT_EQ(vm1.componentName, hostsim_test::vm1_component);
+    EXPECT_EQ(vm1.type, VSS_CT_FILEGROUP);
+    EXPECT_EQ(vm1.fileCount, 2u);
+    auto vm2Component = GetWmComponent(metadata, 1);
+    EXPECT_EQ(GetWmComponentInfo(vm2Component).logicalPath, L"") << "no logical path reads as an empty one";
+
+    auto file = GetWmFile(GetWmComponent(metadata, 0), 0);
+    EXPECT_EQ(GetWmFilePath(file), L"C:\\VMs\\vm1\\");
+    EXPECT_EQ(GetWmFileMask(file), L"vm1.vhdx");
+    EXPECT_FALSE(GetWmFileRecursive(file));
+    EXPECT_TRUE(GetWmFileRecursive(GetWmFile(vm2Component, 0)));
 }
 
 // A writer whose metadata or identity cannot be read is left out with a warning, and the walk goes on.
@@ -52,24 +69,4 @@ TEST(WriterMetadata, AnUnreadableWriterIsLeftOutAndTheWalkGoesOn) {
                   std::vector<std::string>{
                       "There is no metadata for writer '{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}'."});
     }
-}
-
-TEST(WriterMetadata, ComponentsAndFilesAreReadAsTheWriterDescribesThem) {
-    hostsim_test::scratch_host_t host;
-    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
-    EnumWritersMetadata(initialised_backup(), cache, nullptr);
-    auto metadata = cache.Get(hostsim_test::hyperv_writer_id)->metadata;
-
-    SWmComponentInfo vm1 = GetWmComponentInfo(GetWmComponent(metadata, 0));
-    EXPECT_EQ(vm1.componentName, hostsim_test::vm1_component);
-    EXPECT_EQ(vm1.type, VSS_CT_FILEGROUP);
-    EXPECT_EQ(vm1.fileCount, 2u);
-    auto vm2Component = GetWmComponent(metadata, 1);
-    EXPECT_EQ(GetWmComponentInfo(vm2Component).logicalPath, L"") << "no logical path reads as an empty one";
-
-    auto file = GetWmFile(GetWmComponent(metadata, 0), 0);
-    EXPECT_EQ(GetWmFilePath(file), L"C:\\VMs\\vm1\\");
-    EXPECT_EQ(GetWmFileMask(file), L"vm1.vhdx");
-    EXPECT_FALSE(GetWmFileRecursive(file));
-    EXPECT_TRUE(GetWmFileRecursive(GetWmFile(vm2Component, 0)));
 }
