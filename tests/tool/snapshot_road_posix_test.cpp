@@ -7,8 +7,8 @@
 
 #include "client/invoke_client.h"
 #include "common/format/format.h"
+#include "documents/files_list.h"
 #include "hostsim/host_access.h"
-#include "invoke/files_list.h"
 #include "lab/host_state_report.h"
 #include "lab/lab_commands.h"
 #include "tests/snapshot/hyperv_test_host.h"
