@@ -77,12 +77,14 @@ struct utf8_writer_t {
     void put(char32_t c) { out.advance(unicode::put_utf8(out.room(4), c)); }
 };
 
+enum class walk_until_t { frame_end, non_ascii };
+
 // The frame's units from `i` on; true when the closing U+0000 was met. `i` is left where the walk
-// stopped: at the end, behind the U+0000, or, with stop_at_non_ascii, at the first unit that is
+// stopped: at the end, behind the U+0000, or, walking until non_ascii, at the first unit that is
 // not ASCII.
 template <class Sink>
 bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Sink& sink,
-                bool stop_at_non_ascii = false) {
+                walk_until_t until = walk_until_t::frame_end) {
     while (i < units) {
         char narrowed[block];
         if (units - i >= block) {
@@ -98,7 +100,7 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
             ++i;
             return true;
         }
-        if (stop_at_non_ascii && unit >= 0x80)
+        if (until == walk_until_t::non_ascii && unit >= 0x80)
             return false;
         ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
@@ -153,7 +155,7 @@ utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
     frame.text.reserve(units);
     utf8_writer_t writer{staged_output_t<std::string>(frame.text)};
     std::size_t i = 0;
-    frame.terminated = walk_frame(bytes.data(), units, i, writer, true);
+    frame.terminated = walk_frame(bytes.data(), units, i, writer, walk_until_t::non_ascii);
     if (!frame.terminated && i < units) {
         writer.out.flush();
         utf8_counter_t counter;
