@@ -136,8 +136,10 @@ void SysFreeString(BSTR bstrString);
 UINT SysStringLen(BSTR pbstr);
 
 // The COM task allocator: what the platform hands out (snapshot properties, share root paths)
-// and the caller frees. Implemented in compat/com_memory_posix.cpp.
+// and the caller frees, and the COM runtime's random identifiers (version 4, standard variant).
+// Implemented in compat/com_memory_posix.cpp.
 LPVOID CoTaskMemAlloc(SIZE_T cb);
 void CoTaskMemFree(LPVOID pv);
+HRESULT CoCreateGuid(GUID* pguid);
 
 #endif

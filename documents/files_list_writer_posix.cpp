@@ -3,17 +3,13 @@
 // the tree again. The same walk writes wide text and UTF-8, the form the list crosses the pipe in.
 #include "documents/files_list_writer.h"
 
-#include "common/format/unicode_units.h"
-#include "compat/utf8_codec.h"
+#include "compat/text_blocks.h"
+#include "compat/unicode.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <string_view>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace files_list_impl {
 
@@ -66,53 +62,30 @@ struct wide_output_t {
     }
 };
 
-#if defined(__SSE2__)
-// All ones in each of the four units that is plain ASCII, all zeros in the others. Units are
-// compared as signed: those above 0x7FFFFFFF are no characters and fail the first test.
-__m128i plain_units(__m128i units) {
-    const __m128i printable = _mm_and_si128(_mm_cmpgt_epi32(units, _mm_set1_epi32(0x1F)),
-                                            _mm_cmplt_epi32(units, _mm_set1_epi32(0x80)));
-    const __m128i escaped = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi32(units, _mm_set1_epi32('&')),
-                                                      _mm_cmpeq_epi32(units, _mm_set1_epi32('<'))),
-                                         _mm_cmpeq_epi32(units, _mm_set1_epi32('"')));
-    return _mm_andnot_si128(escaped, printable);
-}
-#endif
-
 // UTF-8 takes ASCII as it stands and encodes the rest.
 struct utf8_output_t {
     using char_type = char;
 
     static bool is_plain(std::uint32_t u) { return u < 0x80 && !is_escaped(u); }
     static void put_other(text_cursor_t<char>& out, std::uint32_t u) {
-        out.at = compat::utf8::put(out.at, unicode::scalar_or_replacement(u));
+        out.at = unicode::put_utf8(out.at, unicode::scalar_or_replacement(u));
     }
 
-    // Values run to hundreds of characters, nearly all of them plain: where the machine has
-    // vectors, sixteen are judged and narrowed at a time, and stored whatever they were; the
-    // cursor then moves over the plain ones alone.
+    // Values run to hundreds of characters, nearly all of them plain: a block at a time is
+    // narrowed into the storage (made ready for more than that), judged there, and the cursor
+    // then moves over the plain ones alone.
     static const wchar_t* copy_plain(const wchar_t* from, const wchar_t* end, text_cursor_t<char>& out) {
-#if defined(__SSE2__)
-        constexpr std::size_t block = 16;
+        using text_blocks::block;
         while (static_cast<std::size_t>(end - from) >= block) {
-            __m128i units[4];
-            __m128i plain[4];
-            for (std::size_t i = 0; i < 4; ++i) {
-                units[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * i));
-                plain[i] = plain_units(units[i]);
-            }
-            const __m128i narrowed =
-                _mm_packus_epi16(_mm_packs_epi32(units[0], units[1]), _mm_packs_epi32(units[2], units[3]));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out.at), narrowed);
-            const auto plain_bits = static_cast<unsigned>(_mm_movemask_epi8(
-                _mm_packs_epi16(_mm_packs_epi32(plain[0], plain[1]), _mm_packs_epi32(plain[2], plain[3]))));
-            const auto plain_count = static_cast<std::size_t>(std::countr_one(plain_bits));
+            text_blocks::narrow_wide(from, out.at);
+            const unsigned other = text_blocks::bytes_outside(out.at, 0x20, 0x7F) |
+                                   text_blocks::bytes_among<'&', '<', '"'>(out.at);
+            const auto plain_count = static_cast<std::size_t>(std::countr_zero(other | 1u << block));
             from += plain_count;
             out.at += plain_count;
             if (plain_count < block)
                 return from;
         }
-#endif
         while (from != end && is_plain(static_cast<std::uint32_t>(*from)))
             out.put(static_cast<char>(*from++));
         return from;

@@ -100,8 +100,4 @@ std::optional<std::uint32_t> win32_call(const char* op, const std::wstring& main
     return host->enter(op, {main_argument}).err;
 }
 
-bool file_mask_matches(const std::wstring& mask, const std::wstring& name) {
-    return mask_matches(mask, name);
-}
-
 } // namespace hostsim

@@ -40,11 +40,15 @@ std::optional<registry_value_t> registry_value(const std::wstring& key_path, con
 // %NAME%: the host's <Environment> first, then the process environment.
 std::optional<std::wstring> environment_variable(const std::wstring& name);
 
+// FormatMessage's texts, closing line break included: the system's table (Win32 codes, those
+// carried in HRESULTs, and the few other HRESULTs it knows), the internet functions' table, and
+// the message module of VSS. nullopt: no text for the code.
+std::optional<std::string> system_message(std::uint32_t code);
+std::optional<std::string> internet_message(std::uint32_t code);
+std::optional<std::string> vss_message(std::uint32_t id);
+
 // A Win32-style simulated call about to run: journal it and return the Win32 error a <Fault err=...>
 // injects for it (op is the call's own name, e.g. L"GetVolumePathNameW"), if any.
 std::optional<std::uint32_t> win32_call(const char* op, const std::wstring& main_argument);
-
-// FindFirstFileW's mask rule: '*' and '?', without regard to case; "*.*" matches every name.
-bool file_mask_matches(const std::wstring& mask, const std::wstring& name);
 
 } // namespace hostsim

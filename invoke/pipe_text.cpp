@@ -1,5 +1,8 @@
 #include "invoke/pipe_text.h"
 
+#include "compat/text_blocks.h"
+#include "compat/unicode.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -9,18 +12,10 @@ namespace win::pipes {
 
 namespace {
 
-constexpr char32_t replacement_character = 0xFFFD;
 constexpr bool wide_is_utf16 = sizeof(wchar_t) == 2;
 // Frames run to megabytes of plain text: blocks of this many units that need no care (no zero,
 // no surrogate, nothing beyond one unit) are copied in a few vector steps.
-constexpr std::size_t plain_block = 16;
-
-bool is_high_surrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool is_low_surrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
+constexpr std::size_t plain_block = text_blocks::block;
 
 char16_t unit_at(const byte_buffer_t& bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
@@ -36,15 +31,12 @@ char32_t encodable(wchar_t character) {
     const auto code_point = static_cast<char32_t>(character);
     if (wide_is_utf16)
         return code_point & 0xFFFF;
-    return code_point > 0x10FFFF ? replacement_character : code_point;
+    return code_point > 0x10FFFF ? unicode::replacement_character : code_point;
 }
 
 std::uint8_t* put_code_point(std::uint8_t* out, char32_t code_point) {
-    if (code_point < 0x10000)
-        return put_unit(out, code_point);
-    code_point -= 0x10000;
-    out = put_unit(out, 0xD800 + (code_point >> 10));
-    return put_unit(out, 0xDC00 + (code_point & 0x3FF));
+    unicode::put_utf16(code_point, [&out](char32_t unit) { out = put_unit(out, unit); });
+    return out;
 }
 
 // The blocks go through local arrays: as far as the compiler knows, bytes could alias the text.
@@ -67,18 +59,12 @@ bool plain_units_at(const byte_buffer_t& bytes, std::size_t first, char16_t (&un
 }
 
 bool is_single_unit_block(const wchar_t* text) {
-    std::uint32_t any = 0;
-    for (std::size_t i = 0; i < plain_block; ++i)
-        any |= static_cast<std::uint32_t>(text[i]);
-    return wide_is_utf16 || any < 0x10000;
+    return wide_is_utf16 || text_blocks::any_bits(text) < 0x10000;
 }
 
 std::uint8_t* put_single_unit_block(std::uint8_t* out, const wchar_t* text) {
-    wchar_t block[plain_block];
-    std::copy_n(text, plain_block, block);
     char16_t units[plain_block];
-    for (std::size_t i = 0; i < plain_block; ++i)
-        units[i] = static_cast<char16_t>(block[i]);
+    text_blocks::convert(units, text);
     if constexpr (std::endian::native == std::endian::little) {
         std::memcpy(out, units, sizeof units);
         return out + sizeof units;
@@ -122,9 +108,9 @@ frame_text_t DecodeFrameText(const byte_buffer_t& bytes) {
             frame.terminated = true;
             break;
         }
-        if (!wide_is_utf16 && is_high_surrogate(unit) && i < units && is_low_surrogate(unit_at(bytes, i))) {
-            const char32_t low = unit_at(bytes, i++);
-            *out++ = static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+        if (!wide_is_utf16 && unicode::is_high_surrogate(unit) && i < units &&
+            unicode::is_low_surrogate(unit_at(bytes, i))) {
+            *out++ = static_cast<wchar_t>(unicode::from_surrogates(unit, unit_at(bytes, i++)));
             continue;
         }
         *out++ = static_cast<wchar_t>(unit);

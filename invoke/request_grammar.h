@@ -1,22 +1,11 @@
 // "cmd:<name> xml:<document>": the grammar of a request, over whichever text the server holds.
 #pragma once
 
+#include "compat/ascii_case.h"
+
 #include <string_view>
 
 namespace wrap::request_grammar {
-
-template <class Char>
-bool starts_with_ignoring_case(std::basic_string_view<Char> text, std::string_view prefix) {
-    if (text.size() < prefix.size())
-        return false;
-    for (std::size_t i = 0; i < prefix.size(); ++i) {
-        const Char c = text[i];
-        const Char folded = c >= Char('A') && c <= Char('Z') ? static_cast<Char>(c - 'A' + 'a') : c;
-        if (folded != static_cast<Char>(prefix[i]))
-            return false;
-    }
-    return true;
-}
 
 // Views into the request rather than copies: the document may run to megabytes.
 template <class Char>
@@ -24,10 +13,10 @@ bool parse(std::basic_string_view<Char> request, std::basic_string_view<Char>& c
            std::basic_string_view<Char>& document) {
     constexpr std::string_view command_prefix = "cmd:";
     constexpr std::string_view document_prefix = "xml:";
-    if (!starts_with_ignoring_case(request, command_prefix) || request.size() == command_prefix.size())
+    if (!ascii::istarts_with(request, command_prefix) || request.size() == command_prefix.size())
         return false;
     const std::size_t space = request.find(Char(' '), command_prefix.size());
-    if (space == request.npos || !starts_with_ignoring_case(request.substr(space + 1), document_prefix))
+    if (space == request.npos || !ascii::istarts_with(request.substr(space + 1), document_prefix))
         return false;
     command = request.substr(command_prefix.size(), space - command_prefix.size());
     document = request.substr(space + 1 + document_prefix.size());

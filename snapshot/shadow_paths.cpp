@@ -3,15 +3,15 @@
 #include "common/exc/exc.h"
 #include "common/logging/log.h"
 #include "common/win/path.h"
+#include "compat/ascii_case.h"
 #include "snapshot/vss_snapshot.h"
-#include "vssutils/ascii_case.h"
 #include "vssutils/snapshot_info.h"
 
 namespace impl {
 
 void MapVmItems(ItemsList& items, const std::wstring& oldVolume, const std::wstring& newVolume) {
     for (CFilesListItem& item : items)
-        if (VSSUtils::starts_with_ignoring_ascii_case(item.fullPath, oldVolume))
+        if (ascii::istarts_with(item.fullPath, oldVolume))
             item.fullPath = win::path_join(newVolume, item.fullPath.substr(oldVolume.size()));
 }
 

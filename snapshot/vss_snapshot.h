@@ -4,9 +4,9 @@
 // snapshot. It lives and dies on the task's worker, in the worker's apartment.
 #pragma once
 
+#include "compat/ascii_case.h"
 #include "snapshot/backup_vm_info.h"
 #include "snapshot/snapshot_result.h"
-#include "vssutils/ascii_case.h"
 #include "vssutils/com.h"
 #include "vssutils/writer_metadata.h"
 
@@ -32,7 +32,7 @@ namespace impl {
 
 class CVssSnapshot {
 public:
-    using VmMap = std::map<std::wstring, std::shared_ptr<CBackupVmInfo>, VSSUtils::AsciiCaseLess>;
+    using VmMap = std::map<std::wstring, std::shared_ptr<CBackupVmInfo>, ascii::less_t>;
 
     // The cancel event stops the waits of the creation; setting it fails the creation.
     CVssSnapshot(std::shared_ptr<const CHvBackupSpec> specification,

@@ -4,22 +4,6 @@
 #include "common/format/format.h"
 #include "tool/command_handlers.h"
 
-#include <algorithm>
-
-namespace {
-
-wchar_t FoldAsciiLetter(wchar_t c) {
-    return (c >= L'A' && c <= L'Z') ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-}
-
-} // namespace
-
-bool CommandNameLess::operator()(const std::wstring& a, const std::wstring& b) const {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
-        return FoldAsciiLetter(x) < FoldAsciiLetter(y);
-    });
-}
-
 CMirrackDispatcher::CMirrackDispatcher()
     : commands{
           {L"BeginSnapshotCreation", &handlers::BeginSnapshotCreation},

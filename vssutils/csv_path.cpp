@@ -5,8 +5,8 @@
 #include "common/win/folder.h"
 #include "common/win/path.h"
 #include "common/win/volume.h"
+#include "compat/ascii_case.h"
 #include "compat/cluster_api.h"
-#include "vssutils/ascii_case.h"
 
 namespace VSSUtils {
 
@@ -26,7 +26,7 @@ bool IsPathOnCsv(const std::wstring& path) {
     std::wstring probed = nearest_existing(path);
     if (ClusterIsPathOnSharedVolume(probed.c_str()))
         return true;
-    if (starts_with_ignoring_ascii_case(probed, win::cluster_storage_root()))
+    if (ascii::istarts_with(probed, win::cluster_storage_root()))
         throw exc::runtime_exc_t("Failed to call function 'ClusterIsPathOnSharedVolume'. Path: '%1'.",
                                  to_ansi_nothrow(path));
     return false;

@@ -103,7 +103,7 @@ void CVolumesHolder::AddVolume(const std::wstring& mountPoint, const std::wstrin
 
 std::wstring CVolumesHolder::FindMountPoint(const std::wstring& volumeName) const {
     for (const auto& [mountPoint, name] : mountPoints)
-        if (equals_ignoring_ascii_case(name, volumeName))
+        if (ascii::iequals(name, volumeName))
             return mountPoint;
     throw exc::runtime_exc_t("Unable to lookup volume mount point by volume name '%1'.",
                              to_ansi_nothrow(volumeName));

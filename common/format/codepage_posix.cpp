@@ -6,15 +6,13 @@
 #include "common/format/codepage.h"
 
 #include "common/format/ascii_runs.h"
-#include "common/format/unicode_units.h"
-#include "compat/utf8_codec.h"
+#include "compat/unicode.h"
 
 namespace format_impl {
 
 namespace {
 
 using format_impl::ascii::is_ascii_block;
-using format_impl::ascii::put_block;
 using unicode::scalar_or_replacement;
 constexpr std::size_t ascii_block = format_impl::ascii::block;
 
@@ -27,7 +25,7 @@ std::size_t utf8_size_of(std::wstring_view text) {
             pos += ascii_block;
             continue;
         }
-        size += compat::utf8::encoded_length(scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
+        size += unicode::utf8_length(scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
     }
     return size;
 }
@@ -63,11 +61,11 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
     char* cursor = out.data() + pos;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = put_block(cursor, text.data() + pos);
+            cursor = text_blocks::convert(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
-        cursor = compat::utf8::put(cursor, scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
+        cursor = unicode::put_utf8(cursor, scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
     }
     return out;
 }
@@ -79,7 +77,7 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     std::size_t pos = 0;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = put_block(cursor, text.data() + pos);
+            cursor = text_blocks::convert(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
@@ -113,7 +111,7 @@ bool recode_utf8_in_place(code_page_t, std::string& text) {
     char encoded[4];
     while (pos < view.size()) {
         const unicode::decoded_t c = unicode::decode_utf8(view.substr(pos));
-        repaired.append(encoded, compat::utf8::put(encoded, c.value));
+        repaired.append(encoded, unicode::put_utf8(encoded, c.value));
         pos += c.units;
     }
     text = std::move(repaired);

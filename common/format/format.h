@@ -1,6 +1,7 @@
 // The %1 template formatter, text conversions, and the small printers and parsers.
 #pragma once
 
+#include "compat/ascii_case.h"
 #include "compat/win_types.h"
 
 #include <cstdint>
@@ -40,8 +41,7 @@ GUID string_to_guid(const std::wstring& text);
 GUID string_to_guid(const std::string& text);
 // Lower-case text, for comparisons without regard to case.
 std::wstring to_lower(const std::wstring& text);
-bool iequals(const std::wstring& a, const std::wstring& b);
-bool iequals(const std::string& a, const std::string& b);
+using ascii::iequals;
 
 std::wstring expand_env(const std::wstring& text);
 std::string shorten_for_log(const std::string& text);

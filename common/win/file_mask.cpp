@@ -8,19 +8,14 @@
 // So "*." takes the names without an extension, "a?" takes "a", and "*.*" takes every name.
 #include "common/win/file_search.h"
 
+#include "compat/ascii_case.h"
+
 #include <algorithm>
-#include <cwctype>
 #include <vector>
 
 namespace win {
 
 namespace {
-
-wchar_t fold_case(wchar_t c) {
-    if (c < 0x80)
-        return (c >= L'A' && c <= L'Z') ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-    return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
-}
 
 enum class token_kind_t { literal, star, dos_star, dos_question_mark, dos_dot };
 
@@ -41,7 +36,7 @@ std::vector<token_t> tokens_of(const std::wstring& mask) {
         else if (mask[i] == L'.' && (next == L'?' || next == L'*' || next == L'\0'))
             tokens.push_back({token_kind_t::dos_dot, 0});
         else
-            tokens.push_back({token_kind_t::literal, fold_case(mask[i])});
+            tokens.push_back({token_kind_t::literal, ascii::fold(mask[i])});
     }
     return tokens;
 }
@@ -90,7 +85,7 @@ private:
     bool step(std::size_t s, wchar_t c, bool is_last_dot) {
         switch (tokens_[s].kind) {
         case token_kind_t::literal:
-            return take(s + 1, fold_case(c) == tokens_[s].folded);
+            return take(s + 1, ascii::fold(c) == tokens_[s].folded);
         case token_kind_t::star:
             return take(s, true);
         case token_kind_t::dos_star:

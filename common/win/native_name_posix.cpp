@@ -1,7 +1,6 @@
 #include "common/win/native_name_posix.h"
 
-#include "common/format/unicode_units.h"
-#include "compat/utf8_codec.h"
+#include "compat/unicode.h"
 
 #include <string_view>
 
@@ -55,7 +54,7 @@ std::string native_name_bytes(const std::wstring& name) {
             continue;
         }
         char encoded[4];
-        bytes.append(encoded, compat::utf8::put(encoded, unicode::scalar_or_replacement(unit)));
+        bytes.append(encoded, unicode::put_utf8(encoded, unicode::scalar_or_replacement(unit)));
     }
     return bytes;
 }

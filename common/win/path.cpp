@@ -1,5 +1,7 @@
 #include "common/win/path.h"
 
+#include "compat/ascii_case.h"
+
 #include <cwctype>
 
 namespace win {
@@ -19,23 +21,16 @@ bool is_drive(const std::wstring& text) {
     return text.size() == 2 && text[1] == L':' && std::iswalpha(static_cast<wint_t>(text[0]));
 }
 
-bool ascii_iequals(const std::wstring& a, const wchar_t* b) {
-    std::size_t i = 0;
-    for (; i < a.size() && b[i] != L'\0'; ++i)
-        if (std::towlower(static_cast<wint_t>(a[i])) != std::towlower(static_cast<wint_t>(b[i])))
-            return false;
-    return i == a.size() && b[i] == L'\0';
-}
-
 bool begins_with_volume_guid(const std::wstring& component) {
-    return component.size() > 7 && ascii_iequals(component.substr(0, 7), L"Volume{");
+    return component.size() > 7 && ascii::iequals(component.substr(0, 7), L"Volume{");
 }
 
 bool is_device_root(const std::vector<std::wstring>& parts) {
     // parts[0] is "?" or "."
     if (parts.size() == 2)
         return begins_with_volume_guid(parts[1]) || is_drive(parts[1]);
-    return parts.size() == 4 && ascii_iequals(parts[1], L"GLOBALROOT") && ascii_iequals(parts[2], L"Device");
+    return parts.size() == 4 && ascii::iequals(parts[1], L"GLOBALROOT") &&
+           ascii::iequals(parts[2], L"Device");
 }
 
 } // namespace

@@ -1,12 +1,13 @@
-// The DOM over pugixml. Text crosses as UTF-8 inside and as wide strings outside,
-// converted strictly; the messages and codes are those of the platform's DOM.
+// The DOM over pugixml. Text crosses as UTF-8 inside and as wide strings outside, converted as
+// the system's conversions without flags do it, each bad sequence replaced; the messages and
+// codes are those of the platform's DOM.
 #include "common/exc/exc.h"
 #include "common/format/ascii_runs.h"
 #include "common/format/format.h"
-#include "common/format/unicode_units.h"
 #include "common/xml/dom_platform.h"
 #include "common/xml/nesting_depth.h"
 #include "common/xml/xml_text_rules.h"
+#include "compat/unicode.h"
 
 #include <pugixml.hpp>
 
@@ -117,15 +118,9 @@ std::string_view node_name_of(const pugi::xml_node& node) {
     }
 }
 
-bool ascii_iequals(std::string_view a, std::string_view b) {
-    auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [&](char x, char y) { return fold(x) == fold(y); });
-}
-
 // Names and values cross to pugixml as zero-terminated UTF-8, for one call each. Nearly all of
 // them are short ASCII text, which goes on the stack; wide text that is not goes through the
-// strict conversion.
+// conversion.
 class c_text_t {
 public:
     explicit c_text_t(std::string_view utf8) {
@@ -163,7 +158,7 @@ private:
     const char* text_ = nullptr;
 };
 
-// ASCII widens as it stands; anything else goes through the strict conversion.
+// ASCII widens as it stands; anything else goes through the conversion.
 std::wstring widen_value(const char* value) {
     const std::string_view text(value);
     std::wstring wide(text.size(), L'\0');
@@ -465,7 +460,7 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
     std::vector<dom_element_t> elements;
     for (pugi::xml_node child = parent.node.first_child(); child && elements.size() < limit;
          child = child.next_sibling()) {
-        if (!ascii_iequals(node_name_of(child), tag_utf8.c_str()))
+        if (!ascii::iequals(node_name_of(child), tag_utf8.c_str()))
             continue;
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");

@@ -1,20 +1,18 @@
 #include "common/xml/xml_text_rules.h"
 
+#include "compat/text_blocks.h"
+#include "compat/unicode.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 #include <vector>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace {
 
-// Documents run to megabytes of plain text, so they are searched 16 bytes at a time for what
-// needs a closer look; the block's test has no branch.
-constexpr std::size_t block = 16;
+// Documents run to megabytes of plain text, so they are searched a block at a time for what
+// needs a closer look.
+using text_blocks::block;
 
 // The byte of a character XML leaves out: a control below U+0020, or the lead of the three-byte
 // forms of the surrogates (ED) and of U+FFFE and U+FFFF (EF).
@@ -22,44 +20,16 @@ bool may_be_refused_character(unsigned char c) {
     return c < 0x20 || c == 0xED || c == 0xEF;
 }
 
-#if defined(__SSE2__)
-// A byte is below U+0020 where the larger of it and 0x1F is 0x1F, compared without sign.
-int refused_character_mask(const char* text) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const __m128i below = _mm_set1_epi8(0x1F);
-    const __m128i odd = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(0xED))),
-                                     _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(0xEF))));
-    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(_mm_max_epu8(bytes, below), below), odd));
+unsigned refused_character_mask(const char* text) {
+    return text_blocks::bytes_outside(text, 0x20, 0xFF) | text_blocks::bytes_among<0xED, 0xEF>(text);
 }
-
-template <char... Set> int byte_mask(const char* text) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    __m128i hits = _mm_setzero_si128();
-    ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(Set)))), ...);
-    return _mm_movemask_epi8(hits);
-}
-#else
-int refused_character_mask(const char* text) {
-    int mask = 0;
-    for (std::size_t i = 0; i < block; ++i)
-        mask |= may_be_refused_character(static_cast<unsigned char>(text[i])) ? 1 << i : 0;
-    return mask;
-}
-
-template <char... Set> int byte_mask(const char* text) {
-    int mask = 0;
-    for (std::size_t i = 0; i < block; ++i)
-        mask |= ((text[i] == Set) || ...) ? 1 << i : 0;
-    return mask;
-}
-#endif
 
 // Where the first of the bytes in Set stands from `from` on; npos for none.
 template <char... Set> std::size_t find_any(std::string_view text, std::size_t from) {
     std::size_t pos = std::min(from, text.size());
     for (; text.size() - pos >= block; pos += block)
-        if (const int mask = byte_mask<Set...>(text.data() + pos))
-            return pos + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(mask)));
+        if (const unsigned mask = text_blocks::bytes_among<Set...>(text.data() + pos))
+            return pos + static_cast<std::size_t>(std::countr_zero(mask));
     for (; pos < text.size(); ++pos)
         if (((text[pos] == Set) || ...))
             return pos;
@@ -81,10 +51,8 @@ bool is_refused_at(std::string_view text, std::size_t pos) {
 bool has_refused_character(std::string_view text) {
     std::size_t pos = 0;
     for (; text.size() - pos >= block; pos += block) {
-        const int mask = refused_character_mask(text.data() + pos);
-        for (int bits = mask; bits != 0; bits &= bits - 1)
-            if (is_refused_at(text,
-                              pos + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(bits)))))
+        for (unsigned bits = refused_character_mask(text.data() + pos); bits != 0; bits &= bits - 1)
+            if (is_refused_at(text, pos + static_cast<std::size_t>(std::countr_zero(bits))))
                 return true;
     }
     for (; pos < text.size(); ++pos)
@@ -116,20 +84,6 @@ int digit_value(char c, bool hex) {
     if (hex && c >= 'A' && c <= 'F')
         return c - 'A' + 10;
     return -1;
-}
-
-void append_utf8(std::string& out, std::uint32_t c) {
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-        return;
-    }
-    const std::size_t length = c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-    static constexpr unsigned char leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
-    char bytes[4];
-    for (std::size_t i = length - 1; i > 0; --i, c >>= 6)
-        bytes[i] = static_cast<char>(0x80 | (c & 0x3F));
-    bytes[0] = static_cast<char>(leads[length] | c);
-    out.append(bytes, length);
 }
 
 // What stops the judging: the text is not XML, or grows too large.
@@ -455,7 +409,8 @@ private:
             if (name.front() == '#') {
                 const std::optional<std::uint32_t> c = character_reference(name.substr(1));
                 require(c.has_value());
-                append_utf8(replacement, *c);
+                char encoded[4];
+                replacement.append(encoded, unicode::put_utf8(encoded, *c));
             } else {
                 require(std::all_of(name.begin(), name.end(), is_name_byte));
                 replacement.append(literal.substr(at, end + 1 - at));

@@ -1,6 +1,6 @@
 // POSIX only: the ANSI code page is UTF-8 here, not a Windows code page.
 #include "common/format/format.h"
-#include "common/format/unicode_units.h"
+#include "compat/unicode.h"
 
 #include <gtest/gtest.h>
 

@@ -80,15 +80,6 @@ TEST(PlatformView, WithoutAHostNothingIsThere) {
     EXPECT_EQ(writers, 0u);
 }
 
-TEST(PlatformView, FileMasksMatchAsOnWindows) {
-    EXPECT_TRUE(hostsim::file_mask_matches(L"*.*", L"noextension"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"*.AVHDX", L"vm1_A1.avhdx"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"vm?.vhdx", L"VM1.vhdx"));
-    EXPECT_FALSE(hostsim::file_mask_matches(L"vm?.vhdx", L"vm12.vhdx"));
-    EXPECT_FALSE(hostsim::file_mask_matches(L"*.vhd", L"a.vhdx"));
-    EXPECT_TRUE(hostsim::file_mask_matches(L"a*b*c", L"aXXbYYc"));
-}
-
 // What a preparation leads to is the contract tests' and the volume set's; here, the call's own answers.
 TEST(PlatformView, ClusterSharedVolumesArePreparedThroughTheirFiles) {
     scratch_host_t host;

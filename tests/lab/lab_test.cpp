@@ -2,6 +2,7 @@
 #include "lab/lab_commands.h"
 #include "lab/sample_host.h"
 
+#include "common/win/file_search.h"
 #include "compat/cluster_api.h"
 #include "compat/com_ptr.h"
 #include "compat/vss_api.h"
@@ -45,7 +46,7 @@ std::size_t files_found(const hostsim::host_t& host, const hostsim::file_spec_t&
     std::error_code ec;
     for (fs::directory_iterator it(*dir, ec), end; !ec && it != end; ++it) {
         auto name = hostsim::from_utf8(it->path().filename().string());
-        if (!hostsim::mask_matches(spec.spec, name))
+        if (!win::mask_matches(spec.spec, name))
             continue;
         if (it->is_directory())
             found += spec.recursive ? files_found(host, spec, prefix + name + L"\\") : 0;
