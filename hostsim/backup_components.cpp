@@ -20,12 +20,6 @@ BSTR new_bstr(const std::wstring& text) {
     return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
 }
 
-VSS_PWSZ new_task_string(const std::wstring& text) {
-    auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
-    std::memcpy(copy, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-    return copy;
-}
-
 std::wstring flag_text(bool value) {
     return value ? L"true" : L"false";
 }

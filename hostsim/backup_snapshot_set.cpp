@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const wchar_t shadow_device_prefix[] = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
 const std::size_t max_volumes_in_set = 64;
 
 // Volume names and share paths are taken only in their full form, with the closing backslash.
@@ -29,12 +28,9 @@ bool names_a_volume(const wchar_t* name) {
     return name && *name && name[std::wcslen(name) - 1] == L'\\';
 }
 
-VSS_PWSZ new_task_string(const std::wstring& text) {
-    if (text.empty())
-        return nullptr;
-    auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
-    std::memcpy(copy, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-    return copy;
+// A property that has no value is a null string, not an empty one.
+VSS_PWSZ new_property_string(const std::wstring& text) {
+    return text.empty() ? nullptr : new_task_string(text);
 }
 
 std::int32_t snapshot_attributes(LONG context, const provider_t& provider, const snapshot_target_t& target) {
@@ -275,10 +271,11 @@ void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSH
     prop.m_SnapshotId = info.snapshot_id;
     prop.m_SnapshotSetId = set_id_.value_or(GUID_NULL);
     prop.m_lSnapshotsCount = static_cast<LONG>(snapshots_.size());
-    prop.m_pwszSnapshotDeviceObject = new_task_string(shadow_device_prefix + std::to_wstring(info.number));
-    prop.m_pwszOriginalVolumeName = new_task_string(info.volume_name);
-    prop.m_pwszOriginatingMachine = new_task_string(info.machine);
-    prop.m_pwszServiceMachine = new_task_string(host_->model().name);
+    prop.m_pwszSnapshotDeviceObject =
+        new_property_string(std::wstring(shadow_device_prefix) + std::to_wstring(info.number));
+    prop.m_pwszOriginalVolumeName = new_property_string(info.volume_name);
+    prop.m_pwszOriginatingMachine = new_property_string(info.machine);
+    prop.m_pwszServiceMachine = new_property_string(host_->model().name);
     prop.m_ProviderId = info.provider_id;
     prop.m_lSnapshotAttributes = info.attributes;
     prop.m_tsCreationTimestamp = info.created;

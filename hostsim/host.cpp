@@ -13,8 +13,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::wstring shadow_device_prefix = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
-
 // One spelling for every Windows form: '\' only, the long-path and device prefixes of
 // drive letters and UNC paths taken off.
 std::wstring windows_form(std::wstring p) {

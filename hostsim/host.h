@@ -11,9 +11,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hostsim {
+
+// The device path of a shadow copy is this and the copy's number.
+inline constexpr std::wstring_view shadow_device_prefix =
+    L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy";
 
 enum class location_kind { none, native, volume, share, shadow };
 

@@ -3,6 +3,8 @@
 #include "compat/unicode.h"
 #include "compat/uuid_text.h"
 
+#include <cwchar>
+
 namespace hostsim {
 
 std::string to_utf8(std::wstring_view text) {
@@ -59,6 +61,13 @@ std::wstring with_trailing_backslash(std::wstring path) {
     if (path.empty() || path.back() != L'\\')
         path += L'\\';
     return path;
+}
+
+wchar_t* new_task_string(std::wstring_view text) {
+    auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    std::wmemcpy(copy, text.data(), text.size());
+    copy[text.size()] = L'\0';
+    return copy;
 }
 
 } // namespace hostsim

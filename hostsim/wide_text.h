@@ -25,6 +25,9 @@ std::optional<GUID> parse_guid(std::wstring_view text);
 std::wstring guid_text(const GUID& id);
 GUID new_guid();
 
+// A copy in COM task memory, as the VSS calls hand out their strings: the caller frees it.
+wchar_t* new_task_string(std::wstring_view text);
+
 // Windows-form path with '\' as the only separator, a trailing '\' when asked.
 std::wstring with_trailing_backslash(std::wstring path);
 

@@ -14,11 +14,11 @@ using namespace snapshot_test;
 
 namespace {
 
-const GUID taskId = {0x5e1f0000, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
+const GUID threadTaskId = {0x5e1f0000, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
 
 std::unique_ptr<CVssSnapshotThread2> start_task(const std::vector<spec_vm_t>& vms,
                                                 const SSnapshotTaskLimits& limits = SSnapshotTaskLimits()) {
-    return std::make_unique<CVssSnapshotThread2>(L"Job", L"Console", taskId,
+    return std::make_unique<CVssSnapshotThread2>(L"Job", L"Console", threadTaskId,
                                                  parse_spec(spec_xml(vms, usual_providers)), limits);
 }
 
@@ -39,7 +39,7 @@ TEST(SnapshotTask, WhileCreatingItAnswersAtOnceAndClosingCancelsTheCreation) {
     const SOperationStatus status = task->GetOperationInfo()->Read();
     EXPECT_FALSE(status.isCompleted);
     EXPECT_TRUE(status.isSucceeded);
-    EXPECT_EQ(status.snapshotId, taskId);
+    EXPECT_EQ(status.snapshotId, threadTaskId);
     EXPECT_EQ(failure_lines([&] { task->GetCreatedInfo(); }),
               std::vector<std::string>{"Failed to create snapshot."});
     EXPECT_EQ(failure_lines([&] { task->GetVmFiles(string_to_guid(std::string(local_vm))); }),
