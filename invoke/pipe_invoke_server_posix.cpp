@@ -2,6 +2,7 @@
 // here, and the parser, the trace and the serialised response all read or write UTF-8.
 #include "invoke/pipe_invoke_server.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
 #include "invoke/arguments.h"

@@ -167,12 +167,13 @@ struct utf8_writer_t {
     }
 };
 
+enum class walk_t { to_end, ascii_only };
+
 // The frame's units from `i` on; true when the closing U+0000 was met. `i` is left where the walk
-// stopped: at the end, behind the U+0000, or, with stop_at_non_ascii, at the first unit that is
-// not ASCII.
+// stopped: at the end, behind the U+0000, or, walking ascii_only, at the first unit that is not ASCII.
 template <class Sink>
 bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Sink& sink,
-                bool stop_at_non_ascii = false) {
+                walk_t walk = walk_t::to_end) {
     while (i < units) {
         if (units - i >= block && is_ascii_unit_block(bytes + 2 * i)) {
             sink.ascii_block(bytes + 2 * i);
@@ -184,7 +185,7 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
             ++i;
             return true;
         }
-        if (stop_at_non_ascii && unit >= 0x80)
+        if (walk == walk_t::ascii_only && unit >= 0x80)
             return false;
         ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
@@ -245,7 +246,7 @@ utf8_frame_t DecodeFrameUtf8(const byte_buffer_t& bytes) {
     frame.text.reserve(units);
     utf8_writer_t writer{staged_output_t<std::string>(frame.text)};
     std::size_t i = 0;
-    frame.terminated = walk_frame(bytes.data(), units, i, writer, true);
+    frame.terminated = walk_frame(bytes.data(), units, i, writer, walk_t::ascii_only);
     if (!frame.terminated && i < units) {
         writer.out.flush();
         utf8_counter_t counter;

@@ -1,5 +1,6 @@
 #include "tool/process_platform.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 HRESULT InitializeComSecurityForProcess() {

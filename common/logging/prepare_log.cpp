@@ -1,5 +1,6 @@
 #include "common/logging/prepare_log.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log_directory.h"

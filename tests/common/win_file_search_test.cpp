@@ -132,5 +132,5 @@ TEST_F(FileSearch, NothingThereIsAnEmptySearchNotAFailure) {
     EXPECT_TRUE(names_found(tree.wide("missing\\folder") + L"\\*").empty());
     EXPECT_TRUE(names_found(in_tree(L"notes.txt\\*")).empty());
     EXPECT_TRUE(names_found(L"Q:\\not\\mapped\\*").empty());
-    EXPECT_FALSE(win_file_search_t(in_tree(L"*.iso"), win_file_search_t::start_failure_t::raise).found());
+    EXPECT_FALSE(win_file_search_t(in_tree(L"*.iso")).found());
 }

@@ -3,6 +3,7 @@
 #include "import/import_snapshot_result.h"
 #include "import_test_support.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <gtest/gtest.h>

@@ -4,6 +4,7 @@
 #include "import/vss_import_snapshot.h"
 #include "import_test_support.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "common/win/event.h"
 #include "invoke/snapshot_ids.h"

@@ -1,3 +1,4 @@
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"

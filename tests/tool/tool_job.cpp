@@ -2,6 +2,7 @@
 
 #include "tool_expectations.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <gtest/gtest.h>
