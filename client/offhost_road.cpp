@@ -1,7 +1,6 @@
 #include "client/offhost_road.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 
 namespace client {
 

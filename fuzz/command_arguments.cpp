@@ -1,7 +1,6 @@
 #include "fuzz/command_arguments.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/files_list.h"
 #include "invoke/snapshot_ids.h"

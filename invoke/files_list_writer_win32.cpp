@@ -1,7 +1,6 @@
 #include "invoke/files_list_writer.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/xml/dom.h"
 
 namespace files_list_impl {

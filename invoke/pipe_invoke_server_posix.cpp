@@ -3,7 +3,6 @@
 #include "invoke/pipe_invoke_server.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/xml/dom.h"
 #include "invoke/arguments.h"
 #include "invoke/invoke_server_com.h"

@@ -1,7 +1,6 @@
 #include "tool/process_platform.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 
 HRESULT InitializeComSecurityForProcess() {
     return CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,

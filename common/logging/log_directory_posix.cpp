@@ -1,5 +1,4 @@
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/logging/log_directory.h"
 
 #include <cstdlib>

@@ -14,13 +14,6 @@
 
 namespace logging::perf {
 
-// The word of the table is code >> 8, the bit code & 31.
-inline constexpr std::uint32_t file_write = win::file_op::write;
-inline constexpr std::uint32_t file_read = win::file_op::read;
-inline constexpr std::uint32_t file_seek = win::file_op::seek;
-inline constexpr std::uint32_t file_set_size = win::file_op::set_size;
-inline constexpr std::uint32_t file_flush = win::file_op::flush;
-
 inline constexpr std::size_t default_buffer_records = 4096;
 
 struct perf_record_t {
@@ -40,6 +33,7 @@ public:
     perf_logger_t(const perf_logger_t&) = delete;
     perf_logger_t& operator=(const perf_logger_t&) = delete;
 
+    // The codes are win::file_op's: the word of the table is code >> 8, the bit code & 31.
     bool enabled(std::uint32_t code) const noexcept {
         const std::size_t word = code >> 8;
         return table_ != nullptr && word < table_words_ && (table_[word] & (1u << (code & 31))) != 0;

@@ -2,7 +2,6 @@
 
 #include "common/exc/convert.h"
 #include "common/exc/exc.h"
-#include "common/format/format.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_names.h"
 #include "common/logging/log_platform.h"

@@ -5,7 +5,6 @@
 #include "common/crash/dump_type.h"
 #include "common/exc/convert.h"
 #include "common/exc/exc.h"
-#include "common/format/format.h"
 #include "crash_test_support.h"
 
 #include <gtest/gtest.h>

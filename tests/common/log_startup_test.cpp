@@ -2,7 +2,6 @@
 #include "log_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/runtime/startup.h"
 #include "tests/support/process_env.h"
 

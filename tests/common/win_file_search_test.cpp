@@ -1,5 +1,5 @@
 #include "common/exc/exc.h"
-#include "common/win/file_search.h"
+#include "common/runtime/search_or_warn.h"
 #include "tests/support/process_env.h"
 #include "win_temp_tree.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 std::set<std::wstring> names_found(const std::wstring& pattern) {
     std::set<std::wstring> names;
-    for (win_file_search_t search(pattern); search.found(); search.next())
+    for (win_file_search_t search = win::search_or_warn(pattern); search.found(); search.next())
         names.insert(search.current().name);
     return names;
 }

@@ -3,7 +3,6 @@
 #include "tool_expectations.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 
 #include <gtest/gtest.h>
 
