@@ -2,7 +2,6 @@
 // tool's own parser, and the mistakes it refuses, each named.
 #include "client/spec_command.h"
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "spec/hv_backup_spec.h"
 #include "test_server.h"
 

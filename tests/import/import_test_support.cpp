@@ -1,7 +1,6 @@
 #include "import_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "hostsim/host_access.h"
 #include "invoke/snapshot_ids.h"
 #include "lab/sample_host.h"

@@ -4,7 +4,6 @@
 #include "import_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,6 @@
 #include "import_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/win/event.h"
 #include "invoke/snapshot_ids.h"
 

@@ -1,5 +1,4 @@
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
 #include "tests/invoke/documents_test_lines.h"

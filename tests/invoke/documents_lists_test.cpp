@@ -1,5 +1,4 @@
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "common/xml/dom.h"
 #include "invoke/files_list.h"
 #include "invoke/snapshot_ids.h"

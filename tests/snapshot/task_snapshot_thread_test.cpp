@@ -3,7 +3,6 @@
 #include "snapshot_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "snapshot/vss_snapshot_thread.h"
 
 #include <gtest/gtest.h>

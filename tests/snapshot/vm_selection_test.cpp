@@ -2,7 +2,6 @@
 #include "snapshot_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 
 #include <gtest/gtest.h>
 

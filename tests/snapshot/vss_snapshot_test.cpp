@@ -3,7 +3,6 @@
 #include "snapshot_test_support.h"
 
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "invoke/snapshot_ids.h"
 #include "spec/hv_backup_spec.h"
 

@@ -7,7 +7,6 @@
 
 #include "client/invoke_client.h"
 #include "common/exc/convert.h"
-#include "common/format/format.h"
 #include "hostsim/host_access.h"
 #include "invoke/files_list.h"
 #include "lab/host_state_report.h"
