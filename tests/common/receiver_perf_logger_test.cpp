@@ -21,15 +21,13 @@ std::vector<std::uint32_t> set_size_only() {
 
 } // namespace
 
-TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimed) {
+// The process's table is empty, so no file operation is timed.
+TEST(PerfLogger, CodeSelectsItsWordAndBit) {
     for (std::uint32_t code : {win::file_op::write, win::file_op::read, win::file_op::seek,
                                win::file_op::set_size, win::file_op::flush, 0u, 0xFFFFFFFFu})
         EXPECT_FALSE(logging::perf::perf_logger().enabled(code)) << code;
     logging::perf::note_file_operation(win::file_op::write);
     EXPECT_EQ(logging::perf::perf_logger().buffered(), 0u);
-}
-
-TEST(PerfLogger, CodeSelectsItsWordAndBit) {
     perf_logger_t logger(set_size_only(), L"");
     EXPECT_TRUE(logger.enabled(win::file_op::set_size));
     EXPECT_TRUE(logger.enabled(0x123)); // bit 3 of word 1 again
