@@ -1,5 +1,6 @@
 // Cost of filling a typical four-marker message template, and of the text conversions over a
 // document that is mostly ASCII with a non-ASCII character every few words.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <benchmark/benchmark.h>

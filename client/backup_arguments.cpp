@@ -1,6 +1,7 @@
 #include "client/backup_arguments.h"
 
 #include "client/subcommand.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "client/backup_spec_writer.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <tinyxml.h>

@@ -2,6 +2,7 @@
 
 #include "client/invoke_client.h"
 #include "client/response_printer.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <fstream>

@@ -4,6 +4,7 @@
 #include "client/backup_roads.h"
 #include "client/check_report.h"
 #include "client/item_sample_check.h"
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 

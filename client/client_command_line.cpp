@@ -1,6 +1,7 @@
 // mirrack-client [--pipe NAME] [--timeout MS] [--raw] SUBCOMMAND ...
 #include "client/subcommand.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "invoke/invoke_server_com.h"

@@ -1,6 +1,6 @@
 #include "client/offhost_road.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 
 namespace client {
 

@@ -1,5 +1,6 @@
 #include "client/request_arguments.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "invoke/base64.h"
 

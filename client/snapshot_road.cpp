@@ -1,5 +1,6 @@
 #include "client/snapshot_road.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <thread>

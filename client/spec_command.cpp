@@ -1,6 +1,7 @@
 #include "client/spec_command.h"
 
 #include "client/backup_arguments.h"
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 

@@ -1,5 +1,6 @@
 #include "client/spec_file_vms.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/xml_node.h"

@@ -3,6 +3,7 @@
 #include "client/progress_bar.h"
 #include "client/shadow_item_path.h"
 #include "client/terminal.h"
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/path.h"

@@ -1,6 +1,6 @@
 #include "documents/files_list_writer.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/xml/dom.h"
 
 namespace files_list_impl {

@@ -1,4 +1,5 @@
 // A request document and every argument reader over every argument name the commands use.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "fuzz/command_arguments.h"
 #include "fuzz/fuzz_input.h"

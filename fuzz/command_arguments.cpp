@@ -1,5 +1,6 @@
 #include "fuzz/command_arguments.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/files_list.h"
 #include "documents/snapshot_ids.h"

@@ -1,5 +1,6 @@
 // GUID text in both widths: what parses prints back as the same GUID, in lower case and
 // braces.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "fuzz/fuzz_input.h"
 

@@ -1,6 +1,7 @@
 // The items list document: read into a list that already holds an item, then written and
 // read again; and its UTF-8 forms, which must read and write as the wide ones do, whatever the
 // characters of the values.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/files_list.h"
 #include "fuzz/fuzz_input.h"

@@ -1,5 +1,6 @@
 // The conversions between wide text, UTF-8 and the ANSI code page, both ways from the
 // same bytes: as narrow text, and read loosely as wide text.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "compat/unicode.h"
 #include "fuzz/fuzz_input.h"

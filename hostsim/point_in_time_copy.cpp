@@ -1,5 +1,7 @@
 #include "hostsim/point_in_time_copy.h"
 
+#include "compat/unique_fd_posix.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -19,21 +21,7 @@ std::error_code last_error() {
     return {errno, std::system_category()};
 }
 
-class fd_t {
-public:
-    explicit fd_t(int fd) : fd_(fd) {}
-    ~fd_t() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    fd_t(const fd_t&) = delete;
-    fd_t& operator=(const fd_t&) = delete;
-    int get() const { return fd_; }
-    bool ok() const { return fd_ >= 0; }
-
-private:
-    int fd_;
-};
+using fd_t = compat::unique_fd_t;
 
 struct copier_t {
     std::string skip;
@@ -91,13 +79,13 @@ struct copier_t {
 
     std::error_code copy_file(int src_dir, int dst_dir, const char* name) {
         fd_t in(openat(src_dir, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        if (!in.ok())
+        if (!in.valid())
             return last_error();
         struct stat st {};
         if (fstat(in.get(), &st) != 0)
             return last_error();
         fd_t out(openat(dst_dir, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, st.st_mode & 07777));
-        if (!out.ok())
+        if (!out.valid())
             return last_error();
         if (auto ec = copy_data(in.get(), out.get(), st.st_size))
             return ec;
@@ -164,7 +152,7 @@ struct copier_t {
     std::error_code copy_subdir_as(int src_parent, const char* src_name, int dst_parent, const char* name,
                                    const std::string& src_path) {
         fd_t src(openat(src_parent, src_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
-        if (!src.ok())
+        if (!src.valid())
             return last_error();
         struct stat st {};
         if (fstat(src.get(), &st) != 0)
@@ -172,7 +160,7 @@ struct copier_t {
         if (mkdirat(dst_parent, name, 0700) != 0)
             return last_error();
         fd_t dst(openat(dst_parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!dst.ok())
+        if (!dst.valid())
             return last_error();
         if (auto ec = copy_dir(src.get(), dst.get(), src_path))
             return ec;
@@ -209,7 +197,7 @@ std::error_code copy_tree_point_in_time(const std::filesystem::path& source_dir,
     };
     fd_t src_parent(::open(parent_of(source).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     fd_t dst_parent(::open(parent_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!src_parent.ok() || !dst_parent.ok())
+    if (!src_parent.valid() || !dst_parent.valid())
         return last_error();
     // A volume whose folder doesn't exist is an empty volume: its copy is an empty folder.
     if (!std::filesystem::exists(source)) {

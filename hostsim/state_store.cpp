@@ -215,42 +215,34 @@ state_store_t::state_store_t(fs::path host_dir)
     : host_dir_(std::move(host_dir)), state_dir_(host_dir_ / "state") {
     std::error_code ignored;
     fs::create_directories(state_dir_ / "shadows", ignored);
-    journal_fd_ =
-        ::open((state_dir_ / "journal.txt").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+    journal_fd_.reset(
+        ::open((state_dir_ / "journal.txt").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
 }
 
-state_store_t::~state_store_t() {
-    if (journal_fd_ >= 0)
-        ::close(journal_fd_);
-}
+state_store_t::~state_store_t() = default;
 
 fs::path state_store_t::shadow_dir(unsigned number) const {
     return state_dir_ / "shadows" / std::to_string(number);
 }
 
 void state_store_t::journal(std::string_view op, const std::vector<std::wstring>& args) const {
-    if (journal_fd_ < 0)
+    if (!journal_fd_)
         return;
     std::string line = std::to_string(getpid()) + "\t" + std::string(op);
     for (auto& arg : args)
         line += "\t" + to_utf8(clean_field(arg));
     line += "\n";
     // One write per line: with O_APPEND the lines of several processes never mix.
-    [[maybe_unused]] auto written = ::write(journal_fd_, line.data(), line.size());
+    [[maybe_unused]] auto written = ::write(journal_fd_.get(), line.data(), line.size());
 }
 
 state_store_t::lock_t::lock_t(const fs::path& file) {
     // A descriptor of its own for each holder: flock excludes open file descriptions, so
     // the lock also holds between a process and the children it forked.
-    fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (fd_ >= 0)
-        while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    fd_.reset(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (fd_)
+        while (flock(fd_.get(), LOCK_EX) != 0 && errno == EINTR) {
         }
-}
-
-state_store_t::lock_t::~lock_t() {
-    if (fd_ >= 0)
-        ::close(fd_);
 }
 
 std::vector<shadow_record_t> state_store_t::shadows() const {

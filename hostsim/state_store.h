@@ -4,6 +4,7 @@
 // host reads and writes it under one file lock.
 #pragma once
 
+#include "compat/unique_fd_posix.h"
 #include "compat/win_types.h"
 
 #include <cstdint>
@@ -76,12 +77,9 @@ public:
     class lock_t {
     public:
         explicit lock_t(const std::filesystem::path& file);
-        ~lock_t();
-        lock_t(const lock_t&) = delete;
-        lock_t& operator=(const lock_t&) = delete;
 
     private:
-        int fd_ = -1;
+        compat::unique_fd_t fd_;
     };
     lock_t lock() const { return lock_t(state_dir_ / "lock"); }
 
@@ -109,7 +107,7 @@ private:
 
     std::filesystem::path host_dir_;
     std::filesystem::path state_dir_;
-    int journal_fd_ = -1;
+    compat::unique_fd_t journal_fd_;
 };
 
 std::wstring utc_now_text();

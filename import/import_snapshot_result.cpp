@@ -1,5 +1,6 @@
 #include "import/import_snapshot_result.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"

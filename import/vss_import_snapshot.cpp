@@ -19,7 +19,7 @@ CVssImportSnapshot::CVssImportSnapshot(const std::shared_ptr<CImportSnapshotCont
     // The new object knows what the host task knew, the snapshot set included: the
     // import takes its ids from there, not from the server's list.
     VSSUtils::BackupComponentsPtr components = VSSUtils::CreateVssBackupObject(context->backupDocument);
-    VSSUtils::SetVssContext(components, VSSUtils::AllSnapshotsContext);
+    VSSUtils::SetVssContext(components, VSS_CTX_ALL);
     impl::SelectHyperVWriter(components);
 
     log_info(logging::tool_logger(), "Importing snapshots.");

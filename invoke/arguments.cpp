@@ -1,5 +1,6 @@
 #include "invoke/arguments.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "invoke/base64.h"

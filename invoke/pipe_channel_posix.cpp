@@ -3,11 +3,13 @@
 // can tell the three outcomes of a message-mode pipe apart: complete, more, gone.
 #include "invoke/pipe_channel.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/errno_posix.h"
 #include "common/win/event.h"
 #include "common/win/native_name_posix.h"
+#include "compat/unique_fd_posix.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -29,10 +31,6 @@ namespace win::pipes {
 
 namespace {
 
-constexpr DWORD error_invalid_name = 123;
-constexpr DWORD error_bad_pathname = 161;
-constexpr DWORD error_filename_exced_range = 206;
-constexpr DWORD error_sem_timeout = 121;
 constexpr std::size_t length_field_size = 4;
 constexpr auto connect_retry_pause = std::chrono::milliseconds(20);
 constexpr auto event_check_period = std::chrono::milliseconds(100);
@@ -43,28 +41,7 @@ DWORD win32_code_of_errno(int error) {
     return error == ENOTCONN ? ERROR_BROKEN_PIPE : win::win32_error_from_errno(error);
 }
 
-class fd_t {
-public:
-    fd_t() = default;
-    explicit fd_t(int fd) : fd_(fd) {}
-    fd_t(const fd_t&) = delete;
-    fd_t& operator=(const fd_t&) = delete;
-    ~fd_t() { reset(); }
-    int get() const { return fd_; }
-    void reset(int fd = -1) {
-        if (fd_ >= 0)
-            ::close(fd_);
-        fd_ = fd;
-    }
-    int release() {
-        int fd = fd_;
-        fd_ = -1;
-        return fd;
-    }
-
-private:
-    int fd_ = -1;
-};
+using fd_t = compat::unique_fd_t;
 
 // A failure of the system: its Win32 equivalent and the step that failed.
 struct os_failure_t {
@@ -89,9 +66,12 @@ std::string pipe_directory() {
     return "/tmp/mirrack-" + std::to_string(::getuid());
 }
 
+// Who chose the directory: one named by the user is the user's choice; the default one in /tmp must
+// be ours alone.
+enum class chosen_by_t { user, default_place };
+
 // The directory is private to the user: nobody else may plant or read sockets in it.
-// A directory named by the user is the user's choice; the default one in /tmp must be ours alone.
-void ensure_private_directory(const std::string& directory, bool must_be_private) {
+void ensure_private_directory(const std::string& directory, chosen_by_t chosen_by) {
     if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST)
         fail(errno);
     struct stat info {};
@@ -99,17 +79,17 @@ void ensure_private_directory(const std::string& directory, bool must_be_private
         fail(errno);
     if (!S_ISDIR(info.st_mode))
         fail_with(ERROR_PATH_NOT_FOUND);
-    if (info.st_uid != ::getuid() || (must_be_private && (info.st_mode & 077) != 0))
+    if (info.st_uid != ::getuid() || (chosen_by == chosen_by_t::default_place && (info.st_mode & 077) != 0))
         fail_with(ERROR_ACCESS_DENIED);
 }
 
 std::string socket_name_of(const std::wstring& full_path) {
     static const std::wstring prefix = L"\\\\.\\pipe\\";
     if (full_path.size() <= prefix.size() || !iequals(full_path.substr(0, prefix.size()), prefix))
-        fail_with(error_bad_pathname);
+        fail_with(ERROR_BAD_PATHNAME);
     const std::wstring name = full_path.substr(prefix.size());
     if (name.find_first_of(L"/\\") != std::wstring::npos || name == L"." || name == L"..")
-        fail_with(error_invalid_name);
+        fail_with(ERROR_INVALID_NAME);
     return win::native_name_bytes(name);
 }
 
@@ -121,7 +101,7 @@ sockaddr_un socket_address(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof(address.sun_path))
-        fail_with(error_filename_exced_range);
+        fail_with(ERROR_FILENAME_EXCED_RANGE);
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     return address;
 }
@@ -285,7 +265,8 @@ std::shared_ptr<pipe_channel_t> bind_server_channel(const std::wstring& full_pat
     const std::string directory = pipe_directory();
     channel->socket_path = socket_path_of(full_path);
     const sockaddr_un address = socket_address(channel->socket_path);
-    ensure_private_directory(directory, configured_pipe_directory() == nullptr);
+    ensure_private_directory(directory,
+                             configured_pipe_directory() ? chosen_by_t::user : chosen_by_t::default_place);
     channel->name_lock.reset(lock_name(directory, socket_name_of(full_path)));
     remove_stale_socket(channel->socket_path, address);
 
@@ -359,7 +340,7 @@ std::shared_ptr<pipe_channel_t> connect_client_channel(const std::wstring& full_
             if (error != ENOENT && error != ECONNREFUSED)
                 fail(error);
             if (std::chrono::steady_clock::now() >= deadline)
-                fail_with(error == ENOENT ? ERROR_FILE_NOT_FOUND : error_sem_timeout);
+                fail_with(error == ENOENT ? ERROR_FILE_NOT_FOUND : ERROR_SEM_TIMEOUT);
             std::this_thread::sleep_for(connect_retry_pause);
         }
     } catch (const os_failure_t& failure) {

@@ -3,6 +3,7 @@
 #include "lab/sample_host.h"
 
 #include "client/backup_spec_writer.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <fstream>

@@ -1,6 +1,7 @@
 #include "lab/soak_invariants.h"
 
 #include "client/response.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "hostsim/host.h"
 #include "hostsim/state_store.h"

@@ -3,6 +3,7 @@
 #include "lab/soak_road.h"
 #include "lab/tool_process.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "hostsim/wide_text.h"
 

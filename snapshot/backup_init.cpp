@@ -43,7 +43,7 @@ void CVssSnapshot::CollectMetadata(VSSUtils::ITestCancelCallback& probe) {
 void CVssSnapshot::EnableTransportable() {
     try {
         log_scope_t scope(logging::tool_logger(), "Enabling transportable shadow copy");
-        VSSUtils::SetVssContext(backupComponents, VSSUtils::TransportableContext);
+        VSSUtils::SetVssContext(backupComponents, VSS_VOLSNAP_ATTR_TRANSPORTABLE);
         scope.ok();
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to enable transportable shadow copy.", e);

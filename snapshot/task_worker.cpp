@@ -2,8 +2,8 @@
 
 #include "common/exc/exc.h"
 #include "common/logging/log.h"
+#include "common/runtime/win_thread.h"
 #include "common/win/event.h"
-#include "common/win/thread.h"
 #include "common/win/wait.h"
 
 #include <list>

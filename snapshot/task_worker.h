@@ -4,7 +4,7 @@
 // holds: the body and the thread object are left to it, never freed under it.
 #pragma once
 
-#include "compat/win_types.h"
+#include "common/runtime/win_thread.h"
 
 #include <functional>
 #include <memory>
@@ -16,7 +16,8 @@ class win_manual_reset_event_t;
 
 namespace impl {
 
-inline constexpr DWORD JoinLimitMs = 180000; // three minutes
+// A thread's own stop limit: three minutes.
+inline constexpr DWORD JoinLimitMs = win::stop_wait_timeout_ms;
 
 class CTaskWorker {
 public:

@@ -1,5 +1,6 @@
 #include "snapshot/vm_file_set.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
@@ -41,9 +42,8 @@ struct SFileSearch {
             log_scope_t scope(logging::tool_logger(), "Searching the directory [%1] for a file [%2].",
                               to_ansi_nothrow(path), to_ansi_nothrow(mask));
             const std::wstring expandedPath = expand_env(path);
-            for (win::win_file_search_t search(win::path_join(expandedPath, prefix, mask),
-                                               win::win_file_search_t::start_failure_t::raise);
-                 search.found(); search.next()) {
+            for (win::win_file_search_t search(win::path_join(expandedPath, prefix, mask)); search.found();
+                 search.next()) {
                 const win::find_data_t& entry = search.current();
                 if (!entry.is_directory())
                     items.emplace_back(path, mask, recursive ? 1 : 0, win::path_join(prefix, entry.name),

@@ -1,6 +1,6 @@
 #include "snapshot/writer_selection.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/logging/log.h"
 #include "vssutils/backup_components.h"
 

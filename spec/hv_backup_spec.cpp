@@ -2,6 +2,7 @@
 // fails below it, so a failure reads from the root cause out to the document.
 #include "spec/hv_backup_spec.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/path.h"

@@ -5,7 +5,7 @@
 #include "common/format/format.h"
 #include "common/logging/command_line.h"
 #include "common/logging/log.h"
-#include "common/logging/startup.h"
+#include "common/runtime/startup.h"
 #include "invoke/invoke_server_com.h"
 #include "invoke/pipe_invoke_server.h"
 #include "tool/com_security.h"

@@ -1,6 +1,6 @@
 #include "tool/process_platform.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 
 HRESULT InitializeComSecurityForProcess() {
     return CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,

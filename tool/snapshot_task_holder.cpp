@@ -1,5 +1,6 @@
 #include "tool/snapshot_task_holder.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"

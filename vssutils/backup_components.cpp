@@ -1,9 +1,10 @@
 #include "vssutils/backup_components.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
-#include "vssutils/bstr_holder.h"
+#include "compat/unique_any.h"
 #include "vssutils/vss_exc.h"
 
 #include <memory>
@@ -18,10 +19,7 @@ const IID backup_components_ex4_iid = {
     0xF434C2FD, 0xB553, 0x4961, {0xA9, 0xF9, 0xA8, 0xE9, 0x0B, 0x67, 0x3E, 0x53}};
 
 // The platform gives out-texts of these calls in task memory.
-struct task_memory_deleter_t {
-    void operator()(wchar_t* text) const { CoTaskMemFree(text); }
-};
-using task_text_t = std::unique_ptr<wchar_t, task_memory_deleter_t>;
+using task_text_t = compat::unique_task_memory_t<wchar_t*>;
 
 std::wstring text_of(const task_text_t& text) {
     return text ? std::wstring(text.get()) : std::wstring();
@@ -55,10 +53,10 @@ BackupComponentsPtr CreateBackupComponents() {
 }
 
 void InitBackupComponents(BackupComponentsPtr components, const std::wstring& savedDocument) {
-    bstr_holder_t document;
+    compat::unique_bstr_t document;
     if (!savedDocument.empty()) {
-        *document.out() = SysAllocString(savedDocument.c_str());
-        if (document.empty())
+        document.reset(SysAllocString(savedDocument.c_str()));
+        if (!document)
             throw exc::com_exc_t(E_OUTOFMEMORY);
     }
     CheckVss(components->InitializeForBackup(document.get()), "Failed to initialize VSS component");
@@ -116,14 +114,14 @@ AsyncPtr BackupComplete(BackupComponentsPtr components) {
 }
 
 std::wstring SaveComponentsAsXml(BackupComponentsPtr components) {
-    bstr_holder_t document;
-    CheckVss(components->SaveAsXML(document.out()), "SaveAsXML failed");
+    compat::unique_bstr_t document;
+    CheckVss(components->SaveAsXML(document.put()), "SaveAsXML failed");
     return document.text();
 }
 
 std::wstring SaveWriterMetadataAsXml(WriterMetadataPtr metadata) {
-    bstr_holder_t document;
-    CheckVss(metadata->SaveAsXML(document.out()), "SaveAsXML failed");
+    compat::unique_bstr_t document;
+    CheckVss(metadata->SaveAsXML(document.put()), "SaveAsXML failed");
     return document.text();
 }
 

@@ -10,10 +10,6 @@
 
 namespace VSSUtils {
 
-// Context flag of a transportable snapshot set, and the context that sees every snapshot.
-const std::uint32_t TransportableContext = 0x20;
-const std::uint32_t AllSnapshotsContext = 0xFFFFFFFF;
-
 BackupComponentsPtr CreateBackupComponents();
 // An empty document initialises a new backup; a saved one takes over that backup's state.
 void InitBackupComponents(BackupComponentsPtr components, const std::wstring& savedDocument);

@@ -1,6 +1,6 @@
 #include "vssutils/snapshot_info.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/logging/log.h"
 #include "vssutils/vss_exc.h"
 

@@ -1,10 +1,8 @@
 #include "vssutils/vss_message_module.h"
 
-namespace VSSUtils::detail {
+#include "compat/unique_any.h"
 
-namespace {
-const DWORD us_english = 1033;
-}
+namespace VSSUtils::detail {
 
 message_module_t::message_module_t(const char* name) {
     handle_ = LoadLibraryA(name);
@@ -18,17 +16,16 @@ message_module_t::~message_module_t() {
 }
 
 std::optional<std::string> message_module_t::message(DWORD message_id, DWORD& error) const {
-    char* buffer = nullptr;
+    compat::unique_local_t<char*> buffer;
     // No FORMAT_MESSAGE_IGNORE_INSERTS and no arguments: the texts are taken as they are.
     DWORD length = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_HMODULE, handle_,
-                                  message_id, us_english, reinterpret_cast<char*>(&buffer), 0, nullptr);
+                                  message_id, MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US),
+                                  reinterpret_cast<char*>(buffer.put()), 0, nullptr);
     if (length == 0) {
         error = GetLastError();
         return std::nullopt;
     }
-    std::string text(buffer, length);
-    LocalFree(buffer);
-    return text;
+    return std::string(buffer.get(), length);
 }
 
 } // namespace VSSUtils::detail

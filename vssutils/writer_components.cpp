@@ -2,7 +2,7 @@
 
 #include "common/format/format.h"
 #include "common/logging/log.h"
-#include "vssutils/bstr_holder.h"
+#include "compat/unique_any.h"
 #include "vssutils/vss_exc.h"
 
 namespace VSSUtils {
@@ -37,8 +37,8 @@ using bstr_getter_t = HRESULT (IVssWMFiledesc::*)(BSTR*);
 std::wstring read_file_text(WmFiledescPtr file, bstr_getter_t getter, const char* logText,
                             const char* words) {
     log_scope_t scope(log_scope_t::silent, logging::tool_logger(), logText);
-    bstr_holder_t text;
-    CheckVss(((*file).*getter)(text.out()), words);
+    compat::unique_bstr_t text;
+    CheckVss(((*file).*getter)(text.put()), words);
     scope.close_quietly();
     return text.text();
 }

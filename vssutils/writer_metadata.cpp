@@ -13,7 +13,7 @@ CVssMetaCache::CVssMetaCache(const VSS_ID& wantedWriterId, bool scanAllWriters)
 
 bool CVssMetaCache::Visit(WriterMetadataPtr metadata) {
     auto info = std::make_shared<SWriterMetaInfo>();
-    HRESULT hr = metadata->GetIdentity(&info->writerInstanceId, &info->writerId, info->writerName.out(),
+    HRESULT hr = metadata->GetIdentity(&info->writerInstanceId, &info->writerId, info->writerName.put(),
                                        &info->usageType, &info->sourceType);
     if (hr < 0) {
         log_exception(logging::tool_logger(),

@@ -1,7 +1,7 @@
 // The walk over the writers' metadata and the cache that keeps the metadata of the wanted writers.
 #pragma once
 
-#include "vssutils/bstr_holder.h"
+#include "compat/unique_any.h"
 #include "vssutils/cancel_callbacks.h"
 #include "vssutils/com.h"
 
@@ -26,7 +26,7 @@ protected:
 // The metadata of one writer; read-only once the walk has ended.
 struct SWriterMetaInfo {
     WriterMetadataPtr metadata;
-    bstr_holder_t writerName;
+    compat::unique_bstr_t writerName;
     VSS_USAGE_TYPE usageType = VSS_UT_UNDEFINED;
     VSS_SOURCE_TYPE sourceType = VSS_ST_UNDEFINED;
     VSS_ID writerInstanceId = GUID_NULL;

@@ -1,10 +1,11 @@
 #include "vssutils/writer_status.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
+#include "compat/unique_any.h"
 #include "vssutils/async_wait.h"
-#include "vssutils/bstr_holder.h"
 #include "vssutils/vss_exc.h"
 
 #include <iterator>
@@ -33,13 +34,13 @@ const char* const missing_writer_name = "n\x07";
 struct writer_status_t {
     VSS_ID instanceId = GUID_NULL;
     VSS_ID writerId = GUID_NULL;
-    bstr_holder_t name;
+    compat::unique_bstr_t name;
     VSS_WRITER_STATE state = VSS_WS_UNKNOWN;
     HRESULT failure = S_OK;
 };
 
-std::string writer_name_text(const bstr_holder_t& name) {
-    return name.empty() ? std::string(missing_writer_name) : to_ansi(name.text());
+std::string writer_name_text(const compat::unique_bstr_t& name) {
+    return !name ? std::string(missing_writer_name) : to_ansi(name.text());
 }
 
 [[noreturn]] void report_failed_writer(const writer_status_t& status, const std::string& stateName) {
@@ -54,7 +55,7 @@ std::string writer_name_text(const bstr_holder_t& name) {
 
 void check_writer(BackupComponentsPtr components, UINT index, bool logEachWriter) {
     writer_status_t status;
-    HRESULT hr = components->GetWriterStatus(index, &status.instanceId, &status.writerId, status.name.out(),
+    HRESULT hr = components->GetWriterStatus(index, &status.instanceId, &status.writerId, status.name.put(),
                                              &status.state, &status.failure);
     if (hr < 0)
         ThrowVssFailure(hr, format_message("Failed to get status info for specific writer. Index=[%1]",

@@ -18,14 +18,14 @@ void write_dump(const crash_context_t& context, const fault_t* fault) {
 
 } // namespace
 
-long crash_filter(const fault_t* fault, bool pass_on) noexcept {
+long crash_filter(const fault_t* fault, previous_filter_t previous) noexcept {
     try {
         crash_context_t& context = crash_context();
         if (context.disabled != 0)
             return execute_handler;
         write_dump(context, fault);
         run_crash_handlers(*context.deinit_seq);
-        if (pass_on && context.previous_filter != nullptr)
+        if (previous == previous_filter_t::ask && context.previous_filter != nullptr)
             return pass_to_previous_filter(context.previous_filter, fault);
         return execute_handler;
     } catch (const std::exception& e) {

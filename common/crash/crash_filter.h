@@ -6,10 +6,13 @@
 
 namespace crash {
 
+// Whether the platform's previous filter, if there is one, gives the answer.
+enum class previous_filter_t { skip, ask };
+
 // Writes a dump of the fault into the context's folder and runs the crash
-// handlers. With pass_on it returns what the platform's previous filter says,
-// if there is one; otherwise execute_handler. Never throws.
-long crash_filter(const fault_t* fault, bool pass_on) noexcept;
+// handlers; returns execute_handler, or the previous filter's answer when asked
+// and there is one. Never throws.
+long crash_filter(const fault_t* fault, previous_filter_t previous) noexcept;
 
 // The previous filter's answer for the fault (platform code).
 long pass_to_previous_filter(raw_filter_t previous, const fault_t* fault);

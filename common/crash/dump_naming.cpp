@@ -1,6 +1,7 @@
 #include "common/crash/dump_naming.h"
 
 #include "common/crash/dump_file_os.h"
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log.h"
@@ -34,8 +35,7 @@ std::vector<stored_dump_t> stored_dumps(const std::wstring& folder, const std::s
                                         const std::string& extension) {
     try {
         std::vector<stored_dump_t> dumps;
-        win::win_file_search_t search(win::path_join(folder, dump_mask(prefix, extension)),
-                                      win::win_file_search_t::start_failure_t::raise);
+        win::win_file_search_t search(win::path_join(folder, dump_mask(prefix, extension)));
         for (bool more = search.found(); more; more = search.next())
             dumps.push_back({search.current().name, search.current().last_write_time});
         std::stable_sort(dumps.begin(), dumps.end(), [](const stored_dump_t& a, const stored_dump_t& b) {

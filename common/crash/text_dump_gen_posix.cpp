@@ -9,6 +9,7 @@
 #include "common/win/errno_posix.h"
 #include "common/win/local_path.h"
 #include "common/win/thread_id.h"
+#include "compat/unique_fd_posix.h"
 
 #include <cerrno>
 #include <csignal>
@@ -47,25 +48,19 @@ public:
         if (!local)
             throw exc::win_sys_exc_t("Cannot create a text crash dump file. File path: [%1].",
                                      to_ansi_nothrow(path), ERROR_PATH_NOT_FOUND);
-        fd_ = ::open(local->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-        if (fd_ < 0 && errno == EEXIST)
+        fd_.reset(::open(local->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+        if (!fd_ && errno == EEXIST)
             return false;
-        if (fd_ < 0)
+        if (!fd_)
             throw exc::win_sys_exc_t("Cannot create a text crash dump file. File path: [%1].",
                                      to_ansi_nothrow(path), win::win32_error_from_errno(errno));
         return true;
     }
-    ~dump_file_t() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    dump_file_t(const dump_file_t&) = delete;
-    dump_file_t& operator=(const dump_file_t&) = delete;
 
     void write(const std::string& text) {
         std::size_t done = 0;
         while (done < text.size()) {
-            const ssize_t written = ::write(fd_, text.data() + done, text.size() - done);
+            const ssize_t written = ::write(fd_.get(), text.data() + done, text.size() - done);
             if (written < 0 && errno == EINTR)
                 continue;
             if (written <= 0)
@@ -74,10 +69,10 @@ public:
             done += static_cast<std::size_t>(written);
         }
     }
-    int fd() const { return fd_; }
+    int fd() const { return fd_.get(); }
 
 private:
-    int fd_ = -1;
+    compat::unique_fd_t fd_;
 };
 
 std::string thread_line() {

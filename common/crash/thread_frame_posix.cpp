@@ -106,7 +106,7 @@ DWORD run_armed(armed_frame_t& frame, win::thread_body_t body, void* context) {
 }
 
 DWORD end_crashed_thread(fault_t& fault) {
-    crash_filter(&fault, false);
+    crash_filter(&fault, previous_filter_t::skip);
     return win::crashed_thread_exit_code;
 }
 

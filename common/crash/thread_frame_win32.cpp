@@ -19,9 +19,9 @@ thread_local bool t_in_frame = false;
 LONG WINAPI last_chance_filter(EXCEPTION_POINTERS* pointers) {
     fault_t fault{pointers};
     if (!t_in_frame)
-        return crash_filter(&fault, true);
+        return crash_filter(&fault, previous_filter_t::ask);
     t_in_frame = false;
-    crash_filter(&fault, false);
+    crash_filter(&fault, previous_filter_t::skip);
     // The routine's frames are not unwound: its monitor entry goes here.
     monitoring::CThreadStatesCollection::get()->remove(::GetCurrentThreadId());
     ::ExitThread(win::crashed_thread_exit_code);
@@ -36,7 +36,7 @@ void install_last_chance_filter() {
 
 DWORD end_after_exception() {
     t_in_frame = false;
-    crash_filter(nullptr, false);
+    crash_filter(nullptr, previous_filter_t::skip);
     return win::crashed_thread_exit_code;
 }
 

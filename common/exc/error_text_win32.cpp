@@ -1,7 +1,9 @@
 // The system's message tables and the thread's COM error object.
+#include "common/exc/convert.h"
 #include "common/exc/error_text_os.h"
 #include "common/format/format.h"
 
+#include "compat/unique_any.h"
 #include "compat/win_types.h"
 
 #include <system_error>
@@ -10,17 +12,13 @@ namespace exc {
 
 namespace {
 
-const DWORD english_us = 1033;
-
 std::optional<std::string> format_from(DWORD flags, const void* source, DWORD code, DWORD language) {
-    char* buffer = nullptr;
+    compat::unique_local_t<char*> buffer;
     const DWORD length = FormatMessageA(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, source, code, language,
-                                        reinterpret_cast<char*>(&buffer), 0, nullptr);
-    if (length == 0 || buffer == nullptr)
+                                        reinterpret_cast<char*>(buffer.put()), 0, nullptr);
+    if (length == 0 || !buffer)
         return std::nullopt;
-    std::string text(buffer, length);
-    LocalFree(buffer);
-    return text;
+    return std::string(buffer.get(), length);
 }
 
 HMODULE internet_module() {
@@ -33,7 +31,8 @@ HMODULE internet_module() {
 } // namespace
 
 std::optional<std::string> system_message_text(std::uint32_t code) {
-    return format_from(FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, english_us);
+    return format_from(FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code,
+                       MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US));
 }
 
 std::optional<std::string> internet_message_text(std::uint32_t code) {
@@ -51,11 +50,10 @@ std::optional<std::string> thread_error_description() {
     IErrorInfo* info = nullptr;
     if (GetErrorInfo(0, &info) != S_OK || info == nullptr)
         return std::nullopt;
-    BSTR description = nullptr;
-    const bool has_description = SUCCEEDED(info->GetDescription(&description)) && description != nullptr;
-    const std::wstring wide = has_description ? std::wstring(description, SysStringLen(description)) : L"";
+    compat::unique_bstr_t description;
+    const bool has_description = SUCCEEDED(info->GetDescription(description.put())) && description;
+    const std::wstring wide = description.text();
     info->Release();
-    SysFreeString(description);
     if (!has_description)
         return std::nullopt;
     return to_ansi(wide);

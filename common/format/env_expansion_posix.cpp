@@ -1,9 +1,8 @@
 // %NAME% is looked up in the simulated host's environment first, then in the process's.
 // Scanning follows the system's rule: a name that is not found is copied with both of its
 // percent signs and scanning goes on behind them.
-#include "common/exc/exc.h"
+#include "common/format/codepage.h"
 #include "common/format/env_expansion.h"
-#include "common/format/format.h"
 #include "hostsim/host_access.h"
 
 #include <cstdlib>
@@ -13,22 +12,20 @@ namespace format_impl {
 
 namespace {
 
-std::optional<std::wstring> variable_value(const std::wstring& name) {
+// The value of a name, nullopt when it has none; a value that cannot be widened leaves the
+// platform's code in `error`.
+std::optional<std::wstring> variable_value(const std::wstring& name, std::uint32_t& error) {
     if (auto value = hostsim::environment_variable(name))
         return value;
-    std::string narrow_name;
-    try {
-        narrow_name = to_utf8(name);
-    } catch (const exc::win_sys_exc_t&) {
-        return std::nullopt;
-    }
-    const char* value = std::getenv(narrow_name.c_str());
+    std::uint32_t ignored = 0;
+    const std::optional<std::string> narrow_name = narrow_up_to_zero(code_page_t::utf8, name, ignored);
+    const char* value = narrow_name ? std::getenv(narrow_name->c_str()) : nullptr;
     if (value == nullptr)
         return std::nullopt;
-    return from_utf8(value);
+    return widen_up_to_zero(code_page_t::utf8, value, error);
 }
 
-std::wstring expand_names(std::wstring_view text) {
+std::optional<std::wstring> expand_names(std::wstring_view text, std::uint32_t& error) {
     std::wstring out;
     std::size_t pos = 0;
     while (pos < text.size()) {
@@ -40,7 +37,9 @@ std::wstring expand_names(std::wstring_view text) {
         }
         out.append(text.substr(pos, open - pos));
         const std::wstring name(text.substr(open + 1, close - open - 1));
-        const std::optional<std::wstring> value = name.empty() ? std::nullopt : variable_value(name);
+        const std::optional<std::wstring> value = name.empty() ? std::nullopt : variable_value(name, error);
+        if (error != 0)
+            return std::nullopt;
         out.append(value ? std::wstring_view(*value) : text.substr(open, close - open + 1));
         pos = close + 1;
     }
@@ -54,12 +53,8 @@ std::optional<std::wstring> expand_environment(const std::wstring& text, std::ui
         error = *injected;
         return std::nullopt;
     }
-    try {
-        return expand_names(std::wstring_view(text.c_str()));
-    } catch (const exc::win_sys_exc_t& e) {
-        error = e.code();
-        return std::nullopt;
-    }
+    error = 0;
+    return expand_names(std::wstring_view(text.c_str()), error);
 }
 
 } // namespace format_impl

@@ -35,7 +35,7 @@ void COutputDebugStringLog::compress(const std::shared_ptr<util::zip_writer_t>&)
 
 void COutputDebugStringLog::read_settings() noexcept {
     try {
-        win::win_reg_key_t key = win::reg_open_subkey(external_log_key, external_log_key_access);
+        win::win_reg_key_t key = win::reg_open_subkey(external_log_key, KEY_READ);
         if (!key.valid())
             throw exc::win_sys_exc_t("Failed to open registry key [%1].", to_ansi_nothrow(external_log_key),
                                      ERROR_FILE_NOT_FOUND);

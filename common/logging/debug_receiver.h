@@ -14,8 +14,6 @@ inline constexpr std::uint16_t default_external_log_port = 37183;
 inline constexpr const char* default_external_log_host = "127.0.0.1";
 // Where the external log is switched on, with its values ExtLogEnabled, ExtLogHost and ExtLogPort.
 inline constexpr const wchar_t* external_log_key = L"SOFTWARE\\OrliX\\Orlix NFS";
-// KEY_READ.
-inline constexpr DWORD external_log_key_access = 131097;
 
 class COutputDebugStringLog : public log_file_t {
 public:

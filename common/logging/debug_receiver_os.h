@@ -7,6 +7,7 @@ namespace logging::receiver::detail {
 using socket_handle_t = SOCKET;
 }
 #else
+#include <arpa/inet.h>
 #include <netinet/in.h>
 namespace logging::receiver::detail {
 using socket_handle_t = int;
@@ -27,7 +28,11 @@ socket_handle_t os_udp_socket() noexcept;
 // sendto without flags; the result is of no interest to a log.
 void os_send_datagram(socket_handle_t socket, const std::string& text, const sockaddr_in& target) noexcept;
 // inet_addr and htons: network byte order.
-std::uint32_t os_inet_addr(const std::string& dotted) noexcept;
-std::uint16_t os_htons(std::uint16_t port) noexcept;
+inline std::uint32_t os_inet_addr(const std::string& dotted) noexcept {
+    return ::inet_addr(dotted.c_str());
+}
+inline std::uint16_t os_htons(std::uint16_t port) noexcept {
+    return htons(port);
+}
 
 } // namespace logging::receiver::detail

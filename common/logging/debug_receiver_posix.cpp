@@ -1,6 +1,5 @@
 #include "common/logging/debug_receiver_os.h"
 
-#include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -21,14 +20,6 @@ socket_handle_t os_udp_socket() noexcept {
 void os_send_datagram(socket_handle_t socket, const std::string& text, const sockaddr_in& target) noexcept {
     [[maybe_unused]] const ssize_t sent = ::sendto(socket, text.data(), text.size(), 0,
                                                    reinterpret_cast<const sockaddr*>(&target), sizeof target);
-}
-
-std::uint32_t os_inet_addr(const std::string& dotted) noexcept {
-    return ::inet_addr(dotted.c_str());
-}
-
-std::uint16_t os_htons(std::uint16_t port) noexcept {
-    return htons(port);
 }
 
 } // namespace logging::receiver::detail

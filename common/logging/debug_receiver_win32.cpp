@@ -28,12 +28,4 @@ void os_send_datagram(socket_handle_t socket, const std::string& text, const soc
              reinterpret_cast<const sockaddr*>(&target), sizeof target);
 }
 
-std::uint32_t os_inet_addr(const std::string& dotted) noexcept {
-    return ::inet_addr(dotted.c_str());
-}
-
-std::uint16_t os_htons(std::uint16_t port) noexcept {
-    return htons(port);
-}
-
 } // namespace logging::receiver::detail

@@ -1,4 +1,4 @@
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/logging/log_directory.h"
 
 #include <cstdlib>

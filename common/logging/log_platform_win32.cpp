@@ -1,5 +1,6 @@
 #include "common/logging/log_platform.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "compat/win_types.h"
 

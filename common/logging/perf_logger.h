@@ -4,6 +4,7 @@
 // is a cheap test of a null table and nothing is ever recorded.
 #pragma once
 
+#include "common/win/file.h"
 #include "compat/win_types.h"
 
 #include <cstdint>
@@ -12,13 +13,6 @@
 #include <vector>
 
 namespace logging::perf {
-
-// The word of the table is code >> 8, the bit code & 31.
-inline constexpr std::uint32_t file_write = 0x100;
-inline constexpr std::uint32_t file_read = 0x101;
-inline constexpr std::uint32_t file_seek = 0x102;
-inline constexpr std::uint32_t file_set_size = 0x103;
-inline constexpr std::uint32_t file_flush = 0x104;
 
 inline constexpr std::size_t default_buffer_records = 4096;
 
@@ -39,6 +33,7 @@ public:
     perf_logger_t(const perf_logger_t&) = delete;
     perf_logger_t& operator=(const perf_logger_t&) = delete;
 
+    // The codes are win::file_op's: the word of the table is code >> 8, the bit code & 31.
     bool enabled(std::uint32_t code) const noexcept {
         const std::size_t word = code >> 8;
         return table_ != nullptr && word < table_words_ && (table_[word] & (1u << (code & 31))) != 0;
@@ -67,7 +62,7 @@ inline perf_logger_t& perf_logger() {
     return logger;
 }
 
-// What a file operation asks before it starts.
+// What a file operation asks before it starts (the library context installs it as the observer of files).
 inline void note_file_operation(std::uint32_t code) noexcept {
     perf_logger_t& logger = perf_logger();
     if (logger.enabled(code))

@@ -1,7 +1,7 @@
 #include "common/logging/prepare_log.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
-#include "common/format/format.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_names.h"
 #include "common/logging/log_platform.h"

@@ -8,28 +8,7 @@
 
 namespace win {
 
-namespace {
-
-constexpr DWORD error_invalid_function = 1;
-constexpr DWORD error_too_many_open_files = 4;
-constexpr DWORD error_not_enough_memory = 8;
-constexpr DWORD error_not_same_device = 17;
-constexpr DWORD error_write_protect = 19;
-constexpr DWORD error_not_ready = 21;
-constexpr DWORD error_gen_failure = 31;
-constexpr DWORD error_call_not_implemented = 120;
-constexpr DWORD error_disk_full = 112;
-constexpr DWORD error_dir_not_empty = 145;
-constexpr DWORD error_busy = 170;
-constexpr DWORD error_filename_exced_range = 206;
-constexpr DWORD error_file_too_large = 223;
-constexpr DWORD error_pipe_not_connected = 233;
-constexpr DWORD error_io_device = 1117;
-constexpr DWORD error_too_many_links = 1142;
-constexpr DWORD error_timeout = 1460;
-constexpr DWORD error_cant_resolve_filename = 1921;
-
-} // namespace
+namespace {} // namespace
 
 DWORD win32_error_from_errno(int error) noexcept {
     switch (error) {
@@ -41,7 +20,7 @@ DWORD win32_error_from_errno(int error) noexcept {
     case ENOTDIR:
         return ERROR_PATH_NOT_FOUND;
     case ELOOP:
-        return error_cant_resolve_filename;
+        return ERROR_CANT_RESOLVE_FILENAME;
     case EACCES:
     case EPERM:
     case EISDIR:
@@ -54,56 +33,56 @@ DWORD win32_error_from_errno(int error) noexcept {
     case ETXTBSY:
         return ERROR_SHARING_VIOLATION;
     case EBUSY:
-        return error_busy;
+        return ERROR_BUSY;
     case EINVAL:
     case EOVERFLOW:
         return ERROR_INVALID_PARAMETER;
     case ENOMEM:
     case ENOBUFS:
-        return error_not_enough_memory;
+        return ERROR_NOT_ENOUGH_MEMORY;
     case EMFILE:
     case ENFILE:
-        return error_too_many_open_files;
+        return ERROR_TOO_MANY_OPEN_FILES;
     case ENOSPC:
     case EDQUOT: // Windows reports a full quota as a full disk
-        return error_disk_full;
+        return ERROR_DISK_FULL;
     case EFBIG:
-        return error_file_too_large;
+        return ERROR_FILE_TOO_LARGE;
     case EROFS:
-        return error_write_protect;
+        return ERROR_WRITE_PROTECT;
     case ENAMETOOLONG:
-        return error_filename_exced_range;
+        return ERROR_FILENAME_EXCED_RANGE;
     case ENOTEMPTY:
-        return error_dir_not_empty;
+        return ERROR_DIR_NOT_EMPTY;
     case EXDEV:
-        return error_not_same_device;
+        return ERROR_NOT_SAME_DEVICE;
     case EMLINK:
-        return error_too_many_links;
+        return ERROR_TOO_MANY_LINKS;
     case EIO:
-        return error_io_device;
+        return ERROR_IO_DEVICE;
     case ENXIO:
     case ENODEV:
     case ENOMEDIUM:
-        return error_not_ready;
+        return ERROR_NOT_READY;
     case EPIPE:
     case ECONNRESET:
         return ERROR_BROKEN_PIPE;
     case ENOTCONN:
-        return error_pipe_not_connected;
+        return ERROR_PIPE_NOT_CONNECTED;
     case EADDRINUSE:
         return ERROR_PIPE_BUSY;
     case ETIMEDOUT:
-        return error_timeout;
+        return ERROR_TIMEOUT;
     case EINTR:
         return ERROR_OPERATION_ABORTED;
     case ENOSYS:
-        return error_call_not_implemented;
+        return ERROR_CALL_NOT_IMPLEMENTED;
     case EOPNOTSUPP:
         return ERROR_NOT_SUPPORTED;
     case ESPIPE:
-        return error_invalid_function;
+        return ERROR_INVALID_FUNCTION;
     default:
-        return error_gen_failure;
+        return ERROR_GEN_FAILURE;
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "common/exc/exc.h"
 #include "common/format/format.h"
-#include "common/logging/perf_logger.h"
 #include "common/win/file_os.h"
 
 #include <atomic>
@@ -12,6 +11,12 @@ namespace win {
 namespace {
 
 std::atomic<impersonation_provider_t> g_impersonation_provider{nullptr};
+std::atomic<file_operation_observer_t> g_file_operation_observer{nullptr};
+
+void tell_observer(std::uint32_t code) noexcept {
+    if (file_operation_observer_t observer = g_file_operation_observer.load(std::memory_order_acquire))
+        observer(code);
+}
 
 std::string name_of(const win_file_t& file) {
     return to_ansi_nothrow(file.path);
@@ -46,6 +51,10 @@ void set_impersonation_provider(impersonation_provider_t provider) noexcept {
     g_impersonation_provider.store(provider);
 }
 
+void set_file_operation_observer(file_operation_observer_t observer) noexcept {
+    g_file_operation_observer.store(observer, std::memory_order_release);
+}
+
 shared_file_t file_open(const std::wstring& path) {
     auto file = std::make_shared<win_file_t>();
     file->path = path;
@@ -60,7 +69,7 @@ shared_file_t file_open(const std::wstring& path) {
 }
 
 DWORD file_write(win_file_t& file, const void* buffer, DWORD length) {
-    logging::perf::note_file_operation(logging::perf::file_write);
+    tell_observer(file_op::write);
     DWORD written = 0;
     const DWORD error = detail::os_write_file(file.handle->handle(), buffer, length, written);
     if (error != ERROR_SUCCESS)
@@ -69,7 +78,7 @@ DWORD file_write(win_file_t& file, const void* buffer, DWORD length) {
 }
 
 DWORD file_read(win_file_t& file, void* buffer, DWORD length) {
-    logging::perf::note_file_operation(logging::perf::file_read);
+    tell_observer(file_op::read);
     DWORD read = 0;
     const DWORD error = detail::os_read_file(file.handle->handle(), buffer, length, read);
     if (error != ERROR_SUCCESS)
@@ -86,7 +95,7 @@ std::uint64_t file_size(win_file_t& file) {
 }
 
 std::uint64_t file_seek(win_file_t& file, std::int64_t offset, seek_method_t method) {
-    logging::perf::note_file_operation(logging::perf::file_seek);
+    tell_observer(file_op::seek);
     std::uint64_t position = 0;
     const DWORD error =
         detail::os_set_file_pointer(file.handle->handle(), offset, static_cast<DWORD>(method), position);
@@ -100,7 +109,7 @@ std::uint64_t file_seek(win_file_t& file, std::int64_t offset, seek_method_t met
 }
 
 void file_set_size(win_file_t& file, std::uint64_t size) {
-    logging::perf::note_file_operation(logging::perf::file_set_size);
+    tell_observer(file_op::set_size);
     std::uint64_t position = 0;
     DWORD error = detail::os_set_file_pointer(file.handle->handle(), static_cast<std::int64_t>(size),
                                               static_cast<DWORD>(seek_method_t::begin), position);
@@ -115,7 +124,7 @@ void file_set_size(win_file_t& file, std::uint64_t size) {
 }
 
 void file_flush(win_file_t& file) {
-    logging::perf::note_file_operation(logging::perf::file_flush);
+    tell_observer(file_op::flush);
     const DWORD error = detail::os_flush_file(file.handle->handle());
     if (error != ERROR_SUCCESS)
         throw exc::win_sys_exc_t("Failed to flush file buffers. File: [%1].", name_of(file), error);

@@ -43,4 +43,16 @@ void file_flush(win_file_t& file);
 using impersonation_provider_t = std::shared_ptr<win_impersonation_session_t> (*)(const std::wstring& path);
 void set_impersonation_provider(impersonation_provider_t provider) noexcept;
 
+// The operations that write, read, seek, set the size and flush tell an observer
+// (the performance log installs one) their code before they start.
+namespace file_op {
+inline constexpr std::uint32_t write = 0x100;
+inline constexpr std::uint32_t read = 0x101;
+inline constexpr std::uint32_t seek = 0x102;
+inline constexpr std::uint32_t set_size = 0x103;
+inline constexpr std::uint32_t flush = 0x104;
+} // namespace file_op
+using file_operation_observer_t = void (*)(std::uint32_t code) noexcept;
+void set_file_operation_observer(file_operation_observer_t observer) noexcept;
+
 } // namespace win

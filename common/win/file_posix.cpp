@@ -2,6 +2,7 @@
 #include "common/win/file_os.h"
 #include "common/win/kernel_object_posix.h"
 #include "common/win/local_path.h"
+#include "compat/unique_fd_posix.h"
 #include "hostsim/host_access.h"
 
 #include <cerrno>
@@ -20,14 +21,14 @@ namespace {
 
 class file_object_t final : public posix::kernel_object_t {
 public:
-    file_object_t(int fd, std::wstring path) : fd_(fd), path_(std::move(path)) {}
-    int fd() const { return fd_; }
+    file_object_t(compat::unique_fd_t fd, std::wstring path) : fd_(std::move(fd)), path_(std::move(path)) {}
+    int fd() const { return fd_.get(); }
     // As it was opened: what a fault of the simulated host matches.
     const std::wstring& path() const { return path_; }
 
 private:
-    ~file_object_t() override { ::close(fd_); }
-    int fd_;
+    ~file_object_t() override = default;
+    compat::unique_fd_t fd_;
     std::wstring path_;
 };
 
@@ -57,16 +58,13 @@ DWORD os_open_file(const std::wstring& path, HANDLE& handle) {
     const auto local = local_path(path);
     if (!local)
         return ERROR_PATH_NOT_FOUND;
-    const int fd = ::open(local->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0)
+    compat::unique_fd_t fd(::open(local->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (!fd)
         return errno == ENOENT ? ERROR_PATH_NOT_FOUND : last_errno_error();
     // Others may read; a second writer is kept out, as the share mode does.
-    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-        const DWORD error = errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : last_errno_error();
-        ::close(fd);
-        return error;
-    }
-    handle = posix::to_handle(new file_object_t(fd, path));
+    if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
+        return errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : last_errno_error();
+    handle = posix::to_handle(new file_object_t(std::move(fd), path));
     return ERROR_SUCCESS;
 }
 

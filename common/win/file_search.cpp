@@ -1,15 +1,13 @@
 #include "common/win/file_search.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
-#include "common/logging/log.h"
 #include "common/win/file_system_os.h"
 
 namespace win {
 
 namespace {
-
-const char* const search_failed_text = "File search operation has failed. Search mask: [%1].";
 
 bool is_not_there(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -41,7 +39,9 @@ DWORD find_first_with_retry(const std::wstring& path, os_search_t& search, find_
 
 } // namespace detail
 
-win_file_search_t::win_file_search_t(const std::wstring& mask, start_failure_t on_failure)
+win_file_search_t::win_file_search_t() = default;
+
+win_file_search_t::win_file_search_t(const std::wstring& mask)
     : mask_(mask), search_(std::make_unique<detail::os_search_t>()) {
     const DWORD error = detail::find_first_with_retry(mask_, *search_, current_);
     if (error == ERROR_SUCCESS) {
@@ -49,12 +49,8 @@ win_file_search_t::win_file_search_t(const std::wstring& mask, start_failure_t o
         return;
     }
     search_->close();
-    if (is_not_there(error))
-        return;
-    if (on_failure == start_failure_t::raise)
-        throw exc::win_sys_exc_t(search_failed_text, to_ansi_nothrow(mask_), error);
-    log_warning_exception(logging::lib_logger(), format_message(search_failed_text, to_ansi_nothrow(mask_)),
-                          exc::win_sys_exc_t(error));
+    if (!is_not_there(error))
+        throw exc::win_sys_exc_t(file_search_failed_text, to_ansi_nothrow(mask_), error);
 }
 
 win_file_search_t::~win_file_search_t() {
@@ -72,7 +68,7 @@ bool win_file_search_t::next() {
     close();
     if (error == ERROR_NO_MORE_FILES)
         return false;
-    throw exc::win_sys_exc_t(search_failed_text, to_ansi_nothrow(mask_), error);
+    throw exc::win_sys_exc_t(file_search_failed_text, to_ansi_nothrow(mask_), error);
 }
 
 void win_file_search_t::close() noexcept {

@@ -15,32 +15,28 @@ namespace detail {
 class os_search_t;
 }
 
-inline constexpr DWORD file_attribute_directory = 0x10; // FILE_ATTRIBUTE_DIRECTORY
-inline constexpr DWORD file_attribute_normal = 0x80;    // FILE_ATTRIBUTE_NORMAL
-
 // What a search tells about one entry (from WIN32_FIND_DATAW).
 struct find_data_t {
     std::wstring name;
     DWORD attributes = 0;
     std::uint64_t size = 0;
     std::uint64_t last_write_time = 0; // FILETIME as a 64-bit count
-    bool is_directory() const { return (attributes & file_attribute_directory) != 0; }
+    bool is_directory() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 };
 
 // Does the name match the mask?
 bool mask_matches(const std::wstring& mask, const std::wstring& name);
 
+inline constexpr const char* file_search_failed_text = "File search operation has failed. Search mask: [%1].";
+
 class win_file_search_t {
 public:
-    // How a failure to start (other than errors 2 and 3) is handled.
-    enum class start_failure_t {
-        warn,  // logged as a warning; the search is empty
-        raise, // thrown as exc::win_sys_exc_t
-    };
-
+    // An empty search.
+    win_file_search_t();
     // Starts the search on "folder\mask". "Not there" (errors 2, 3) gives an
-    // empty search without failure.
-    explicit win_file_search_t(const std::wstring& mask, start_failure_t on_failure = start_failure_t::warn);
+    // empty search without failure; any other failure throws exc::win_sys_exc_t
+    // with file_search_failed_text.
+    explicit win_file_search_t(const std::wstring& mask);
     ~win_file_search_t();
     win_file_search_t(win_file_search_t&&) noexcept;
     win_file_search_t& operator=(win_file_search_t&&) noexcept;

@@ -35,7 +35,7 @@ std::uint64_t filetime_of(const struct timespec& t) {
 }
 
 void fill_from_stat(const struct stat& st, find_data_t& entry) {
-    entry.attributes = S_ISDIR(st.st_mode) ? file_attribute_directory : file_attribute_normal;
+    entry.attributes = S_ISDIR(st.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
     entry.size = S_ISDIR(st.st_mode) ? 0 : static_cast<std::uint64_t>(st.st_size);
     entry.last_write_time = filetime_of(st.st_mtim);
 }

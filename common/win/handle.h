@@ -1,53 +1,16 @@
-// Owning wrappers for platform handles: one template for "a value plus the
-// function that closes it", and the kinds of handle derived from it.
+// Owning wrappers for platform handles: the kinds of handle derived from the one
+// template for "a value plus the function that closes it".
 #pragma once
 
+#include "compat/unique_any.h"
 #include "compat/win_types.h"
 
 #include <cstdint>
 #include <memory>
-#include <utility>
 
 namespace win {
 
-// Traits: `pointer`, `invalid()`, `is_valid(p)` and `close(p)` (noexcept).
-template <typename Traits> class unique_any_t {
-public:
-    using pointer = typename Traits::pointer;
-
-    unique_any_t() noexcept : value_(Traits::invalid()) {}
-    explicit unique_any_t(pointer value) noexcept : value_(value) {}
-    ~unique_any_t() { reset(); }
-
-    unique_any_t(const unique_any_t&) = delete;
-    unique_any_t& operator=(const unique_any_t&) = delete;
-    unique_any_t(unique_any_t&& other) noexcept : value_(other.release()) {}
-    // Takes the other's value first, so that a self-move keeps the handle
-    // and an owned handle is closed exactly once.
-    unique_any_t& operator=(unique_any_t&& other) noexcept {
-        reset(other.release());
-        return *this;
-    }
-
-    void reset(pointer value = Traits::invalid()) noexcept {
-        pointer old = std::exchange(value_, value);
-        if (Traits::is_valid(old))
-            Traits::close(old);
-    }
-    [[nodiscard]] pointer release() noexcept { return std::exchange(value_, Traits::invalid()); }
-    pointer get() const noexcept { return value_; }
-    bool valid() const noexcept { return Traits::is_valid(value_); }
-    explicit operator bool() const noexcept { return valid(); }
-    // For out-parameters: closes what is held, then hands out the slot.
-    pointer* put() noexcept {
-        reset();
-        return &value_;
-    }
-    void swap(unique_any_t& other) noexcept { std::swap(value_, other.value_); }
-
-private:
-    pointer value_;
-};
+using compat::unique_any_t;
 
 // INVALID_HANDLE_VALUE: the same bit pattern on every platform.
 inline HANDLE invalid_handle() noexcept {

@@ -1,5 +1,6 @@
 #include "common/win/registry.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/registry_os.h"
@@ -64,7 +65,7 @@ win_reg_key_t reg_open_subkey(const win_reg_key_t& parent, const std::wstring& p
 
 bool reg_read_string(const win_reg_key_t& key, const std::wstring& name, std::wstring& value) {
     detail::reg_value_t read;
-    if (!read_value(key, name, reg_type_string, read))
+    if (!read_value(key, name, REG_SZ, read))
         return false;
     value = read.text;
     return true;
@@ -80,7 +81,7 @@ bool reg_read_string(const win_reg_key_t& key, const std::string& name, std::str
 
 bool reg_read_dword(const win_reg_key_t& key, const std::wstring& name, DWORD& value) {
     detail::reg_value_t read;
-    if (!read_value(key, name, reg_type_dword, read))
+    if (!read_value(key, name, REG_DWORD, read))
         return false;
     value = read.number;
     return true;

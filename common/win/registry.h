@@ -14,10 +14,8 @@ using reg_handle_t = HKEY;
 using reg_handle_t = struct posix_reg_key_t*;
 #endif
 
-inline constexpr DWORD reg_type_string = 1; // REG_SZ
-inline constexpr DWORD reg_type_dword = 4;  // REG_DWORD
-// KEY_READ with KEY_WOW64_64KEY, the access of the settings reads.
-inline constexpr DWORD reg_access_read_64 = 131353;
+// The access of the settings reads.
+inline constexpr DWORD reg_access_read_64 = KEY_READ | KEY_WOW64_64KEY;
 
 // RegCloseKey.
 void reg_close_key(reg_handle_t key) noexcept;

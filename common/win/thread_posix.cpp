@@ -67,7 +67,7 @@ private:
     // Stays at the crash code unless the entry returns or the thread is ended
     // with a code of its own.
     DWORD pending_exit_code_ = crashed_thread_exit_code;
-    DWORD exit_code_ = thread_still_active; // guarded by signal_mutex()
+    DWORD exit_code_ = STILL_ACTIVE; // guarded by signal_mutex()
 };
 
 thread_local thread_object_t* t_current_thread = nullptr;

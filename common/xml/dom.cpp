@@ -1,6 +1,7 @@
 // The platform-neutral part of the DOM access: composition and context lines.
 #include "common/xml/dom.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"

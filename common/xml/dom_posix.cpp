@@ -1,6 +1,7 @@
 // The DOM over pugixml. Text crosses as UTF-8 inside and as wide strings outside, converted as
 // the system's conversions without flags do it, each bad sequence replaced; the messages and
 // codes are those of the platform's DOM.
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/ascii_runs.h"
 #include "common/format/format.h"

@@ -1,10 +1,12 @@
 // The DOM over the platform's XML DOM through COM. Needs COM on the calling thread.
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
 #include "common/xml/nesting_depth.h"
 #include "common/xml/xml_text_rules.h"
 #include "compat/com_ptr.h"
+#include "compat/unique_any.h"
 #include "compat/win_types.h"
 
 #include <msxml2.h>
@@ -29,7 +31,6 @@ const CLSID clsid_dom_document = {
 const IID iid_dom_document = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 const IID iid_dom_node = {0x2933BF80, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 const IID iid_dom_element = {0x2933BF86, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
-constexpr DWORD class_context_all = 23;
 
 void check(HRESULT hr, const char* message) {
     if (hr != S_OK)
@@ -42,35 +43,12 @@ void check(HRESULT hr, const char* fmt, const std::string& argument) {
 }
 
 // A BSTR made from our text for the length of one call.
-class bstr_arg_t {
-public:
-    explicit bstr_arg_t(const std::wstring& text)
-        : value_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
-        if (value_ == nullptr)
-            throw exc::com_exc_t(E_OUTOFMEMORY);
-    }
-    ~bstr_arg_t() { SysFreeString(value_); }
-    bstr_arg_t(const bstr_arg_t&) = delete;
-    bstr_arg_t& operator=(const bstr_arg_t&) = delete;
-    BSTR get() const noexcept { return value_; }
-
-private:
-    BSTR value_;
-};
-
-// A BSTR handed out by a call; null reads as the empty text.
-class bstr_result_t {
-public:
-    bstr_result_t() = default;
-    ~bstr_result_t() { SysFreeString(value_); }
-    bstr_result_t(const bstr_result_t&) = delete;
-    bstr_result_t& operator=(const bstr_result_t&) = delete;
-    BSTR* put() noexcept { return &value_; }
-    std::wstring text() const { return value_ != nullptr ? std::wstring(value_, SysStringLen(value_)) : L""; }
-
-private:
-    BSTR value_ = nullptr;
-};
+compat::unique_bstr_t bstr_arg(const std::wstring& text) {
+    compat::unique_bstr_t value = compat::unique_bstr_t::copy_of(text);
+    if (!value)
+        throw exc::com_exc_t(E_OUTOFMEMORY);
+    return value;
+}
 
 class variant_result_t {
 public:
@@ -123,7 +101,7 @@ com_ptr_t<IXMLDOMNode> next_item(const com_ptr_t<IXMLDOMNodeList>& children, lon
 
 dom_document_t dom_create_document() {
     com_ptr_t<IXMLDOMDocument> document;
-    check(CoCreateInstance(clsid_dom_document, nullptr, class_context_all, iid_dom_document,
+    check(CoCreateInstance(clsid_dom_document, nullptr, CLSCTX_ALL, iid_dom_document,
                            reinterpret_cast<void**>(document.put())),
           "Failed to create instance of DOMDocument");
     return make_holder<dom_document_t>(std::move(document));
@@ -159,7 +137,7 @@ dom_document_t dom_load(const std::wstring& xml) {
     check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
     check(ptr->put_resolveExternals(VARIANT_FALSE), "Failed to disable resolution of external references.");
     VARIANT_BOOL loaded = VARIANT_FALSE;
-    const bstr_arg_t text(xml);
+    const compat::unique_bstr_t text = bstr_arg(xml);
     const HRESULT hr = ptr->loadXML(text.get(), &loaded);
     if (FAILED(hr) || loaded == VARIANT_FALSE)
         throw exc::com_exc_t(hr, dom_platform::load_failed_text, to_ansi_nothrow(xml));
@@ -167,7 +145,7 @@ dom_document_t dom_load(const std::wstring& xml) {
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
-    bstr_result_t text;
+    compat::unique_bstr_t text;
     check(native_of(document).ptr->get_xml(text.put()), dom_platform::serialize_failed_text);
     return text.text();
 }
@@ -209,8 +187,8 @@ dom_node_t dom_as_node(const dom_element_t& element) {
 }
 
 void dom_set_attribute(const dom_element_t& element, const std::wstring& name, const std::wstring& value) {
-    const bstr_arg_t name_arg(name);
-    const bstr_arg_t value_arg(value);
+    const compat::unique_bstr_t name_arg = bstr_arg(name);
+    const compat::unique_bstr_t value_arg = bstr_arg(value);
     VARIANT variant;
     VariantInit(&variant);
     variant.vt = VT_BSTR;
@@ -221,7 +199,7 @@ void dom_set_attribute(const dom_element_t& element, const std::wstring& name, c
 
 // A missing attribute is no call failure: it arrives as VT_NULL.
 std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring& name) {
-    const bstr_arg_t name_arg(name);
+    const compat::unique_bstr_t name_arg = bstr_arg(name);
     variant_result_t value;
     const HRESULT hr = native_of(element).ptr->getAttribute(name_arg.get(), value.put());
     if (FAILED(hr))
@@ -258,7 +236,7 @@ namespace dom_platform {
 
 dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
     const dom_document_t owner = dom_owner_document(parent);
-    const bstr_arg_t name_arg(name);
+    const compat::unique_bstr_t name_arg = bstr_arg(name);
     com_ptr_t<IXMLDOMElement> element;
     const HRESULT hr = native_of(owner).ptr->createElement(name_arg.get(), element.put());
     if (hr != S_OK)
@@ -305,7 +283,7 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
         const com_ptr_t<IXMLDOMNode> item = next_item(children, i);
         if (!item)
             continue;
-        bstr_result_t name;
+        compat::unique_bstr_t name;
         check(item->get_nodeName(name.put()), "Failed to retrieve node name.");
         if (!iequals(name.text(), tag))
             continue;

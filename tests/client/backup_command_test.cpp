@@ -4,6 +4,7 @@
 #include "client/response.h"
 #include "client/spec_file_vms.h"
 #include "client/subcommand.h"
+#include "common/exc/convert.h"
 #include "documents/files_list.h"
 #include "test_server.h"
 #include "tests/invoke/documents_test_lines.h"

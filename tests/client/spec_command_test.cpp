@@ -1,7 +1,7 @@
 // mirrack-client spec: what the command line makes of a specification, read back by the
 // tool's own parser, and the mistakes it refuses, each named.
 #include "client/spec_command.h"
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "spec/hv_backup_spec.h"
 #include "test_server.h"
 

@@ -4,8 +4,8 @@
 #include "common/logging/log_t.h"
 #include "common/logging/zip_writer.h"
 #include "common/monitoring/thread_states.h"
+#include "common/runtime/win_thread.h"
 #include "common/win/event.h"
-#include "common/win/thread.h"
 #include "common/win/wait.h"
 #include "crash_test_support.h"
 

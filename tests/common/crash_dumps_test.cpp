@@ -3,8 +3,8 @@
 #include "common/crash/crash_filter.h"
 #include "common/crash/dump_naming.h"
 #include "common/crash/dump_type.h"
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
-#include "common/format/format.h"
 #include "crash_test_support.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +48,8 @@ private:
 // The crash filter with a handler sequence of the test's own in place of the process's: one handler
 // per entry, which throws where the entry is true. How many handlers ran, and into after_dump how
 // many of them found the dump written.
-int filter_with_handlers(std::initializer_list<bool> failing, bool pass_on = false,
+int filter_with_handlers(std::initializer_list<bool> failing,
+                         crash::previous_filter_t answer = crash::previous_filter_t::skip,
                          int* after_dump = nullptr) {
     const auto saved = crash::crash_context().deinit_seq;
     crash::crash_context().deinit_seq = std::make_shared<crash::deinit_seq_t>();
@@ -56,7 +57,7 @@ int filter_with_handlers(std::initializer_list<bool> failing, bool pass_on = fal
     for (const bool fails : failing)
         crash::crash_context().deinit_seq->add(
             std::make_shared<counting_handler_t>(runs, runs_after_dump, fails));
-    EXPECT_EQ(crash::crash_filter(nullptr, pass_on), crash::execute_handler);
+    EXPECT_EQ(crash::crash_filter(nullptr, answer), crash::execute_handler);
     crash::crash_context().deinit_seq = saved;
     if (after_dump)
         *after_dump = runs_after_dump.load();
@@ -107,7 +108,7 @@ TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers
 
 TEST_F(dump_folder_test, FilterWritesADumpThenRunsTheHandlersUntilOneFailsAndADisabledContextDoesNeither) {
     int after_dump = 0;
-    EXPECT_EQ(filter_with_handlers({false, false}, false, &after_dump), 2);
+    EXPECT_EQ(filter_with_handlers({false, false}, crash::previous_filter_t::skip, &after_dump), 2);
     EXPECT_EQ(after_dump, 2) << "the handlers run once the dump is written";
     ASSERT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("Writing dump. Dump path: "));
@@ -119,7 +120,7 @@ TEST_F(dump_folder_test, FilterWritesADumpThenRunsTheHandlersUntilOneFailsAndADi
     EXPECT_TRUE(log_has("handler broke"));
     EXPECT_EQ(log_count("Crash handlers were successfully executed."), 1u);
     crash::crash_context().disabled = 1;
-    EXPECT_EQ(filter_with_handlers({false}, true), 0);
+    EXPECT_EQ(filter_with_handlers({false}, crash::previous_filter_t::ask), 0);
     crash::crash_context().disabled = 0;
     EXPECT_EQ(dump_names().size(), 2u) << "a disabled context writes no dump";
 }

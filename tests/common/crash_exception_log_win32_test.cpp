@@ -91,7 +91,7 @@ TEST_F(exception_log_test, ThePreviousFilterAnswersForAFaultPassedOn) {
     made_up_fault_t fault;
     const crash::raw_filter_t saved = crash::crash_context().previous_filter;
     crash::crash_context().previous_filter = reinterpret_cast<crash::raw_filter_t>(&previous_filter);
-    EXPECT_EQ(crash::crash_filter(&fault.fault, true), EXCEPTION_CONTINUE_SEARCH);
+    EXPECT_EQ(crash::crash_filter(&fault.fault, crash::previous_filter_t::ask), EXCEPTION_CONTINUE_SEARCH);
     crash::crash_context().previous_filter = saved;
     EXPECT_EQ(g_seen, &fault.pointers);
     EXPECT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.mdmp"});

@@ -3,7 +3,7 @@
 // Dumps that the system refuses to delete, and dumps that workers crashing at once write side by side.
 #include "common/crash/crash_filter.h"
 #include "common/crash/thread_frame.h"
-#include "common/win/thread.h"
+#include "common/runtime/win_thread.h"
 #include "crash_test_support.h"
 #include "win_temp_tree.h"
 
@@ -51,13 +51,13 @@ TEST_F(undeletable_dumps_test, TwentyDumpsThatCannotGoMeanNoNewDump) {
     for (int id = 0; id < 19; ++id)
         add_old_dump("RZ_crash_" + std::to_string(id) + ".txt", 30 - id);
     // Nineteen leave room for one more without a deletion.
-    crash::crash_filter(nullptr, false);
+    crash::crash_filter(nullptr, crash::previous_filter_t::skip);
     EXPECT_EQ(dump_names().size(), 20u);
     EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_19.txt"));
     EXPECT_FALSE(log_has("Old dump cannot be removed."));
     EXPECT_FALSE(log_has("Cannot generate crash dump."));
 
-    EXPECT_EQ(crash::crash_filter(nullptr, false), crash::execute_handler);
+    EXPECT_EQ(crash::crash_filter(nullptr, crash::previous_filter_t::skip), crash::execute_handler);
     EXPECT_EQ(dump_names().size(), 20u);
     EXPECT_EQ(log_count("Old dump cannot be removed. Dump path: ["), 20u);
     EXPECT_TRUE(log_has("Access is denied."));

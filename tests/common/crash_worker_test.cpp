@@ -4,7 +4,7 @@
 #include "common/crash/crash_filter.h"
 #include "common/crash/thread_frame.h"
 #include "common/monitoring/thread_states.h"
-#include "common/win/thread.h"
+#include "common/runtime/win_thread.h"
 #include "crash_test_support.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // POSIX only: the ANSI code page is UTF-8 here, not a Windows code page.
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "compat/unicode.h"
 

@@ -1,3 +1,4 @@
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "tests/support/process_env.h"

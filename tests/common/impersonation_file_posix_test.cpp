@@ -1,8 +1,8 @@
 // POSIX only: the share lives on the simulated host.
 // A file on a share with a token holds its impersonation scope for as long as it is open.
-#include "common/logging/common_lib_ctx.h"
+#include "common/runtime/common_lib_ctx.h"
+#include "common/runtime/impersonation.h"
 #include "common/win/file.h"
-#include "common/win/impersonation.h"
 #include "common/win/sync_os.h"
 #include "win_temp_tree.h"
 

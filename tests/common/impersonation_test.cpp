@@ -1,10 +1,10 @@
 // Impersonation scopes over a fake token source: which paths get one, nesting
 // per thread, and the failures that leave the thread under its own identity.
-#include "common/logging/common_lib_ctx.h"
-#include "common/win/impersonation.h"
+#include "common/runtime/common_lib_ctx.h"
+#include "common/runtime/impersonation.h"
+#include "common/runtime/win_thread.h"
 #include "common/win/last_error.h"
 #include "common/win/sync_os.h"
-#include "common/win/thread.h"
 #include "log_test_support.h"
 #include "wine_error_texts.h"
 

@@ -2,7 +2,7 @@
 #include "log_test_support.h"
 
 #include "common/monitoring/thread_states.h"
-#include "common/win/thread.h"
+#include "common/runtime/win_thread.h"
 
 #include <stdexcept>
 

@@ -1,8 +1,8 @@
 // Start of the common library: which file becomes the log, the banner, the end of the library context.
 #include "log_test_support.h"
 
-#include "common/format/format.h"
-#include "common/logging/startup.h"
+#include "common/exc/convert.h"
+#include "common/runtime/startup.h"
 #include "tests/support/process_env.h"
 
 #include <cstdlib>

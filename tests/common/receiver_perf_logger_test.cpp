@@ -21,20 +21,20 @@ std::vector<std::uint32_t> set_size_only() {
 
 } // namespace
 
+// The process's table is empty, so no file operation is timed; a code selects its word and bit.
 TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimedAndACodeSelectsItsWordAndBit) {
-    for (std::uint32_t code : {logging::perf::file_write, logging::perf::file_read, logging::perf::file_seek,
-                               logging::perf::file_set_size, logging::perf::file_flush, 0u, 0xFFFFFFFFu})
+    for (std::uint32_t code : {win::file_op::write, win::file_op::read, win::file_op::seek,
+                               win::file_op::set_size, win::file_op::flush, 0u, 0xFFFFFFFFu})
         EXPECT_FALSE(logging::perf::perf_logger().enabled(code)) << code;
-    logging::perf::note_file_operation(logging::perf::file_write);
+    logging::perf::note_file_operation(win::file_op::write);
     EXPECT_EQ(logging::perf::perf_logger().buffered(), 0u);
-    // A code selects its word and bit.
     perf_logger_t logger(set_size_only(), L"");
-    EXPECT_TRUE(logger.enabled(logging::perf::file_set_size));
+    EXPECT_TRUE(logger.enabled(win::file_op::set_size));
     EXPECT_TRUE(logger.enabled(0x123)); // bit 3 of word 1 again
-    EXPECT_FALSE(logger.enabled(logging::perf::file_flush));
+    EXPECT_FALSE(logger.enabled(win::file_op::flush));
     EXPECT_FALSE(logger.enabled(0x003)); // word 0
     EXPECT_FALSE(logger.enabled(0x203)); // beyond the table
-    logger.note(logging::perf::file_flush);
+    logger.note(win::file_op::flush);
     EXPECT_EQ(logger.buffered(), 0u);
 }
 
@@ -43,7 +43,7 @@ TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwnUnlessItCannotB
     {
         perf_logger_t logger(set_size_only(), folder.wstring(), 3);
         for (int i = 0; i < 4; ++i)
-            logger.note(logging::perf::file_set_size);
+            logger.note(win::file_op::set_size);
         EXPECT_EQ(logger.buffered(), 1u);
         EXPECT_EQ(std::filesystem::file_size(folder / "perflog.bin"), 3 * sizeof(perf_record_t));
     }
@@ -52,19 +52,19 @@ TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwnUnlessItCannotB
     ASSERT_EQ(data.size(), 4 * sizeof(perf_record_t));
     perf_record_t record;
     std::memcpy(&record, data.data(), sizeof record);
-    EXPECT_EQ(record.code, logging::perf::file_set_size);
+    EXPECT_EQ(record.code, win::file_op::set_size);
     EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(win::current_thread_id()));
     // A folder or file that cannot be written empties the buffer.
     perf_logger_t no_folder(set_size_only(), L"", 2);
-    no_folder.note(logging::perf::file_set_size);
-    no_folder.note(logging::perf::file_set_size);
+    no_folder.note(win::file_op::set_size);
+    no_folder.note(win::file_op::set_size);
     EXPECT_EQ(no_folder.buffered(), 0u);
     EXPECT_TRUE(log_has("Performance logger failed to create directory."));
 
     // A folder where the file should be.
     std::filesystem::create_directories(folder_ / "perf" / "perflog.bin");
     perf_logger_t no_file(set_size_only(), (folder_ / "perf").wstring(), 1);
-    no_file.note(logging::perf::file_set_size);
+    no_file.note(win::file_op::set_size);
     EXPECT_EQ(no_file.buffered(), 0u);
     EXPECT_TRUE(
         log_has("Unable to flush performance log data. Perflog buffer will be erased, data will be lost."));

@@ -1,6 +1,6 @@
+#include "common/runtime/win_thread.h"
 #include "common/win/event.h"
 #include "common/win/last_error.h"
-#include "common/win/thread.h"
 #include "common/win/wait.h"
 
 #include <gtest/gtest.h>

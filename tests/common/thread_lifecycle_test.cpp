@@ -1,7 +1,7 @@
 #include "common/exc/exc.h"
 #include "common/monitoring/thread_states.h"
+#include "common/runtime/win_thread.h"
 #include "common/win/event.h"
-#include "common/win/thread.h"
 #include "common/win/wait.h"
 #include "tests/invoke/documents_test_lines.h"
 

@@ -1,5 +1,5 @@
 #include "common/exc/exc.h"
-#include "common/win/file_search.h"
+#include "common/runtime/search_or_warn.h"
 #include "tests/support/process_env.h"
 #include "win_temp_tree.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 std::set<std::wstring> names_found(const std::wstring& pattern) {
     std::set<std::wstring> names;
-    for (win_file_search_t search(pattern); search.found(); search.next())
+    for (win_file_search_t search = win::search_or_warn(pattern); search.found(); search.next())
         names.insert(search.current().name);
     return names;
 }
@@ -127,5 +127,5 @@ TEST_F(FileSearch, EntriesTellFoldersSizesAndTimesAndNothingThereIsAnEmptySearch
     EXPECT_TRUE(names_found(tree.wide("missing\\folder") + L"\\*").empty());
     EXPECT_TRUE(names_found(in_tree(L"notes.txt\\*")).empty());
     EXPECT_TRUE(names_found(L"Q:\\not\\mapped\\*").empty());
-    EXPECT_FALSE(win_file_search_t(in_tree(L"*.iso"), win_file_search_t::start_failure_t::raise).found());
+    EXPECT_FALSE(win_file_search_t(in_tree(L"*.iso")).found());
 }

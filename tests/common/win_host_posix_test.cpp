@@ -2,7 +2,7 @@
 // The wrappers against a simulated host: registry, volume names and injected
 // failures of the file-system calls.
 #include "common/exc/exc.h"
-#include "common/win/file_search.h"
+#include "common/runtime/search_or_warn.h"
 #include "common/win/folder.h"
 #include "common/win/registry.h"
 #include "common/win/volume.h"
@@ -98,10 +98,9 @@ TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
     EXPECT_TRUE(folder_exists(L"C:\\"));
     // Failures name their mask.
     host.tree().add_file("volumes/c/locked/a.vhdx");
-    EXPECT_FALSE(win_file_search_t(L"C:\\locked\\*").found());
-    EXPECT_EQ(
-        sys_failure([] { win_file_search_t(L"C:\\locked\\*", win_file_search_t::start_failure_t::raise); }),
-        "5 File search operation has failed. Search mask: [C:\\locked\\*].");
+    EXPECT_FALSE(search_or_warn(L"C:\\locked\\*").found());
+    EXPECT_EQ(sys_failure([] { win_file_search_t(L"C:\\locked\\*"); }),
+              "5 File search operation has failed. Search mask: [C:\\locked\\*].");
 
     // A search that fails after its first entry throws, and is over.
     win_file_search_t search(L"C:\\VMs\\faulty\\*.vhdx");

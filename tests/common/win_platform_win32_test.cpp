@@ -1,6 +1,7 @@
 // Windows only: the wrappers over the system's own volumes, registry, code pages and version
 // resources, with what every Windows system (and Wine) has: the temporary folder's volume, the
 // system's registry values, this test's own executable.
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/codepage.h"
 #include "common/format/format.h"

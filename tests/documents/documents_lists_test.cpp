@@ -1,4 +1,4 @@
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/xml/dom.h"
 #include "documents/files_list.h"
 #include "documents/snapshot_ids.h"

@@ -1,5 +1,6 @@
 #include "import_test_support.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/snapshot_ids.h"
 #include "hostsim/host_access.h"

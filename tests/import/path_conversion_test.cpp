@@ -3,7 +3,7 @@
 #include "import/import_snapshot_result.h"
 #include "import_test_support.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 
 #include <gtest/gtest.h>
 

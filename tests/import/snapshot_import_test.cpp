@@ -4,7 +4,7 @@
 #include "import/vss_import_snapshot.h"
 #include "import_test_support.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/win/event.h"
 #include "documents/snapshot_ids.h"
 

@@ -6,6 +6,7 @@
 
 #include "client/offhost_road.h"
 #include "client/subcommand.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/snapshot_ids.h"
 #include "lab/host_state_report.h"

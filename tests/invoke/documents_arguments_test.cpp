@@ -1,4 +1,4 @@
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
 #include "tests/invoke/documents_test_lines.h"

@@ -1,6 +1,6 @@
 #include "snapshot_test_support.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "common/win/event.h"
 #include "spec/hv_backup_spec.h"
 

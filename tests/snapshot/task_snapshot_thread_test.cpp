@@ -2,7 +2,7 @@
 // handed to the writer at close, and a worker that ends the holding by itself.
 #include "snapshot_test_support.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 #include "snapshot/vss_snapshot_thread.h"
 
 #include <gtest/gtest.h>

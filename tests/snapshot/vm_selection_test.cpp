@@ -1,7 +1,7 @@
 // Which VMs a specification selects, and how a VM the writer doesn't know fails the task.
 #include "snapshot_test_support.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 // an off-host snapshot differs. What the shadow paths lead to is read through the tool.
 #include "snapshot_test_support.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/snapshot_ids.h"
 #include "spec/hv_backup_spec.h"

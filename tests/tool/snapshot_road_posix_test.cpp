@@ -6,6 +6,7 @@
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/files_list.h"
 #include "hostsim/host_access.h"

@@ -2,7 +2,7 @@
 
 #include "tool_expectations.h"
 
-#include "common/format/format.h"
+#include "common/exc/convert.h"
 
 #include <gtest/gtest.h>
 

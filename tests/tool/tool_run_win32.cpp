@@ -1,6 +1,7 @@
 #include "child_process_win32.h"
 #include "tool_run.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 
 #include <algorithm>

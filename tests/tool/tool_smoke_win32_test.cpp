@@ -4,6 +4,7 @@
 #include "child_process_win32.h"
 #include "tool_expectations.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "tests/support/text_file.h"
 #include "tests/support/under_wine.h"

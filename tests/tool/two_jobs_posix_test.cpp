@@ -4,7 +4,10 @@
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
+#include "common/exc/convert.h"
 #include "common/format/format.h"
+#include "lab/host_state_report.h"
+#include "lab/sample_host.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // The whole road of a snapshot through the checked calls, with the arguments the system fixes.
 #include "vss_test_support.h"
 
+#include "common/exc/convert.h"
 #include "vssutils/async_wait.h"
 #include "vssutils/backup_components.h"
 #include "vssutils/snapshot_info.h"

@@ -2,6 +2,7 @@
 // volumes are prepared per item and cleared again after a failed task.
 #include "vss_test_support.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "vssutils/volumes_holder.h"
 

@@ -2,6 +2,7 @@
 // error text, then the lines that the callers add, in that order.
 #include "vss_test_support.h"
 
+#include "common/exc/convert.h"
 #include "vssutils/async_wait.h"
 #include "vssutils/backup_components.h"
 #include "vssutils/snapshot_info.h"
@@ -74,7 +75,7 @@ std::vector<failure_case_t> failure_cases() {
          start_t::nothing, create_line, E_ACCESSDENIED, "Vss error: '0x80070005'"},
         {"op=\"InitializeForBackup\"", create, "Failed to initialize VSS component", start_t::nothing,
          create_line},
-        {"op=\"SetContext\"", [](auto b) { SetVssContext(b, AllSnapshotsContext); },
+        {"op=\"SetContext\"", [](auto b) { SetVssContext(b, VSS_CTX_ALL); },
          "Failed to set VSS context to [4294967295]"},
         {"op=\"StartSnapshotSet\"", [](auto b) { StartSnapshotSet(b); },
          "Failed to create VSS snapshot set."},
@@ -192,7 +193,7 @@ TEST(VssFailureText, AnOperationThatEndsWithAFailureIsReportedWithTheUnknownStat
 // A call that answers with a warning has done its work as far as this layer can tell.
 TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
     const std::vector<std::pair<std::string, act_t>> calls = {
-        {"SetContext", [](auto b) { SetVssContext(b, TransportableContext); }},
+        {"SetContext", [](auto b) { SetVssContext(b, VSS_VOLSNAP_ATTR_TRANSPORTABLE); }},
         {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
         {"SetBackupState", [](auto b) { SetBackupState(b); }},
         {"EnableWriterClasses",

@@ -1,4 +1,4 @@
-#include "common/win/impersonation.h"
+#include "common/runtime/impersonation.h"
 #include "common/win/last_error.h"
 
 namespace win {

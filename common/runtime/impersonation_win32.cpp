@@ -1,4 +1,4 @@
-#include "common/win/impersonation.h"
+#include "common/runtime/impersonation.h"
 
 namespace win {
 

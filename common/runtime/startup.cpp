@@ -1,15 +1,16 @@
-#include "common/logging/startup.h"
+#include "common/runtime/startup.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/command_line.h"
-#include "common/logging/common_lib_ctx.h"
 #include "common/logging/debug_receiver_setup.h"
 #include "common/logging/log.h"
 #include "common/logging/log_directory.h"
 #include "common/logging/log_install.h"
 #include "common/logging/log_platform.h"
 #include "common/logging/system_info.h"
+#include "common/runtime/common_lib_ctx.h"
 
 #include <atomic>
 #include <optional>

@@ -1,4 +1,5 @@
 // %NAME% expansion of a text; an unset name stays as the platform leaves it.
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/env_expansion.h"
 #include "common/format/format.h"

@@ -1,8 +1,9 @@
 // Conversions between wide text, the ANSI code page and UTF-8. Text counts up to its first zero
 // character, as it does for the platform calls that take it with its terminator.
+#include "common/exc/convert.h"
+
 #include "common/exc/exc.h"
 #include "common/format/codepage.h"
-#include "common/format/format.h"
 
 #include <utility>
 
@@ -10,69 +11,21 @@ namespace {
 
 using format_impl::code_page_t;
 
-template <typename CharT> std::basic_string_view<CharT> up_to_zero(const std::basic_string<CharT>& text) {
-    return std::basic_string_view<CharT>(text.c_str());
-}
-
 std::string narrow(code_page_t code_page, const std::wstring& text, const char* failure) {
-    const std::wstring_view input = up_to_zero(text);
-    if (input.empty())
-        return std::string();
     std::uint32_t error = 0;
-    std::optional<std::string> result = format_impl::wide_to_multibyte(code_page, input, error);
+    std::optional<std::string> result = format_impl::narrow_up_to_zero(code_page, text, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, error);
     return std::move(*result);
 }
 
 std::wstring widen(code_page_t code_page, const std::string& text, const char* failure) {
-    const std::string_view input = up_to_zero(text);
-    if (input.empty())
-        return std::wstring();
     std::uint32_t error = 0;
-    std::optional<std::wstring> result = format_impl::multibyte_to_wide(code_page, input, error);
+    std::optional<std::wstring> result = format_impl::widen_up_to_zero(code_page, text, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, text, error);
     return std::move(*result);
 }
-
-} // namespace
-
-std::string to_ansi(const std::wstring& text) {
-    return narrow(code_page_t::ansi, text, "Unicode string cannot be converted to multibyte string.");
-}
-
-std::string to_ansi_nothrow(const std::wstring& text) noexcept {
-    try {
-        return to_ansi(text);
-    } catch (const std::exception&) {
-        return "UNICODE->ANSI failed";
-    }
-}
-
-std::wstring to_unicode(const std::string& text) {
-    return widen(code_page_t::ansi, text,
-                 "Multibyte string cannot be converted to unicode string. Source string: [%1].");
-}
-
-std::wstring to_unicode_nothrow(const std::string& text) noexcept {
-    try {
-        return to_unicode(text);
-    } catch (const std::exception&) {
-        return L"ANSI -> UNICODE failed.";
-    }
-}
-
-std::string to_utf8(const std::wstring& text) {
-    return narrow(code_page_t::utf8, text, "Unicode string cannot be converted to UTF8 string.");
-}
-
-std::wstring from_utf8(const std::string& text) {
-    return widen(code_page_t::utf8, text,
-                 "Multibyte UTF8 string cannot be converted to unicode string. Source string: [%1].");
-}
-
-namespace {
 
 std::string recode_utf8(code_page_t code_page, std::string text) {
     text.resize(std::char_traits<char>::length(text.c_str()));
@@ -83,6 +36,24 @@ std::string recode_utf8(code_page_t code_page, std::string text) {
 }
 
 } // namespace
+
+std::string to_ansi(const std::wstring& text) {
+    return narrow(code_page_t::ansi, text, "Unicode string cannot be converted to multibyte string.");
+}
+
+std::wstring to_unicode(const std::string& text) {
+    return widen(code_page_t::ansi, text,
+                 "Multibyte string cannot be converted to unicode string. Source string: [%1].");
+}
+
+std::string to_utf8(const std::wstring& text) {
+    return narrow(code_page_t::utf8, text, "Unicode string cannot be converted to UTF8 string.");
+}
+
+std::wstring from_utf8(const std::string& text) {
+    return widen(code_page_t::utf8, text,
+                 "Multibyte UTF8 string cannot be converted to unicode string. Source string: [%1].");
+}
 
 std::string utf8_round_trip(std::string text) {
     return recode_utf8(code_page_t::utf8, std::move(text));

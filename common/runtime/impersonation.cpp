@@ -1,9 +1,10 @@
-#include "common/win/impersonation.h"
+#include "common/runtime/impersonation.h"
 
+#include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
-#include "common/logging/common_lib_ctx.h"
 #include "common/logging/log.h"
+#include "common/runtime/common_lib_ctx.h"
 #include "common/win/last_error.h"
 #include "common/win/path.h"
 #include "common/win/thread_id.h"

@@ -1,4 +1,4 @@
-#include "common/win/thread.h"
+#include "common/runtime/win_thread.h"
 
 #include "common/crash/thread_frame.h"
 #include "common/exc/exc.h"
@@ -130,7 +130,7 @@ std::optional<DWORD> win_thread_t::exit_code() const {
     DWORD code = 0;
     if (!thread_exit_code(handle(), code))
         throw exc::win_sys_exc_t("GetExitCodeThread() function call failed.", last_error());
-    if (code == thread_still_active && wait_for_object(handle(), 0) != wait_object_0)
+    if (code == STILL_ACTIVE && wait_for_object(handle(), 0) != wait_object_0)
         return std::nullopt;
     return code;
 }
