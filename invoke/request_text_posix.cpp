@@ -1,5 +1,6 @@
 #include "invoke/request_text.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
 #include "invoke/request_grammar.h"
