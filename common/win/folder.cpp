@@ -4,15 +4,12 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/file_system_os.h"
+#include "common/win/last_error.h"
 #include "common/win/path.h"
 
 namespace win {
 
 namespace {
-
-bool is_not_there(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
 
 std::wstring strip_trailing_backslashes(const std::wstring& path) {
     std::size_t end = path.size();

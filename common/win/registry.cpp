@@ -3,15 +3,12 @@
 #include "common/exc/convert.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
+#include "common/win/last_error.h"
 #include "common/win/registry_os.h"
 
 namespace win {
 
 namespace {
-
-bool is_not_there(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
 
 win_reg_key_t open_subkey(reg_handle_t parent, const std::wstring& path, DWORD access) {
     reg_handle_t key = nullptr;

@@ -7,7 +7,7 @@
 
 namespace {
 
-std::string UsageErrorOf(const std::vector<std::string>& arguments, const std::wstring& pipe) {
+std::string CheckUsageErrorOf(const std::vector<std::string>& arguments, const std::wstring& pipe) {
     try {
         client::ParseCheckArguments(arguments, pipe);
     } catch (const client::usage_error_t& e) {
@@ -28,14 +28,14 @@ TEST(CheckCommandLine, OneToolOrAHostAndItsProxyAndTheReportsFormatFromItsName) 
     EXPECT_TRUE(
         client::ParseCheckArguments({"--spec", "s", "--host-pipe", "a", "--proxy-pipe", "b"}, L"").Offhost());
 
-    EXPECT_EQ(UsageErrorOf({"--spec", "s"}, L""),
+    EXPECT_EQ(CheckUsageErrorOf({"--spec", "s"}, L""),
               "check needs --pipe NAME, or --host-pipe NAME and --proxy-pipe NAME.");
-    EXPECT_EQ(UsageErrorOf({"--spec", "s", "--host-pipe", "a"}, L""),
+    EXPECT_EQ(CheckUsageErrorOf({"--spec", "s", "--host-pipe", "a"}, L""),
               "An off-host check needs both --host-pipe NAME and --proxy-pipe NAME.");
-    EXPECT_EQ(UsageErrorOf({"--spec", "s", "--host-pipe", "a", "--proxy-pipe", "b"}, L"trial"),
+    EXPECT_EQ(CheckUsageErrorOf({"--spec", "s", "--host-pipe", "a", "--proxy-pipe", "b"}, L"trial"),
               "check takes --pipe NAME on a host, or --host-pipe and --proxy-pipe off-host, not both.");
-    EXPECT_EQ(UsageErrorOf({"--spec", "s", "--proxy-log", "p.log"}, L"trial"),
+    EXPECT_EQ(CheckUsageErrorOf({"--spec", "s", "--proxy-log", "p.log"}, L"trial"),
               "--proxy-log belongs to an off-host check.");
-    EXPECT_EQ(UsageErrorOf({"--report", "r.txt"}, L"trial"), "check needs --spec FILE.");
-    EXPECT_EQ(UsageErrorOf({"--spec", "s", "--to", "dir"}, L"trial"), "check doesn't take '--to'.");
+    EXPECT_EQ(CheckUsageErrorOf({"--report", "r.txt"}, L"trial"), "check needs --spec FILE.");
+    EXPECT_EQ(CheckUsageErrorOf({"--spec", "s", "--to", "dir"}, L"trial"), "check doesn't take '--to'.");
 }

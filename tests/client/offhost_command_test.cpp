@@ -9,7 +9,7 @@
 
 namespace {
 
-std::string UsageErrorOf(const std::vector<std::string>& arguments) {
+std::string OffhostUsageErrorOf(const std::vector<std::string>& arguments) {
     try {
         client::ParseOffhostArguments(arguments);
     } catch (const client::usage_error_t& e) {
@@ -30,13 +30,13 @@ TEST(OffhostCommandLine, PipesInEitherFormAndBackupsOptionsBesideThemAreAllNeede
     EXPECT_EQ(parsed.backup.jobName, L"Nightly");
 
     // Missing pipes or backup options are usage errors.
-    EXPECT_EQ(UsageErrorOf({"--host-pipe", "hv", "--spec", "s.xml", "--to", "out"}),
+    EXPECT_EQ(OffhostUsageErrorOf({"--host-pipe", "hv", "--spec", "s.xml", "--to", "out"}),
               "offhost needs --host-pipe NAME and --proxy-pipe NAME.");
-    EXPECT_EQ(UsageErrorOf({"--host-pipe", "hv", "--proxy-pipe"}), "--proxy-pipe needs a value.");
-    EXPECT_NE(UsageErrorOf({"--host-pipe", "hv", "--proxy-pipe", "px", "--to", "out"}), "");
-    EXPECT_NE(
-        UsageErrorOf({"--host-pipe", "hv", "--proxy-pipe", "px", "--spec", "s", "--to", "o", "--pipe", "p"}),
-        "");
+    EXPECT_EQ(OffhostUsageErrorOf({"--host-pipe", "hv", "--proxy-pipe"}), "--proxy-pipe needs a value.");
+    EXPECT_NE(OffhostUsageErrorOf({"--host-pipe", "hv", "--proxy-pipe", "px", "--to", "out"}), "");
+    EXPECT_NE(OffhostUsageErrorOf(
+                  {"--host-pipe", "hv", "--proxy-pipe", "px", "--spec", "s", "--to", "o", "--pipe", "p"}),
+              "");
 }
 
 TEST(OffhostCommandLine, NeedsNoPipeOfTheWholeClient) {

@@ -17,7 +17,7 @@ const std::string spec_vm_a = "{83F4C5F7-1401-4A04-A996-506A4DEA6810}";
 const std::string spec_vm_b = "26882b39-53fb-470f-8ebe-5938c39fcd0f";
 const std::string hardware = "{7f1d6a2e-3b4c-4d5e-8f60-71829304a5b6}";
 
-std::string UsageErrorOf(std::vector<std::string> arguments) {
+std::string SpecUsageErrorOf(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"-o", "spec.xml"});
     try {
         client::ParseSpecArguments(arguments);
@@ -90,6 +90,6 @@ TEST(SpecCommand, MistakesAreRefusedSayingWhich) {
         {{"--vm", spec_vm_a, "--bogus"}, "spec doesn't take '--bogus'."},
     };
     for (const auto& [arguments, expected] : cases)
-        EXPECT_EQ(UsageErrorOf(arguments), expected);
+        EXPECT_EQ(SpecUsageErrorOf(arguments), expected);
     EXPECT_THROW(client::ParseSpecArguments({"--vm", spec_vm_a}), client::usage_error_t);
 }
