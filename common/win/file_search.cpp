@@ -4,16 +4,9 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/win/file_system_os.h"
+#include "common/win/last_error.h"
 
 namespace win {
-
-namespace {
-
-bool is_not_there(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
-} // namespace
 
 namespace detail {
 
