@@ -35,9 +35,9 @@ function(mirrack_module target)
   endif()
 endfunction()
 
-# mirrack_test(<name> SOURCES_DIR <dir> LIBS ...): one gtest executable per test folder.
+# mirrack_test(<name> DIR <dir> LIBS ... [LABELS ...]): one gtest executable per test folder.
 function(mirrack_test name)
-  cmake_parse_arguments(T "" "DIR" "LIBS" ${ARGN})
+  cmake_parse_arguments(T "" "DIR" "LIBS;LABELS" ${ARGN})
   mirrack_platform_sources(kept "${T_DIR}")
   if(NOT kept)
     return()
@@ -47,7 +47,7 @@ function(mirrack_test name)
   target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   target_compile_definitions(${name} PRIVATE MIRRACK_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
                                              MIRRACK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  mirrack_add_tests(${name})
+  mirrack_add_tests(${name} LABELS ${T_LABELS})
 endfunction()
 
 # mirrack_add_tests(<target> [LABELS ...]): natively every case is a ctest test of its own; a
