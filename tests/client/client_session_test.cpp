@@ -67,7 +67,7 @@ TEST(ClientSession, BadFramesGetErrorFramesAndTheNextCommandIsServed) {
     auto connection = CInvokeClient::Connect(server.name());
     const auto frame_of = [](const std::wstring& text) { return win::pipes::EncodeFrameText(text); };
     win::pipes::byte_buffer_t unterminated = frame_of(L"cmd:Nothing xml:<InputArguments/>");
-    unterminated.resize(unterminated.size() - 2);
+    unterminated.erase(unterminated.end() - 2, unterminated.end());
     win::pipes::byte_buffer_t huge = frame_of(std::wstring(5 * 1024 * 1024, L'x'));
     win::pipes::byte_buffer_t lone_surrogate =
         frame_of(L"cmd:Echo xml:<InputArguments><Text value=\"?\"/></InputArguments>");

@@ -78,7 +78,7 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresWith
     EXPECT_EQ(no_document.rfind(L"err:", 0), 0u);
     EXPECT_NE(no_document.find(L"Failed to load XML document"), std::wstring::npos);
     win::pipes::byte_buffer_t unterminated = win::pipes::EncodeFrameText(L"cmd:Echo xml:<a/>");
-    unterminated.resize(unterminated.size() - 2);
+    unterminated.erase(unterminated.end() - 2, unterminated.end());
     EXPECT_EQ(win::pipes::DecodeFrameText(server.ExecuteFrame(unterminated)).text,
               L"err:Unknown type of request: 'cmd:Echo xml:<a/>'.");
 
