@@ -27,8 +27,8 @@ std::wstring widen(code_page_t code_page, const std::string& text, const char* f
     return std::move(*result);
 }
 
-std::string recode_utf8(code_page_t code_page, std::string text) {
-    text.resize(std::char_traits<char>::length(text.c_str()));
+std::string recode_utf8(code_page_t code_page, const std::string& source) {
+    std::string text = source.substr(0, source.find('\0'));
     if (format_impl::recode_utf8_in_place(code_page, text))
         return text;
     const std::wstring wide = from_utf8(text);
@@ -55,10 +55,10 @@ std::wstring from_utf8(const std::string& text) {
                  "Multibyte UTF8 string cannot be converted to unicode string. Source string: [%1].");
 }
 
-std::string utf8_round_trip(std::string text) {
-    return recode_utf8(code_page_t::utf8, std::move(text));
+std::string utf8_round_trip(const std::string& text) {
+    return recode_utf8(code_page_t::utf8, text);
 }
 
-std::string utf8_to_ansi(std::string text) {
-    return recode_utf8(code_page_t::ansi, std::move(text));
+std::string utf8_to_ansi(const std::string& text) {
+    return recode_utf8(code_page_t::ansi, text);
 }
