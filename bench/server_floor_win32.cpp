@@ -3,6 +3,7 @@
 // arguments carry. It runs in the COM apartment that the benchmark's main thread holds.
 #include "bench/server_requests.h"
 #include "compat/com_ptr.h"
+#include "compat/unique_any.h"
 #include "compat/win_types.h"
 #include "invoke/base64.h"
 
@@ -13,11 +14,11 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace {
 
 using compat::com_ptr_t;
+using compat::unique_bstr_t;
 using namespace server_bench;
 
 // The class the server's documents are made of: the published one, of no particular version.
@@ -29,43 +30,27 @@ void check(HRESULT hr, const char* call) {
         throw std::runtime_error(std::string(call) + " failed");
 }
 
-class bstr_holder_t {
-public:
-    bstr_holder_t() = default;
-    explicit bstr_holder_t(std::wstring_view text)
-        : value_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
-        if (value_ == nullptr)
-            throw std::bad_alloc();
-    }
-    bstr_holder_t(bstr_holder_t&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
-    bstr_holder_t& operator=(bstr_holder_t&& other) noexcept {
-        std::swap(value_, other.value_);
-        return *this;
-    }
-    ~bstr_holder_t() { SysFreeString(value_); }
+// A BSTR of the text; the floor never works on a null one.
+unique_bstr_t bstr_of(std::wstring_view text) {
+    unique_bstr_t result(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
+    if (!result)
+        throw std::bad_alloc();
+    return result;
+}
 
-    BSTR get() const noexcept { return value_; }
-    BSTR* put() noexcept {
-        SysFreeString(std::exchange(value_, nullptr));
-        return &value_;
-    }
-    std::wstring_view view() const noexcept { return {value_, SysStringLen(value_)}; }
+// The UTF-8 text made a BSTR without a std::wstring in between.
+unique_bstr_t bstr_from_utf8(std::string_view text) {
+    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    unique_bstr_t result(SysAllocStringLen(nullptr, static_cast<UINT>(size)));
+    if (!result)
+        throw std::bad_alloc();
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.get(), size);
+    return result;
+}
 
-    // The UTF-8 text made a BSTR without a std::wstring in between.
-    static bstr_holder_t from_utf8(std::string_view text) {
-        const int size =
-            MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-        bstr_holder_t result;
-        result.value_ = SysAllocStringLen(nullptr, static_cast<UINT>(size));
-        if (result.value_ == nullptr)
-            throw std::bad_alloc();
-        MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.value_, size);
-        return result;
-    }
-
-private:
-    BSTR value_ = nullptr;
-};
+std::wstring_view view_of(const unique_bstr_t& text) {
+    return {text.get(), SysStringLen(text.get())};
+}
 
 std::string utf8_of(std::wstring_view text) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
@@ -122,8 +107,8 @@ void set_attribute(const com_ptr_t<IXMLDOMElement>& element, BSTR name, BSTR val
     check(element->setAttribute(name, text_variant(value)), "setAttribute");
 }
 
-bstr_holder_t xml_of(const com_ptr_t<IXMLDOMDocument>& document) {
-    bstr_holder_t text;
+unique_bstr_t xml_of(const com_ptr_t<IXMLDOMDocument>& document) {
+    unique_bstr_t text;
     check(document->get_xml(text.put()), "get_xml");
     return text;
 }
@@ -149,29 +134,28 @@ com_ptr_t<IXMLDOMElement> as_element(const com_ptr_t<IXMLDOMNode>& node) {
 // The names and constant values the rounds write, made BSTRs once as a program that writes them
 // on every request would keep them.
 struct texts_t {
-    bstr_holder_t value{L"value"};
-    bstr_holder_t output_arguments{L"OutputArguments"};
-    bstr_holder_t in_paths{L"InPathsXML"};
-    bstr_holder_t out_paths{L"OutPathsXML"};
-    bstr_holder_t files_list{L"FilesList"};
-    bstr_holder_t file{L"File"};
-    bstr_holder_t item_attributes[5] = {bstr_holder_t(L"Recursive"), bstr_holder_t(L"Path"),
-                                        bstr_holder_t(L"Mask"), bstr_holder_t(L"FullPath"),
-                                        bstr_holder_t(L"RelativePath")};
+    unique_bstr_t value = bstr_of(L"value");
+    unique_bstr_t output_arguments = bstr_of(L"OutputArguments");
+    unique_bstr_t in_paths = bstr_of(L"InPathsXML");
+    unique_bstr_t out_paths = bstr_of(L"OutPathsXML");
+    unique_bstr_t files_list = bstr_of(L"FilesList");
+    unique_bstr_t file = bstr_of(L"File");
+    unique_bstr_t item_attributes[5] = {bstr_of(L"Recursive"), bstr_of(L"Path"), bstr_of(L"Mask"),
+                                        bstr_of(L"FullPath"), bstr_of(L"RelativePath")};
     // The status's arguments and their values.
-    bstr_holder_t status[6][2] = {
-        {bstr_holder_t(L"SnapshotId"), bstr_holder_t(L"{1c2b3a49-5d6e-4f70-8192-a3b4c5d6e7f8}")},
-        {bstr_holder_t(L"ErrDescription"), bstr_holder_t(L"")},
-        {bstr_holder_t(L"IsCompleted"), bstr_holder_t(L"true")},
-        {bstr_holder_t(L"IsSucceeded"), bstr_holder_t(L"true")},
-        {bstr_holder_t(L"CreationTime"), bstr_holder_t(L"134000000000000000")},
-        {bstr_holder_t(L"CompletedTime"), bstr_holder_t(L"134000000100000000")}};
+    unique_bstr_t status[6][2] = {
+        {bstr_of(L"SnapshotId"), bstr_of(L"{1c2b3a49-5d6e-4f70-8192-a3b4c5d6e7f8}")},
+        {bstr_of(L"ErrDescription"), bstr_of(L"")},
+        {bstr_of(L"IsCompleted"), bstr_of(L"true")},
+        {bstr_of(L"IsSucceeded"), bstr_of(L"true")},
+        {bstr_of(L"CreationTime"), bstr_of(L"134000000000000000")},
+        {bstr_of(L"CompletedTime"), bstr_of(L"134000000100000000")}};
 };
 
 // One round of the floor in a function of its own, as the server's round is, so that a profiler
 // can count each alone.
-[[gnu::noinline]] bstr_holder_t msxml_status_round(const std::wstring& request, const texts_t& texts) {
-    const com_ptr_t<IXMLDOMDocument> input = load(bstr_holder_t(request).get());
+[[gnu::noinline]] unique_bstr_t msxml_status_round(const std::wstring& request, const texts_t& texts) {
+    const com_ptr_t<IXMLDOMDocument> input = load(bstr_of(request).get());
     benchmark::DoNotOptimize(root_of(input));
     const com_ptr_t<IXMLDOMDocument> output = new_document();
     const com_ptr_t<IXMLDOMElement> root = append_element(output, output.get(), texts.output_arguments.get());
@@ -181,12 +165,12 @@ struct texts_t {
 }
 
 // The argument's element among the root's children, by its name as MSXML reports it.
-com_ptr_t<IXMLDOMElement> argument_of(const com_ptr_t<IXMLDOMDocument>& document, const bstr_holder_t& name) {
+com_ptr_t<IXMLDOMElement> argument_of(const com_ptr_t<IXMLDOMDocument>& document, const unique_bstr_t& name) {
     const com_ptr_t<IXMLDOMElement> root = root_of(document);
     for (com_ptr_t<IXMLDOMNode> child = first_child(root.get()); child; child = next_sibling(child.get())) {
-        bstr_holder_t child_name;
+        unique_bstr_t child_name;
         check(child->get_nodeName(child_name.put()), "get_nodeName");
-        if (child_name.view() == name.view())
+        if (view_of(child_name) == view_of(name))
             return as_element(child);
     }
     throw std::runtime_error("the request has no such argument");
@@ -201,11 +185,11 @@ std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) 
     return text;
 }
 
-[[gnu::noinline]] bstr_holder_t msxml_files_list_round(const std::wstring& request, const texts_t& texts) {
-    const com_ptr_t<IXMLDOMDocument> input = load(bstr_holder_t(request).get());
+[[gnu::noinline]] unique_bstr_t msxml_files_list_round(const std::wstring& request, const texts_t& texts) {
+    const com_ptr_t<IXMLDOMDocument> input = load(bstr_of(request).get());
     const std::string list_text =
         base64_decode(attribute_utf8(argument_of(input, texts.in_paths), texts.value.get()));
-    const com_ptr_t<IXMLDOMDocument> list = load(bstr_holder_t::from_utf8(list_text).get());
+    const com_ptr_t<IXMLDOMDocument> list = load(bstr_from_utf8(list_text).get());
 
     const com_ptr_t<IXMLDOMDocument> out_list = new_document();
     const com_ptr_t<IXMLDOMElement> out_root =
@@ -214,7 +198,7 @@ std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) 
     for (com_ptr_t<IXMLDOMNode> file = first_child(list_root.get()); file; file = next_sibling(file.get())) {
         const com_ptr_t<IXMLDOMElement> element = as_element(file);
         const com_ptr_t<IXMLDOMElement> copy = append_element(out_list, out_root.get(), texts.file.get());
-        for (const bstr_holder_t& name : texts.item_attributes) {
+        for (const unique_bstr_t& name : texts.item_attributes) {
             VARIANT value;
             VariantInit(&value);
             check(element->getAttribute(name.get(), &value), "getAttribute");
@@ -223,7 +207,7 @@ std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) 
             check(set, "setAttribute");
         }
     }
-    const bstr_holder_t encoded = bstr_holder_t::from_utf8(base64_encode(utf8_of(xml_of(out_list).view())));
+    const unique_bstr_t encoded = bstr_from_utf8(base64_encode(utf8_of(view_of(xml_of(out_list)))));
 
     const com_ptr_t<IXMLDOMDocument> output = new_document();
     const com_ptr_t<IXMLDOMElement> root = append_element(output, output.get(), texts.output_arguments.get());
