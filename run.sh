@@ -5,7 +5,7 @@ cd "$(dirname "$0")"
 ROOT=$(pwd)
 JOBS=$(nproc 2>/dev/null || echo 2)
 
-PACKAGES=(cmake g++ make pkg-config zlib1g-dev libtinyxml-dev libpugixml-dev libboost-program-options-dev
+PACKAGES=(cmake ninja-build g++ make pkg-config zlib1g-dev libtinyxml-dev libpugixml-dev libboost-program-options-dev
           libgtest-dev libgmock-dev libbenchmark-dev)
 
 need_packages() {
@@ -29,6 +29,10 @@ need_packages() {
 # one file wants neither.
 CI_FLAGS=(-DMIRRACK_WERROR="${MIRRACK_WERROR:-OFF}" -DCMAKE_UNITY_BUILD="${MIRRACK_UNITY:-OFF}"
           -DCMAKE_UNITY_BUILD_BATCH_SIZE=16)
+
+# A new build folder is made for Ninja, which compiles a target's sources while the libraries it
+# links are still being built; a folder configured before keeps its own generator.
+export CMAKE_GENERATOR=${CMAKE_GENERATOR:-Ninja}
 
 configure_and_build() { # build-dir [cmake args...]
     local dir=$1
@@ -80,7 +84,7 @@ cmd_fuzz_replay() {
 }
 
 cmd_cross() {
-    need_packages cmake g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils
+    need_packages cmake ninja-build g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils
     bash "$ROOT/.ci/cross-windows.sh"
 }
 
@@ -101,7 +105,7 @@ cmd_package() {
 # The Windows tests under Wine with their lines counted, in build-win-cov/: the share of lines
 # run in every *_win32.cpp file, and what Wine cannot reach.
 cmd_wine_coverage() {
-    need_packages cmake g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils wine wine64
+    need_packages cmake ninja-build g++-mingw-w64-x86-64 mingw-w64-x86-64-dev dpkg-dev xz-utils wine wine64
     bash "$ROOT/.ci/wine-coverage.sh"
 }
 
