@@ -3,13 +3,12 @@
 #include "common/runtime/win_thread.h"
 #include "common/win/event.h"
 #include "common/win/wait.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <stdexcept>
 #include <thread>
 
 using namespace win;
@@ -33,19 +32,6 @@ DWORD return_42(void* argument) {
 DWORD wait_for_release(void* argument) {
     auto* release = static_cast<win_manual_reset_event_t*>(argument);
     return wait_for_object(release->handle(), wait_infinite) == wait_object_0 ? 7 : 8;
-}
-
-DWORD throw_from_routine(void*) {
-    throw std::runtime_error("boom");
-}
-
-// A crash frame of the kind crash handling installs: the thread ends with -1.
-DWORD catching_frame(thread_body_t body, void* context) {
-    try {
-        return body(context);
-    } catch (const std::exception&) {
-        return crashed_thread_exit_code;
-    }
 }
 
 } // namespace
@@ -85,15 +71,4 @@ TEST(WorkerThread, DestructorWaitsForTheRoutine) {
             &finished, "Waited");
     }
     EXPECT_TRUE(finished.load());
-}
-
-TEST(WorkerThread, CrashFrameTurnsAnEscapedFailureIntoTheCrashCode) {
-    set_thread_frame(&catching_frame);
-    {
-        win_thread_t thread(&throw_from_routine, nullptr, "Throwing");
-        thread.stop_wait();
-        EXPECT_EQ(thread.exit_code(), crashed_thread_exit_code);
-        EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(thread.thread_id()), nullptr);
-    }
-    set_thread_frame(nullptr);
 }

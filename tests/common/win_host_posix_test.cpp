@@ -7,7 +7,7 @@
 #include "common/win/registry.h"
 #include "common/win/volume.h"
 #include "sys_failure.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
