@@ -13,7 +13,8 @@ namespace test_support {
 
 // The lines of the exc::exc_base_t that action throws; fails the test if none is thrown. A platform
 // error puts its own text in front of the lines; keep_last leaves it out.
-inline std::vector<std::string> failure_lines(const std::function<void()>& action, std::size_t keep_last = 99) {
+inline std::vector<std::string> failure_lines(const std::function<void()>& action,
+                                              std::size_t keep_last = 99) {
     try {
         action();
     } catch (const exc::exc_base_t& e) {
