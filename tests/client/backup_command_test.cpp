@@ -7,7 +7,7 @@
 #include "common/exc/convert.h"
 #include "documents/files_list.h"
 #include "test_server.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

@@ -32,10 +32,7 @@ LONG WINAPI previous_filter(EXCEPTION_POINTERS* pointers) {
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-class exception_log_test : public crash_test::dump_folder_test {
-protected:
-    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
-};
+using exception_log_test = crash_test::dump_folder_test;
 
 } // namespace
 

@@ -2,7 +2,6 @@
 // signal, which Windows' runtime takes for an abort of the process.
 // Dumps that the system refuses to delete, and dumps that workers crashing at once write side by side.
 #include "common/crash/crash_filter.h"
-#include "common/crash/thread_frame.h"
 #include "common/runtime/win_thread.h"
 #include "crash_test_support.h"
 #include "win_temp_tree.h"
@@ -36,14 +35,7 @@ DWORD crash_with_the_others(void*) {
     return 0;
 }
 
-class crashing_at_once_test : public crash_test::dump_folder_test {
-protected:
-    void SetUp() override {
-        dump_folder_test::SetUp();
-        win::set_thread_frame(&crash::thread_crash_frame);
-    }
-    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
-};
+using crashing_at_once_test = crash_test::crash_frame_test;
 
 } // namespace
 

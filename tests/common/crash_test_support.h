@@ -3,6 +3,8 @@
 #pragma once
 
 #include "common/crash/crash_context.h"
+#include "common/crash/thread_frame.h"
+#include "common/runtime/win_thread.h"
 #include "log_test_support.h"
 
 #include <algorithm>
@@ -17,12 +19,10 @@ class dump_folder_test : public log_test::log_file_test {
 protected:
     void SetUp() override {
         log_file_test::SetUp();
-        dumps_ = log_test::fresh_folder("dumps");
         crash::crash_context().dump_folder = dumps_.string();
     }
     void TearDown() override {
         crash::crash_context().dump_folder.clear();
-        std::filesystem::remove_all(dumps_);
         log_file_test::TearDown();
     }
 
@@ -34,15 +34,21 @@ protected:
                                                    std::chrono::minutes(minutes_old));
     }
 
-    std::vector<std::string> dump_names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(dumps_))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    std::vector<std::string> dump_names() const { return log_test::names_in(dumps_); }
 
-    std::filesystem::path dumps_;
+    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
+
+    win_test::temp_tree_t dumps_tree_;
+    std::filesystem::path dumps_ = dumps_tree_.root();
+};
+
+// Workers run under the crash frame, which another test may have taken off.
+class crash_frame_test : public dump_folder_test {
+protected:
+    void SetUp() override {
+        dump_folder_test::SetUp();
+        win::set_thread_frame(&crash::thread_crash_frame);
+    }
 };
 
 } // namespace crash_test

@@ -2,7 +2,6 @@
 // waiter, and a process that goes on. POSIX comes to the filter by a signal and writes a text
 // dump; Windows by a structured exception and writes a minidump.
 #include "common/crash/crash_filter.h"
-#include "common/crash/thread_frame.h"
 #include "common/monitoring/thread_states.h"
 #include "common/runtime/win_thread.h"
 #include "crash_test_support.h"
@@ -56,14 +55,8 @@ DWORD end_itself(void*) {
     win::exit_current_thread(5);
 }
 
-class crashing_worker_test : public crash_test::dump_folder_test {
+class crashing_worker_test : public crash_test::crash_frame_test {
 protected:
-    void SetUp() override {
-        dump_folder_test::SetUp();
-        // Another test may have run its workers bare.
-        win::set_thread_frame(&crash::thread_crash_frame);
-    }
-
     // Runs the routine on a worker to its end; the worker's exit code. Its monitor entry goes with
     // it unless the routine was left without unwinding.
     DWORD run_worker(win::thread_routine_t routine, bool unwound = true) {
@@ -75,8 +68,6 @@ protected:
         monitor->remove(worker_id_);
         return worker.exit_code().value_or(0);
     }
-
-    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
 
     DWORD worker_id_ = 0;
 };

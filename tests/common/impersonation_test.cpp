@@ -1,75 +1,13 @@
 // Impersonation scopes over a fake token source: which paths get one, nesting
 // per thread, and the failures that leave the thread under its own identity.
-#include "common/runtime/common_lib_ctx.h"
-#include "common/runtime/impersonation.h"
 #include "common/runtime/win_thread.h"
-#include "common/win/last_error.h"
-#include "common/win/sync_os.h"
-#include "log_test_support.h"
-#include "wine_error_texts.h"
+#include "impersonation_test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 using namespace win;
-
-namespace {
-
-// Counts the calls; tokens it hands out are real handles, so that closing them is checked too.
-class fake_token_calls_t : public token_calls_t {
-public:
-    HANDLE duplicate_token(HANDLE) override {
-        ++duplicates;
-        if (fail_duplicate)
-            return nullptr;
-        return detail::os_create_manual_reset_event();
-    }
-    bool impersonate_logged_on_user(HANDLE) override {
-        ++impersonations;
-        if (fail_impersonation)
-            set_last_error(ERROR_ACCESS_DENIED);
-        return !fail_impersonation;
-    }
-    bool revert_to_self() override {
-        ++reverts;
-        return true;
-    }
-
-    std::atomic<int> duplicates{0};
-    std::atomic<int> impersonations{0};
-    std::atomic<int> reverts{0};
-    bool fail_duplicate = false;
-    bool fail_impersonation = false;
-};
-
-const std::wstring share = L"\\\\fs01\\vms";
-
-class impersonation_test : public log_test::log_file_test {
-protected:
-    void SetUp() override {
-        log_file_test::SetUp();
-        previous_ = set_token_calls(calls_);
-        tokens()->add(share, std::make_shared<win_handle_t>(detail::os_create_manual_reset_event()));
-    }
-    void TearDown() override {
-        tokens()->remove(share);
-        set_token_calls(previous_);
-        log_file_test::TearDown();
-    }
-
-    static const std::shared_ptr<WinImpersonationTokensMap>& tokens() {
-        return CCommonLibCtx::get()->impersonation_tokens();
-    }
-    bool log_has(const std::string& text) const {
-        return wine_texts::as_windows(log_test::read_file(log_path_)).find(text) != std::string::npos;
-    }
-
-    std::shared_ptr<fake_token_calls_t> calls_ = std::make_shared<fake_token_calls_t>();
-    std::shared_ptr<token_calls_t> previous_;
-};
-
-} // namespace
+using log_test::impersonation_test;
+using log_test::share;
 
 TEST_F(impersonation_test, LocalPathsAndSharesWithoutTokenGetNoScopeAndAnInvalidTokenOneWithoutEffect) {
     // The key is the server and share of a UNC path only.

@@ -1,4 +1,5 @@
-// Log blocks: how a step opens, ends and fails in the log, and in the thread's monitoring state.
+// Log blocks: how a step opens, ends and fails in the log, and in the thread's monitoring state; the
+// steps of the threads' states themselves.
 #include "log_test_support.h"
 
 #include "common/monitoring/thread_states.h"
@@ -9,6 +10,8 @@
 using log_test::log_file_test;
 
 using lines_t = std::vector<std::string>;
+using monitoring::CThreadState;
+using monitoring::CThreadStatesCollection;
 
 // A block closed ok frames its lines; one left by an exception fails, nested ones both; a silent one
 // speaks only when it fails; a block ends once, with a chosen line or none.
@@ -94,4 +97,44 @@ TEST(log_block_monitoring, blocks_push_and_pop_steps_of_a_worker_thread) {
     }
     EXPECT_EQ(seen.inside, (lines_t{"outer step", "quiet step"}));
     EXPECT_EQ(seen.after, 0u);
+}
+
+namespace {
+
+std::vector<std::string> texts_of(const CThreadState& state) {
+    std::vector<std::string> texts;
+    for (const auto& step : state.steps())
+        texts.push_back(step->text());
+    return texts;
+}
+
+} // namespace
+
+TEST(ThreadSteps, PopTakesTheLastPushedIgnoresAnEmptyStackAndAThreadWithoutStateHasNone) {
+    CThreadState state("Role", 1);
+    state.pop();
+    state.push("outer");
+    state.push("inner");
+    state.pop();
+    state.push("second inner");
+    EXPECT_EQ(texts_of(state), (std::vector<std::string>{"outer", "second inner"}));
+    // A thread without a state pushes nothing.
+    const auto collection = CThreadStatesCollection::get();
+    ASSERT_EQ(collection->find(win::current_thread_id()), nullptr);
+    const std::size_t before = collection->size();
+    monitoring::push_step("Main thread step.");
+    monitoring::pop_step();
+    EXPECT_EQ(collection->size(), before);
+    EXPECT_EQ(collection->find(win::current_thread_id()), nullptr);
+}
+
+TEST(ThreadStatesCollection, OneStatePerThreadIdNothingReplaced) {
+    const auto collection = CThreadStatesCollection::get();
+    constexpr DWORD fake_id = 0xFFFFFFF0;
+    auto first = std::make_shared<CThreadState>("First", fake_id);
+    EXPECT_TRUE(collection->add(first));
+    EXPECT_FALSE(collection->add(std::make_shared<CThreadState>("Second", fake_id)));
+    EXPECT_EQ(collection->find(fake_id), first);
+    collection->remove(fake_id);
+    EXPECT_EQ(collection->find(fake_id), nullptr);
 }

@@ -88,7 +88,8 @@ TEST_F(log_file_test, failed_rotation_keeps_logging_at_the_end_of_the_file) {
 // Folders are made, an old log at its limit is rotated first, a log that another writer holds gives
 // way to a numbered name, and a folder that can't be made has no fallback.
 TEST(log_file_opening, folders_are_made_old_logs_rotated_held_logs_numbered_and_bad_folders_refused) {
-    const fs::path folder = log_test::fresh_folder("opening");
+    const win_test::temp_tree_t tree;
+    const fs::path& folder = tree.root();
     const fs::path path = folder / "deep" / "er" / "Mirrack.log";
     logging::receiver::prepare_log(path.string())->write("old line\r\n");
     EXPECT_EQ(read_file(path), "old line\r\n");
@@ -118,13 +119,13 @@ TEST(log_file_opening, folders_are_made_old_logs_rotated_held_logs_numbered_and_
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "LOG: Initializing log file ...\nFailed to initialize log [" + outside + "].\n");
     EXPECT_EQ(logging::main_log()->receiver(), nullptr);
-    fs::remove_all(folder);
 }
 
 // An archive whose folder is gone is refused at once, naming the archive, with the system's own
 // reason below: nothing under the archive's name or its working name is left.
 TEST(log_file_archives, an_archive_that_cannot_be_opened_is_refused_with_the_reason) {
-    const fs::path folder = log_test::fresh_folder("noarchive");
+    const win_test::temp_tree_t tree;
+    const fs::path& folder = tree.root();
     const std::string archive = (folder / "gone" / "Mirrack.log.gz").string();
     try {
         util::zip_writer_t writer(archive, 9);
@@ -137,5 +138,4 @@ TEST(log_file_archives, an_archive_that_cannot_be_opened_is_refused_with_the_rea
         EXPECT_GT(named, 0u) << text;
     }
     EXPECT_FALSE(fs::exists(folder / "gone"));
-    fs::remove_all(folder);
 }

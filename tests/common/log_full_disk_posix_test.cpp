@@ -18,6 +18,7 @@
 namespace fs = std::filesystem;
 using log_test::gunzip;
 using log_test::log_file_test;
+using log_test::names_in;
 using log_test::write_archive;
 using logging::receiver::check_log_size;
 
@@ -61,14 +62,6 @@ void expect_good_archives_aged_once(const fs::path& folder) {
     EXPECT_EQ(gunzip(folder / "Mirrack.log.1.gz"), "newest");
     EXPECT_EQ(gunzip(folder / "Mirrack.log.2.gz"), "older");
     EXPECT_FALSE(fs::exists(folder / "Mirrack.log.3.gz"));
-}
-
-std::vector<std::string> names_in(const fs::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "common/exc/exc.h"
 #include "common/logging/line_layout.h"
+#include "tests/support/memory_receiver.h"
 
 #include <limits>
 #include <thread>
@@ -17,29 +18,7 @@ struct no_text_exception : std::exception {
     const char* what() const noexcept override { return nullptr; }
 };
 
-// Collects what reaches it, one entry per write.
-class memory_receiver : public logging::receiver::log_file_t {
-public:
-    std::vector<std::string> writes;
-    void write(const std::string& text) override { writes.push_back(text); }
-    std::string path() const override { return ""; }
-    std::string eol() const override { return "\n"; }
-    std::uint64_t size() override { return 0; }
-    void compress(const std::shared_ptr<util::zip_writer_t>&) override {}
-};
-
 } // namespace
-
-TEST_F(log_file_test, information_line_has_time_thread_tag_and_crlf) {
-    log_info(logging::tool_logger(), "Creating VSS backup object.");
-    const std::string text = log_test::read_file(log_path_);
-    EXPECT_TRUE(std::regex_match(
-        text,
-        std::regex(
-            R"(\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <[ 0-9]{6}> Mirrack\| Creating VSS backup object\.\r\n)")))
-        << text;
-    EXPECT_EQ(body(file_lines(log_path_).at(0)), "Mirrack| Creating VSS backup object.");
-}
 
 // A message is cut at line feeds only; warnings and errors mark its first and further lines.
 TEST_F(log_file_test, warnings_and_errors_mark_first_and_further_lines_of_a_message_cut_at_line_feeds) {
@@ -109,33 +88,11 @@ TEST_F(log_file_test, indent_belongs_to_the_thread) {
     EXPECT_EQ(body(lines[1]), "Mirrack|   this thread");
 }
 
-TEST_F(log_file_test, lines_of_a_message_stay_together_under_concurrent_writers) {
-    constexpr int threads = 4;
-    constexpr int messages = 200;
-    std::vector<std::thread> writers;
-    for (int t = 0; t < threads; ++t)
-        writers.emplace_back([t] {
-            for (int m = 0; m < messages; ++m) {
-                const std::string id = std::to_string(t) + "/" + std::to_string(m);
-                log_error(logging::lib_logger(), id + "\n" + id + "\n" + id);
-            }
-        });
-    for (auto& w : writers)
-        w.join();
-    const auto lines = file_lines(log_path_);
-    ASSERT_EQ(lines.size(), static_cast<std::size_t>(threads * messages * 3));
-    for (std::size_t i = 0; i < lines.size(); i += 3) {
-        const std::string first = lines[i].substr(lines[i].find("ERR |") + 5);
-        EXPECT_EQ(lines[i + 1].substr(lines[i + 1].find(">>  |") + 5), first);
-        EXPECT_EQ(lines[i + 2].substr(lines[i + 2].find(">>  |") + 5), first);
-    }
-}
-
 TEST(log_receiver, nothing_is_written_or_queued_before_a_receiver_and_a_message_is_one_write) {
     logging::log_t log;
     const logging::format::line_format_t format("x");
     log.write(logging::level_info, 0, &format, "lost");
-    auto receiver = std::make_shared<memory_receiver>();
+    auto receiver = std::make_shared<test_support::memory_receiver_t>();
     log.install(receiver, false);
     log.write(logging::level_info, 0, nullptr, "no format, no line");
     log.write(logging::level_error, 0, &format, "first\nsecond");

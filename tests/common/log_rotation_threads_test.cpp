@@ -1,6 +1,8 @@
-// Many threads writing through rotations: every message arrives once, whole, in its writer's order.
+// Many threads writing through rotations: every message arrives once, whole, with its lines marked, in
+// its writer's order.
 #include "log_test_support.h"
 
+#include "common/format/format.h"
 #include "common/logging/log_names.h"
 
 #include <map>
@@ -18,8 +20,8 @@ TEST_F(log_file_test, eight_writers_through_rotations_lose_no_line_and_split_no_
     for (int w = 0; w < writers; ++w)
         threads.emplace_back([w] {
             for (int m = 0; m < messages; ++m)
-                log_info(logging::tool_logger(), "writer %1 message %2\nrest of %1 %2", std::to_string(w),
-                         std::to_string(m));
+                log_error(logging::tool_logger(), format_message("writer %1 message %2\nrest of %1 %2",
+                                                                 std::to_string(w), std::to_string(m)));
         });
     for (auto& thread : threads)
         thread.join();
@@ -49,12 +51,12 @@ TEST_F(log_file_test, eight_writers_through_rotations_lose_no_line_and_split_no_
             continue;
         }
         std::istringstream words(body);
-        std::string tag, writer_word, writer, message_word;
+        std::string tag, level, writer_word, writer, message_word;
         int message = -1;
-        words >> tag >> writer_word >> writer >> message_word >> message;
-        ASSERT_EQ(tag + writer_word + message_word, "Mirrack|writermessage") << line;
+        words >> tag >> level >> writer_word >> writer >> message_word >> message;
+        ASSERT_EQ(tag + level + writer_word + message_word, "Mirrack|ERR|writermessage") << line;
         ASSERT_EQ(message, next_message[writer]++) << line;
-        awaited_rest = "Mirrack| rest of " + writer + " " + std::to_string(message);
+        awaited_rest = "Mirrack| >>  |rest of " + writer + " " + std::to_string(message);
         ++seen;
     }
     EXPECT_TRUE(awaited_rest.empty());

@@ -4,6 +4,7 @@
 #include "common/exc/convert.h"
 #include "common/runtime/startup.h"
 #include "tests/support/process_env.h"
+#include "win_temp_tree.h"
 
 #include <cstdlib>
 
@@ -13,43 +14,25 @@ using log_test::file_lines;
 
 namespace {
 
-class scoped_env {
-public:
-    scoped_env(const char* name, const std::string& value) : name_(name) {
-        if (const char* old = std::getenv(name))
-            old_ = old;
-        test_env::set(name, value);
-    }
-    ~scoped_env() {
-        if (old_)
-            test_env::set(name_, *old_);
-        else
-            test_env::unset(name_);
-    }
-
-private:
+// A variable of the environment for as long as the object lives.
+struct scoped_env {
+    scoped_env(const char* name, const std::string& value) : name_(name) { test_env::set(name, value); }
+    ~scoped_env() { test_env::unset(name_); }
     const char* name_;
-    std::optional<std::string> old_;
 };
 
 // A simulated host whose registry names the log directory.
-fs::path host_with_log_directory(const fs::path& folder, const std::string& log_directory) {
-    const fs::path host = folder / "host";
-    fs::create_directories(host);
-    std::ofstream(host / "host.xml")
-        << "<Host name=\"T\"><Registry><Key path=\"SOFTWARE\\Orlix\\Orlix Keepsafe\">"
-           "<Value name=\"LogDirectory\" type=\"REG_SZ\" data=\""
-        << log_directory << "\"/></Key></Registry></Host>";
-    return host;
+std::string log_directory_host(const std::string& log_directory) {
+    return "<Host name=\"T\"><Registry><Key path=\"SOFTWARE\\Orlix\\Orlix Keepsafe\">"
+           "<Value name=\"LogDirectory\" type=\"REG_SZ\" data=\"" +
+           log_directory + "\"/></Key></Registry></Host>";
 }
 
 class log_startup_test : public ::testing::Test {
 protected:
-    void TearDown() override {
-        logging::main_log()->install(nullptr, false);
-        fs::remove_all(folder_);
-    }
-    fs::path folder_ = log_test::fresh_folder("startup");
+    void TearDown() override { logging::main_log()->install(nullptr, false); }
+    win_test::temp_tree_t tree_;
+    fs::path folder_ = tree_.root();
 };
 
 } // namespace
@@ -65,7 +48,7 @@ TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_director
               L"/data\\Orlix\\Backup\\\\Mirrack.log");
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"/data\\Orlix\\Backup\\\\Mirrack.log");
 
-    scoped_env host("MIRRACK_HOST", host_with_log_directory(folder_, "C:\\Logs\\").string());
+    win_test::selected_host_t host(log_directory_host("C:\\Logs\\"));
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"C:\\Logs\\\\Mirrack.log");
 }
 
@@ -73,8 +56,7 @@ TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_
     if (!test_env::simulated_host)
         GTEST_SKIP() << "The registry and the fallback folder are the simulated host's on POSIX only.";
     std::ofstream(folder_ / "plain") << "a file where a folder should be";
-    scoped_env host("MIRRACK_HOST",
-                    host_with_log_directory(folder_, (folder_ / "plain" / "logs").string()).string());
+    win_test::selected_host_t host(log_directory_host((folder_ / "plain" / "logs").string()));
     scoped_env data("MIRRACK_DATA_DIR", (folder_ / "data").string());
     testing::internal::CaptureStdout();
     const std::string path = logging::start_common_library("Mirrack.log", {L"prog"});

@@ -7,12 +7,12 @@
 #include "common/logging/log_rotation.h"
 #include "common/logging/log_t.h"
 #include "common/win/thread_id.h"
-#include "tests/support/process_env.h"
 #include "tests/support/text_file.h"
+#include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -48,14 +48,13 @@ inline void write_archive(const std::filesystem::path& path, const std::string& 
     EXPECT_EQ(::gzclose(file), Z_OK);
 }
 
-inline std::filesystem::path fresh_folder(const std::string& purpose) {
-    static std::atomic<int> counter{0};
-    auto folder = std::filesystem::temp_directory_path() /
-                  ("mirrack-" + purpose + "-" + std::to_string(test_env::process_id()) + "-" +
-                   std::to_string(++counter));
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    return folder;
+// The names in a folder, sorted.
+inline std::vector<std::string> names_in(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 using test_support::read_file;
@@ -92,7 +91,6 @@ inline std::string body(const std::string& line, long thread_id = win::current_t
 class log_file_test : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_ = fresh_folder("log");
         log_path_ = folder_ / "Mirrack.log";
         logging::install_log_file(log_path_.string());
     }
@@ -100,7 +98,6 @@ protected:
     void TearDown() override {
         logging::main_log()->install(nullptr, false);
         logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
-        std::filesystem::remove_all(folder_);
     }
 
     std::vector<std::string> bodies() const {
@@ -122,7 +119,8 @@ protected:
         return count;
     }
 
-    std::filesystem::path folder_;
+    win_test::temp_tree_t tree_;
+    std::filesystem::path folder_ = tree_.root();
     std::filesystem::path log_path_;
 };
 

@@ -3,51 +3,13 @@
 #include "common/logging/debug_receiver.h"
 #include "common/logging/log_t.h"
 #include "log_test_support.h"
+#include "udp_listener.h"
 
 #include <gtest/gtest.h>
-
-#include <winsock2.h>
 
 using logging::receiver::COutputDebugStringLog;
 
 namespace {
-
-// A UDP socket on 127.0.0.1 with a port of the system's choice, read without waiting.
-class udp_listener_t {
-public:
-    udp_listener_t() {
-        WSADATA data;
-        ::WSAStartup(MAKEWORD(2, 2), &data);
-        socket_ = ::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        int length = sizeof address;
-        EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length), 0);
-        port_ = ntohs(address.sin_port);
-        u_long non_blocking = 1;
-        ::ioctlsocket(socket_, FIONBIO, &non_blocking);
-    }
-    ~udp_listener_t() {
-        ::closesocket(socket_);
-        ::WSACleanup();
-    }
-
-    std::uint16_t port() const { return port_; }
-    // Datagrams on the loopback are queued before sendto returns: what has not come is not coming.
-    std::vector<std::string> received() const {
-        std::vector<std::string> datagrams;
-        char buffer[65536];
-        for (int length; (length = ::recv(socket_, buffer, sizeof buffer, 0)) >= 0;)
-            datagrams.emplace_back(buffer, static_cast<std::size_t>(length));
-        return datagrams;
-    }
-
-private:
-    SOCKET socket_ = INVALID_SOCKET;
-    std::uint16_t port_ = 0;
-};
 
 // The external log's key with its three values while it lives; false when the test may not write
 // the machine's registry.
@@ -81,7 +43,7 @@ private:
 } // namespace
 
 TEST(DebugReceiver, EachMessageReachesTheListeningSocketAsOneDatagram) {
-    udp_listener_t listener;
+    log_test::udp_listener_t listener;
     external_log_key_t key(listener.port());
     if (!key.made())
         GTEST_SKIP() << "The machine's registry is not writable here.";

@@ -6,49 +6,14 @@
 #include "common/logging/debug_receiver_setup.h"
 #include "common/logging/log_t.h"
 #include "log_test_support.h"
+#include "udp_listener.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 using logging::receiver::COutputDebugStringLog;
 
 namespace {
-
-// A UDP socket on 127.0.0.1 with a port of the system's choice.
-class udp_listener_t {
-public:
-    udp_listener_t() : fd_(::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        EXPECT_EQ(::bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length), 0);
-        port_ = ntohs(address.sin_port);
-    }
-    ~udp_listener_t() { ::close(fd_); }
-
-    std::uint16_t port() const { return port_; }
-    // Datagrams on the loopback are queued before sendto returns: what has not come is not coming.
-    std::vector<std::string> received() const {
-        std::vector<std::string> datagrams;
-        char buffer[65536];
-        for (;;) {
-            const ssize_t length = ::recv(fd_, buffer, sizeof buffer, MSG_DONTWAIT);
-            if (length < 0)
-                return datagrams;
-            datagrams.emplace_back(buffer, static_cast<std::size_t>(length));
-        }
-    }
-
-private:
-    int fd_;
-    std::uint16_t port_ = 0;
-};
 
 class external_log_test : public ::testing::Test {
 protected:
@@ -77,7 +42,7 @@ protected:
     std::shared_ptr<COutputDebugStringLog> receiver_ = std::make_shared<COutputDebugStringLog>();
     logging::log_t log_;
     logging::format::line_format_t format_{"dbg"};
-    udp_listener_t listener_;
+    log_test::udp_listener_t listener_;
 };
 
 } // namespace
@@ -102,25 +67,24 @@ TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagramWithSettingsReadOn
     EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
 }
 
-TEST_F(external_log_test, SwitchedOffSendsNothingAndReadsNoFurther) {
-    set_registry(0, "127.0.0.1");
-    write("one");
-    write("two");
-    write("three");
-    EXPECT_TRUE(listener_.received().empty());
-    EXPECT_FALSE(receiver_->external_log_enabled());
-    EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
-    // Host and port are not even looked at.
-    EXPECT_EQ(journal_count("RegQueryValueExW"), 1u);
-}
-
-TEST_F(external_log_test, MissingKeyLeavesTheLogOffWithItsDefaults) {
+// Without the key the log is off with its defaults; switched off, host and port are not even looked at.
+TEST_F(external_log_test, MissingKeyOrSwitchedOffSendsNothingAndReadsTheRegistryOnce) {
     write("one");
     write("two");
     EXPECT_FALSE(receiver_->external_log_enabled());
     EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
     EXPECT_EQ(ntohs(receiver_->target().sin_port), 37183);
     EXPECT_EQ(receiver_->target().sin_addr.s_addr, htonl(INADDR_LOOPBACK));
+
+    set_registry(0, "127.0.0.1");
+    receiver_ = std::make_shared<COutputDebugStringLog>();
+    log_.install(receiver_, false);
+    for (const char* message : {"one", "two", "three"})
+        write(message);
+    EXPECT_TRUE(listener_.received().empty());
+    EXPECT_FALSE(receiver_->external_log_enabled());
+    EXPECT_EQ(journal_count("RegOpenKeyExW"), 2u);
+    EXPECT_EQ(journal_count("RegQueryValueExW"), 1u);
 }
 
 TEST_F(external_log_test, HostNameIsNotLookedUp) {

@@ -1,15 +1,16 @@
+// Worker threads: their role, exit code and end, and the waits on events and workers.
 #include "common/exc/exc.h"
 #include "common/monitoring/thread_states.h"
 #include "common/runtime/win_thread.h"
 #include "common/win/event.h"
+#include "common/win/last_error.h"
 #include "common/win/wait.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <stdexcept>
 #include <thread>
 
 using namespace win;
@@ -31,21 +32,7 @@ DWORD return_42(void* argument) {
 }
 
 DWORD wait_for_release(void* argument) {
-    auto* release = static_cast<win_manual_reset_event_t*>(argument);
-    return wait_for_object(release->handle(), wait_infinite) == wait_object_0 ? 7 : 8;
-}
-
-DWORD throw_from_routine(void*) {
-    throw std::runtime_error("boom");
-}
-
-// A crash frame of the kind crash handling installs: the thread ends with -1.
-DWORD catching_frame(thread_body_t body, void* context) {
-    try {
-        return body(context);
-    } catch (const std::exception&) {
-        return crashed_thread_exit_code;
-    }
+    return wait_for_object(static_cast<win_manual_reset_event_t*>(argument)->handle(), wait_infinite);
 }
 
 } // namespace
@@ -70,7 +57,7 @@ TEST(WorkerThread, RunsUnderItsRoleHandsBackTheExitCodeAndOutlivesAStopWaitThatT
     EXPECT_FALSE(slow.exit_code().has_value());
     release.set();
     slow.stop_wait();
-    EXPECT_EQ(slow.exit_code(), 7u);
+    EXPECT_EQ(slow.exit_code(), wait_object_0);
 }
 
 TEST(WorkerThread, DestructorWaitsForTheRoutine) {
@@ -87,13 +74,39 @@ TEST(WorkerThread, DestructorWaitsForTheRoutine) {
     EXPECT_TRUE(finished.load());
 }
 
-TEST(WorkerThread, CrashFrameTurnsAnEscapedFailureIntoTheCrashCode) {
-    set_thread_frame(&catching_frame);
-    {
-        win_thread_t thread(&throw_from_routine, nullptr, "Throwing");
-        thread.stop_wait();
-        EXPECT_EQ(thread.exit_code(), crashed_thread_exit_code);
-        EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(thread.thread_id()), nullptr);
-    }
-    set_thread_frame(nullptr);
+TEST(WaitOnEvents, AManualResetEventStaysSetUntilResetAndWaitsOnSeveralSeeEachOne) {
+    win_manual_reset_event_t event;
+    EXPECT_FALSE(event.is_set());
+    EXPECT_EQ(wait_for_object(event.handle(), 0), wait_timed_out);
+    event.set();
+    EXPECT_EQ(wait_for_object(event.handle(), 0), wait_object_0);
+    EXPECT_EQ(wait_for_object(event.handle(), 0), wait_object_0); // manual reset: still set
+    event.reset();
+    EXPECT_FALSE(event.is_set());
+    // Any gives the lowest signalled index, all waits for every one.
+    win_manual_reset_event_t a, b, c;
+    EXPECT_EQ(wait_for_any({a.handle(), b.handle(), c.handle()}, 0), wait_timed_out);
+    c.set();
+    b.set();
+    EXPECT_EQ(wait_for_any({a.handle(), b.handle(), c.handle()}, wait_infinite), wait_object_0 + 1);
+    const HANDLE handles[] = {a.handle(), b.handle()};
+    EXPECT_EQ(wait_for_objects(handles, 2, true, 0), wait_timed_out);
+    a.set();
+    EXPECT_EQ(wait_for_objects(handles, 2, true, 0), wait_object_0);
+}
+
+// The worker's handle becomes signalled when its routine has returned, woken by a set on this thread.
+TEST(WaitOnSeveral, CloseEventAndWorkerTogether) {
+    win_manual_reset_event_t close_event;
+    win_manual_reset_event_t go;
+    win_thread_t worker(&wait_for_release, &go, "Waiter");
+    EXPECT_EQ(wait_for_any({close_event.handle(), worker.handle()}, 0), wait_timed_out);
+    go.set();
+    EXPECT_EQ(wait_for_any({close_event.handle(), worker.handle()}, wait_infinite), wait_object_0 + 1);
+    worker.stop_wait();
+    EXPECT_EQ(worker.exit_code(), wait_object_0);
+    // A handle that is not waitable fails.
+    EXPECT_EQ(wait_for_object(nullptr, 0), wait_failed);
+    EXPECT_EQ(last_error(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(wait_for_objects(nullptr, 0, false, 0), wait_failed);
 }

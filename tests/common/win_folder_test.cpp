@@ -1,7 +1,7 @@
 #include "common/exc/exc.h"
 #include "common/win/folder.h"
 #include "compat/win_types.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 #include "tests/support/process_env.h"
 #include "tests/support/under_wine.h"
 #include "win_temp_tree.h"

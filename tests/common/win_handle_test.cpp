@@ -1,7 +1,7 @@
 #include "common/exc/exc.h"
 #include "common/win/handle.h"
 #include "common/win/registry.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

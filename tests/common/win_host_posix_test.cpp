@@ -1,13 +1,14 @@
-// POSIX only: the simulated host stands in for the registry and the volumes.
+// POSIX only: the simulated host stands in for the registry and the volumes, and native paths are mapped.
 // The wrappers against a simulated host: registry, volume names and injected
 // failures of the file-system calls.
 #include "common/exc/exc.h"
 #include "common/runtime/search_or_warn.h"
 #include "common/win/folder.h"
+#include "common/win/local_path.h"
 #include "common/win/registry.h"
 #include "common/win/volume.h"
 #include "sys_failure.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -108,4 +109,14 @@ TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
     EXPECT_EQ(sys_failure([&] { search.next(); }),
               "1117 File search operation has failed. Search mask: [C:\\VMs\\faulty\\*.vhdx].");
     EXPECT_FALSE(search.found());
+}
+
+// A relative path is resolved against the current directory, as Windows does, so that
+// "-log Mirrack.log" lands beside the caller; Windows-form and native paths are not touched.
+TEST(LocalPath, RelativePathsFollowTheCurrentDirectory) {
+    const auto cwd = std::filesystem::current_path();
+    EXPECT_EQ(win::local_path(L"Mirrack.log"), cwd / "Mirrack.log");
+    EXPECT_EQ(win::local_path(L"logs\\Mirrack.log"), cwd / "logs/Mirrack.log");
+    EXPECT_EQ(win::local_path(L"/var/tmp\\x.log"), std::filesystem::path("/var/tmp/x.log"));
+    EXPECT_FALSE(win::local_path(L"").has_value());
 }

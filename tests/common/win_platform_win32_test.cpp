@@ -10,20 +10,15 @@
 #include "common/win/registry.h"
 #include "common/win/volume.h"
 #include "log_test_support.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// The failure's last message, or a failure of the test when the call did not throw.
-template <typename Call> std::string failure_of(Call call) {
-    try {
-        call();
-    } catch (const exc::exc_base_t& e) {
-        return e.messages().back().text;
-    }
-    ADD_FAILURE() << "no failure";
-    return "";
+std::string last_line(const std::function<void()>& call) {
+    const auto lines = failure_lines(call);
+    return lines.empty() ? "" : lines.back();
 }
 
 } // namespace
@@ -43,12 +38,12 @@ TEST(Volumes, AFileResolvesToItsMountPointItsVolumeAndBack) {
 }
 
 TEST(Volumes, WhatNamesNoVolumeIsAFailureThatNamesIt) {
-    EXPECT_EQ(failure_of([] { win::volume_mount_point(L""); }),
+    EXPECT_EQ(last_line([] { win::volume_mount_point(L""); }),
               "Failed to get volume mount point. File name: []");
-    EXPECT_EQ(failure_of([] { win::volume_device_name(L"Q:\\no\\such\\mount\\"); }),
+    EXPECT_EQ(last_line([] { win::volume_device_name(L"Q:\\no\\such\\mount\\"); }),
               "Failed to get volume device name. Volume mount point: [Q:\\no\\such\\mount\\]");
     const std::wstring unknown = L"\\\\?\\Volume{00000000-0000-0000-0000-00000000beef}\\";
-    EXPECT_EQ(failure_of([&] { win::volume_mount_points(unknown); }),
+    EXPECT_EQ(last_line([&] { win::volume_mount_points(unknown); }),
               "Failed to get volume mount points. Volume name: [" + to_ansi(unknown) + "]");
 }
 
@@ -83,10 +78,10 @@ TEST(ProcessFacts, TheCommandLineAndTheVersionOfAModuleThatHasNone) {
     EXPECT_TRUE(to_lower(arguments.front()).ends_with(L"test_common.exe")) << to_ansi(arguments.front());
     EXPECT_TRUE(logging::platform::executable_module_path().ends_with("test_common.exe"));
 
-    const std::filesystem::path folder = log_test::fresh_folder("version");
+    const win_test::temp_tree_t tree;
+    const std::filesystem::path& folder = tree.root();
     const std::string plain = (folder / "plain.txt").string();
     std::ofstream(plain) << "no version resource";
-    EXPECT_EQ(failure_of([&] { logging::platform::module_version(plain); }),
+    EXPECT_EQ(last_line([&] { logging::platform::module_version(plain); }),
               "Cannot retrieve the version of the specified module. Module path: [" + plain + "].");
-    std::filesystem::remove_all(folder);
 }

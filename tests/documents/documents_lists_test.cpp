@@ -2,8 +2,8 @@
 #include "common/xml/dom.h"
 #include "documents/files_list.h"
 #include "documents/snapshot_ids.h"
-#include "tests/invoke/documents_test_lines.h"
 #include "tests/invoke/msxml_layout.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

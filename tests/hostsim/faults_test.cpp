@@ -52,8 +52,7 @@ TEST(Faults, AStatusEndsTheOperationAndOneThatFailedOrWasCancelledLeavesNothing)
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
     VSS_SNAPSHOT_PROP prop{};
     EXPECT_EQ(cancelled->GetSnapshotProperties(snapshot, &prop), VSS_E_OBJECT_NOT_FOUND);
-    auto ungathered = new_backup();
-    ASSERT_EQ(ungathered->InitializeForBackup(), S_OK);
+    auto ungathered = initialised_backup();
     EXPECT_EQ(run(ungathered.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_CANCELLED);
     UINT count = 0;
     EXPECT_EQ(ungathered->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "no metadata was gathered";

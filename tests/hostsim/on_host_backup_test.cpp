@@ -12,8 +12,7 @@ using compat::com_ptr_t;
 // is checked through the VSS layer's and the snapshot's tests; here, what only the raw calls show.
 TEST(OnHostBackup, OnlyEnabledWritersPublishTheirComponentsWithCaptionAndLogicalPathAsWritten) {
     scratch_host_t host;
-    auto backup = new_backup();
-    ASSERT_EQ(backup->InitializeForBackup(), S_OK);
+    auto backup = initialised_backup();
     ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
     UINT writers = 0;

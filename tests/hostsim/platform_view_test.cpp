@@ -71,10 +71,7 @@ TEST(PlatformView, WithoutAHostNothingIsThere) {
     EXPECT_EQ(map_path(L"/etc/hostname"), std::filesystem::path("/etc/hostname"));
     EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE"));
     EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\"), std::nullopt);
-    compat::com_ptr_t<IVssBackupComponents> backup;
-    ASSERT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
-    ASSERT_EQ(backup->InitializeForBackup(), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
+    auto backup = gathered_backup();
     UINT writers = 9;
     ASSERT_EQ(backup->GetWriterMetadataCount(&writers), S_OK);
     EXPECT_EQ(writers, 0u);

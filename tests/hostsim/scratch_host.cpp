@@ -109,9 +109,14 @@ compat::com_ptr_t<IVssBackupComponents> new_backup() {
     return backup;
 }
 
-compat::com_ptr_t<IVssBackupComponents> gathered_backup() {
+compat::com_ptr_t<IVssBackupComponents> initialised_backup() {
     auto backup = new_backup();
     EXPECT_EQ(backup->InitializeForBackup(), S_OK);
+    return backup;
+}
+
+compat::com_ptr_t<IVssBackupComponents> gathered_backup() {
+    auto backup = initialised_backup();
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
     return backup;
 }

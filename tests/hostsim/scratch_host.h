@@ -46,6 +46,8 @@ HRESULT wait_for(compat::com_ptr_t<IVssAsync> async);
 HRESULT run(IVssBackupComponents* backup, HRESULT (IVssBackupComponents::*op)(IVssAsync**));
 
 compat::com_ptr_t<IVssBackupComponents> new_backup();
+// Created and initialized for a backup.
+compat::com_ptr_t<IVssBackupComponents> initialised_backup();
 // Created, initialized, writers gathered: the state in which a requester picks components.
 compat::com_ptr_t<IVssBackupComponents> gathered_backup();
 // Gathered, vm1 added, C: in a started set with the system provider, prepared.

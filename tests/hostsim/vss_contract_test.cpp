@@ -101,7 +101,9 @@ TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED);
 }
 
-TEST(AddToSnapshotSet, VolumeAndShareNamesMustEndInABackslash) {
+// Another creation (of another node of the cluster, say) that has prepared the cluster shared
+// volume holds it.
+TEST(AddToSnapshotSet, NamesMustEndInABackslashAndAClusterSharedVolumeThatAnotherCreationHoldsIsInProgress) {
     scratch_host_t host;
     auto backup = gathered_backup();
     start_set(backup.get());
@@ -114,13 +116,7 @@ TEST(AddToSnapshotSet, VolumeAndShareNamesMustEndInABackslash) {
             << hostsim::to_utf8(volume);
     }
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\"), S_OK);
-}
 
-TEST(AddToSnapshotSet, AClusterSharedVolumeThatAnotherCreationHoldsIsInProgress) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    // Another creation (of another node of the cluster, say) has prepared the volume.
     const std::string other = "{00000000-0000-0000-0000-0000000000bb}";
     auto lock = host.state_lines("creation.txt");
     lock.push_back(other + "\t" + std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC");
@@ -130,7 +126,6 @@ TEST(AddToSnapshotSet, AClusterSharedVolumeThatAnotherCreationHoldsIsInProgress)
     host.write("state/creation.txt", text);
     host.write("state/csv.txt", std::string(csv_volume) + "\t" + other + "\t" + std::to_string(getppid()) +
                                     ":0\tC:\\ClusterStorage\\Volume1\\x\n");
-
     EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\"), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
 }
@@ -205,15 +200,13 @@ TEST(AfterTheMetadata, SetContextIsTakenOnceEnablingWritersHasNoEffectAndTheStat
     ASSERT_EQ(backup->GetWriterMetadataCount(&count), S_OK);
     EXPECT_EQ(count, 2u) << "the system writer still takes part";
     EXPECT_EQ(writer_states(backup.get()).size(), 2u);
-    auto fresh = new_backup();
-    ASSERT_EQ(fresh->InitializeForBackup(), S_OK);
-    EXPECT_TRUE(writer_states(fresh.get()).empty()) << "without gathered metadata, no writers";
+    EXPECT_TRUE(writer_states(initialised_backup().get()).empty()) << "without gathered metadata, no writers";
 }
 
-TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeAndEndsWithTheJobThatPreparedIt) {
+TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeEndsWithTheJobThatPreparedItOrAClearForEveryJob) {
     scratch_host_t host;
     auto backup = gathered_backup();
-    const std::string set = start_and_prepare_twice(backup.get());
+    std::string set = start_and_prepare_twice(backup.get());
     const std::string job = set + "\t" + this_process_text() + "\t";
     EXPECT_EQ(host.state_lines("csv.txt"),
               std::vector<std::string>{std::string(csv_volume) + "\t" + job + hostsim::to_utf8(csv_disk) +
@@ -222,18 +215,8 @@ TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeAndEndsWithTheJobThatPrep
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the release ends the job";
     EXPECT_TRUE(journal_has(host, "CsvBackupStateEnded", csv_volume));
 
-    auto completed = prepared_backup();
-    ASSERT_EQ(prepare_csv(csv_disk), DWORD(0)) << "prepared by a job whose creation runs";
-    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the snapshot alone doesn't end the job";
-    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    EXPECT_TRUE(host.state_lines("csv.txt").empty());
-}
-
-TEST(ClusterSharedVolumeBackupState, AClearClearsTheVolumeForEveryJob) {
-    scratch_host_t host;
-    auto first = gathered_backup();
-    const std::string set = start_and_prepare_twice(first.get());
+    backup = gathered_backup();
+    set = start_and_prepare_twice(backup.get());
     EXPECT_EQ(ClusterClearBackupStateForSharedVolume(L"C:\\VMs\\vm1\\vm1.vhdx"),
               DWORD(ERROR_INVALID_PARAMETER));
     ASSERT_EQ(ClusterClearBackupStateForSharedVolume(csv_folder), DWORD(0));
@@ -243,6 +226,14 @@ TEST(ClusterSharedVolumeBackupState, AClearClearsTheVolumeForEveryJob) {
         return record.size() == 4 && record[1] == "CsvBackupStateCleared" && record[2] == csv_volume &&
                record[3] == set;
     })) << "the jobs that lost their preparation are named";
+    backup = nullptr;
+
+    auto completed = prepared_backup();
+    ASSERT_EQ(prepare_csv(csv_disk), DWORD(0)) << "prepared by a job whose creation runs";
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the snapshot alone doesn't end the job";
+    ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+    EXPECT_TRUE(host.state_lines("csv.txt").empty());
 }
 
 TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {

@@ -48,11 +48,9 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     EXPECT_EQ(
         backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
         VSS_E_OBJECT_ALREADY_EXISTS);
-}
 
-TEST(VssErrors, TransportableSetsNeedATransportableProvider) {
-    scratch_host_t host;
-    auto backup = gathered_backup();
+    // Transportable sets need a transportable provider.
+    backup = gathered_backup();
     ASSERT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
     VSS_ID set_id{};
     ASSERT_EQ(backup->StartSnapshotSet(&set_id), S_OK);

@@ -1,8 +1,8 @@
 #include "common/exc/convert.h"
 #include "invoke/arguments.h"
 #include "invoke/base64.h"
-#include "tests/invoke/documents_test_lines.h"
 #include "tests/invoke/msxml_layout.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

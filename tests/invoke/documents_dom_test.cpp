@@ -1,8 +1,8 @@
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/xml/dom.h"
-#include "tests/invoke/documents_test_lines.h"
 #include "tests/invoke/msxml_layout.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

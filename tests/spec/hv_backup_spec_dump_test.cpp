@@ -1,33 +1,24 @@
-#include "common/logging/log_file_receiver.h"
 #include "common/logging/log_t.h"
 #include "spec/hv_backup_spec.h"
+#include "tests/support/memory_receiver.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// Takes the tool's lines, without time stamp, thread and tag.
-struct captured_log_t : logging::receiver::log_file_t {
-    void write(const std::string& text) override {
-        const std::size_t start = text.find("Mirrack| ");
-        if (start != std::string::npos)
-            lines.push_back(text.substr(start + 9, text.size() - start - 10));
-    }
-    std::string path() const override { return "captured"; }
-    std::string eol() const override { return "\n"; }
-    std::uint64_t size() override { return 0; }
-    void compress(const std::shared_ptr<util::zip_writer_t>&) override {}
-    std::vector<std::string> lines;
-};
-
 std::vector<std::string> dump_of(const std::string& body) {
     const CHvBackupSpec spec("<HVBackupSpec>" + body + "</HVBackupSpec>");
-    const auto log = std::make_shared<captured_log_t>();
+    const auto log = std::make_shared<test_support::memory_receiver_t>();
     const auto previous = logging::main_log()->receiver();
     logging::main_log()->install(log, false);
     spec.DumpToLog();
     logging::main_log()->install(previous, false);
-    return log->lines;
+    // The tool's lines, without time stamp, thread and tag.
+    std::vector<std::string> lines;
+    for (const std::string& text : log->writes)
+        if (const std::size_t start = text.find("Mirrack| "); start != std::string::npos)
+            lines.push_back(text.substr(start + 9, text.size() - start - 10));
+    return lines;
 }
 
 TEST(BackupSpecDump, VmsProvidersOffhostAndCsvFlag) {

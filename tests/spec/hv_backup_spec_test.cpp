@@ -1,6 +1,6 @@
 #include "common/format/format.h"
 #include "spec/hv_backup_spec.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "common/xml/xml_node.h"
-#include "tests/invoke/documents_test_lines.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
 #include "tests/support/failure_capture.h"
 
-#include "common/exc/exc.h"
 #include "common/logging/log_install.h"
 #include "tests/support/text_file.h"
 
@@ -41,19 +40,6 @@ std::size_t log_capture_t::count(const std::string& piece) const {
 
 void install_test_log() {
     log_path();
-}
-
-std::vector<std::string> failure_lines(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const exc::exc_base_t& e) {
-        std::vector<std::string> lines;
-        for (const auto& entry : e.messages())
-            lines.push_back(entry.text);
-        return lines;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return {};
 }
 
 } // namespace test_support

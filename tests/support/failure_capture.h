@@ -2,6 +2,8 @@
 // lines of an exception.
 #pragma once
 
+#include "tests/support/failure_lines.h"
+
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -24,8 +26,5 @@ private:
 
 // Installs the log file of log_capture_t now, for tests that read the log only later.
 void install_test_log();
-
-// The lines of the exc::exc_base_t that action throws, cause first; fails the test if none is thrown.
-std::vector<std::string> failure_lines(const std::function<void()>& action);
 
 } // namespace test_support

@@ -22,7 +22,7 @@ AsyncPtr start_operation(BackupComponentsPtr backup) {
 }
 
 std::string with_fault(const std::string& attributes) {
-    return hostsim_test::sample_host_xml("<Fault op=\"GatherWriterStatus\" " + attributes + "/>");
+    return sample_host_xml("<Fault op=\"GatherWriterStatus\" " + attributes + "/>");
 }
 
 bool wait(AsyncPtr async, ITestCancelCallback* probe) {
@@ -33,7 +33,7 @@ bool wait(AsyncPtr async, ITestCancelCallback* probe) {
 
 // A failing Cancel is shown, not raised: the wait is over either way.
 TEST(AsyncWait, AProbeSetBeforeTheWaitCancelsWithoutASinglePoll) {
-    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
+    scratch_host_t host(sample_host_xml(
         R"(<Fault op="GatherWriterStatus" delayMs="600000"/><Fault op="Cancel" hr="0x80042302"/>)"));
     auto event = std::make_shared<win::win_manual_reset_event_t>();
     event->set();
@@ -48,7 +48,7 @@ TEST(AsyncWait, AProbeSetBeforeTheWaitCancelsWithoutASinglePoll) {
 }
 
 TEST(AsyncWait, AnEventSetDuringTheWaitCancelsThePendingOperation) {
-    hostsim_test::scratch_host_t host(with_fault("delayMs=\"600000\""));
+    scratch_host_t host(with_fault("delayMs=\"600000\""));
     auto event = std::make_shared<win::win_manual_reset_event_t>();
     CWinEventTestCancelCallback probe(event);
     auto async = start_operation(gathered_backup());
@@ -68,7 +68,7 @@ TEST(AsyncWait, AnEventSetDuringTheWaitCancelsThePendingOperation) {
 }
 
 TEST(AsyncWait, WithoutAProbeOrWithTheDefaultOneOnlyVssEndsTheWait) {
-    hostsim_test::scratch_host_t host(with_fault("delayMs=\"300\""));
+    scratch_host_t host(with_fault("delayMs=\"300\""));
     CDefaultTestCancelCallback never;
     log_capture_t log;
     EXPECT_TRUE(wait(start_operation(gathered_backup()), nullptr));
@@ -81,7 +81,7 @@ TEST(AsyncWait, WithoutAProbeOrWithTheDefaultOneOnlyVssEndsTheWait) {
 }
 
 TEST(AsyncWait, AnOperationCancelledByVssEndsTheWaitWithoutAnotherCancel) {
-    hostsim_test::scratch_host_t host(with_fault("status=\"0x0004230B\""));
+    scratch_host_t host(with_fault("status=\"0x0004230B\""));
     log_capture_t log;
     EXPECT_FALSE(wait(start_operation(gathered_backup()), nullptr));
     EXPECT_TRUE(log.has("Operation cancelled by 3-rd party"));
@@ -89,7 +89,7 @@ TEST(AsyncWait, AnOperationCancelledByVssEndsTheWaitWithoutAnotherCancel) {
 }
 
 TEST(AsyncWait, AStatusThatIsNoneOfTheThreeFailsWithTheUnknownStatusText) {
-    hostsim_test::scratch_host_t host(with_fault("status=\"0x0\""));
+    scratch_host_t host(with_fault("status=\"0x0\""));
     log_capture_t log;
     EXPECT_EQ(failure_lines([&] { wait(start_operation(gathered_backup()), nullptr); }),
               (std::vector<std::string>{"Unknown status in a test.", "Vss error: '0x00000000'"}));

@@ -14,7 +14,7 @@ using namespace vssutils_test;
 
 namespace {
 
-std::vector<std::string> arguments_of(const hostsim_test::scratch_host_t& host, const std::string& op) {
+std::vector<std::string> arguments_of(const scratch_host_t& host, const std::string& op) {
     for (const auto& record : host.journal())
         if (record.size() >= 2 && record[1] == op)
             return std::vector<std::string>(record.begin() + 2, record.end());
@@ -24,20 +24,19 @@ std::vector<std::string> arguments_of(const hostsim_test::scratch_host_t& host, 
 } // namespace
 
 TEST(SnapshotSet, TheCheckedCallsTakeADescribedSnapshotThatASavedDocumentCarriesOn) {
-    hostsim_test::scratch_host_t host;
-    const std::wstring volume = hostsim_test::c_volume_name;
+    scratch_host_t host;
+    const std::wstring volume = c_volume_name;
     log_capture_t log;
 
     BackupComponentsPtr backup = CreateVssBackupObject(L"");
-    EnableWriterClass(backup, hostsim_test::hyperv_writer_id, "Hyper-V");
-    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
+    EnableWriterClass(backup, hyperv_writer_id, "Hyper-V");
+    CVssMetaCache cache(hyperv_writer_id);
     EnumWritersMetadata(backup, cache, nullptr);
-    auto writer = cache.Get(hostsim_test::hyperv_writer_id);
+    auto writer = cache.Get(hyperv_writer_id);
     StartSnapshotSet(backup);
-    AddComponent(backup, writer->writerInstanceId, writer->writerId, VSS_CT_FILEGROUP, L"",
-                 hostsim_test::vm1_component);
-    ASSERT_TRUE(IsVolumeSupported(backup, volume, hostsim_test::system_provider_id));
-    VSS_ID snapshotId = AddVolumeToSnapshotSet(backup, volume, hostsim_test::system_provider_id);
+    AddComponent(backup, writer->writerInstanceId, writer->writerId, VSS_CT_FILEGROUP, L"", vm1_component);
+    ASSERT_TRUE(IsVolumeSupported(backup, volume, system_provider_id));
+    VSS_ID snapshotId = AddVolumeToSnapshotSet(backup, volume, system_provider_id);
     SetBackupState(backup);
     ASSERT_TRUE(WaitForAsync(PrepareForBackup(backup), nullptr));
     ASSERT_TRUE(WaitForAsync(DoSnapshotSet(backup), nullptr));

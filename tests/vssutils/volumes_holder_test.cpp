@@ -13,7 +13,7 @@ using namespace vssutils_test;
 
 namespace {
 
-const std::wstring c_volume = hostsim_test::c_volume_name;
+const std::wstring c_volume = c_volume_name;
 const std::wstring csv_volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\";
 const std::wstring csv_disk = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const std::wstring csv_new_file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\new\\vm2.avhdx";
@@ -30,7 +30,7 @@ void prepare_both(bool snapshotMade) {
 } // namespace
 
 TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
-    hostsim_test::scratch_host_t host;
+    scratch_host_t host;
     host.write("volumes/c/VMs/vm1/more.vhdx", "x");
     CVolumesHolder holder;
     log_capture_t log;
@@ -55,8 +55,8 @@ TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
 }
 
 TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
-    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
-        R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
+    scratch_host_t host(
+        sample_host_xml(R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
     host.write("shares/fs02/vm4/vm4.vhdx", "disk of vm4");
     CVolumesHolder holder;
     EXPECT_EQ(holder.AddBackupItem(L"\\\\fs02\\data\\vm4\\vm4.vhdx", gathered_backup()),
@@ -66,7 +66,7 @@ TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
 }
 
 TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
-    hostsim_test::scratch_host_t host;
+    scratch_host_t host;
     {
         CVolumesHolder holder;
         auto backup = gathered_backup();
@@ -82,8 +82,8 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
 }
 
 TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
-    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
-        R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
+    scratch_host_t host(
+        sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
     log_capture_t log;
     prepare_both(false);
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
@@ -93,7 +93,7 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
 
 // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
 TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTestAndAMadeSnapshotKeepsTheCsvState) {
-    hostsim_test::scratch_host_t host;
+    scratch_host_t host;
     const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
     CVolumesHolder holder;
     holder.AddBackupItem(item, gathered_backup());
@@ -129,7 +129,7 @@ TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(to_ansi(c.item));
-        hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(c.fault));
+        scratch_host_t host(sample_host_xml(c.fault));
         host.write("volumes/c/ClusterStorage/Volume9/vm9.vhdx", "not on a cluster shared volume");
         CVolumesHolder holder;
         auto expected = c.lines;

@@ -25,9 +25,9 @@ const std::string some_failure_text =
     "Check the Application event log for more information.";
 
 WriterMetadataPtr hyperv_metadata(BackupComponentsPtr backup) {
-    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
+    CVssMetaCache cache(hyperv_writer_id);
     EnumWritersMetadata(backup, cache, nullptr);
-    return cache.Get(hostsim_test::hyperv_writer_id)->metadata;
+    return cache.Get(hyperv_writer_id)->metadata;
 }
 
 WmFiledescPtr first_file(BackupComponentsPtr backup) {
@@ -54,12 +54,11 @@ const std::vector<std::string> create_line = {"Failed to create VSS backup objec
 const auto initialised = start_t::initialised;
 
 void add_vm1(BackupComponentsPtr b) {
-    AddComponent(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id, VSS_CT_FILEGROUP,
-                 L"", hostsim_test::vm1_component);
+    AddComponent(b, hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component);
 }
 
 bool c_supported(BackupComponentsPtr b) {
-    return IsVolumeSupported(b, L"C:\\", hostsim_test::system_provider_id);
+    return IsVolumeSupported(b, L"C:\\", system_provider_id);
 }
 
 void verify(BackupComponentsPtr b) {
@@ -97,12 +96,12 @@ std::vector<failure_case_t> failure_cases() {
         {"op=\"AddComponent\"", add_vm1, "Failed to add VM with ID [" + instance + "] to the snapshot."},
         {"op=\"SetBackupSucceeded\"",
          [](auto b) {
-             SetBackupSucceeded(b, hostsim_test::hyperv_writer_instance, hostsim_test::hyperv_writer_id,
-                                VSS_CT_FILEGROUP, L"", hostsim_test::vm1_component, true);
+             SetBackupSucceeded(b, hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
+                                vm1_component, true);
          },
          "Failed to set VM backup status. VM ID: [" + instance + "]"},
         {"op=\"AddToSnapshotSet\"",
-         [](auto b) { AddVolumeToSnapshotSet(b, L"C:\\", hostsim_test::system_provider_id); },
+         [](auto b) { AddVolumeToSnapshotSet(b, L"C:\\", system_provider_id); },
          "Failed to add volume [C:\\] to the VSS snapshot set",
          start_t::gathered,
          {},
@@ -157,7 +156,7 @@ TEST(VssErrorText, AKnownCodeReadsAsOneLineWithoutTheClosingLineBreakAndAnUnknow
 }
 
 TEST(VssErrorText, WithoutTheMessageModuleEveryFailureStillHasItsSecondLine) {
-    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
+    scratch_host_t host(sample_host_xml(
         R"(<Fault op="LoadLibraryA" err="126"/><Fault op="StartSnapshotSet" hr="0x80042316"/>)"));
     log_capture_t log;
     EXPECT_EQ(failure_lines([&] { StartSnapshotSet(gathered_backup()); }),
@@ -168,8 +167,7 @@ TEST(VssErrorText, WithoutTheMessageModuleEveryFailureStillHasItsSecondLine) {
 TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCallersLines) {
     for (const auto& c : failure_cases()) {
         SCOPED_TRACE(c.fault);
-        hostsim_test::scratch_host_t host(
-            hostsim_test::sample_host_xml("<Fault " + c.fault + " hr=\"" + hex_to_string(c.hr) + "\"/>"));
+        scratch_host_t host(sample_host_xml("<Fault " + c.fault + " hr=\"" + hex_to_string(c.hr) + "\"/>"));
         BackupComponentsPtr backup = c.start == start_t::gathered      ? gathered_backup()
                                      : c.start == start_t::initialised ? initialised_backup()
                                                                        : BackupComponentsPtr();
@@ -180,8 +178,7 @@ TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCalle
 }
 
 TEST(VssFailureText, AnOperationThatEndsWithAFailureIsReportedWithTheUnknownStatusText) {
-    hostsim_test::scratch_host_t host(
-        hostsim_test::sample_host_xml(R"(<Fault op="GatherWriterStatus" status="0x80042306"/>)"));
+    scratch_host_t host(sample_host_xml(R"(<Fault op="GatherWriterStatus" status="0x80042306"/>)"));
     auto backup = gathered_backup();
     EXPECT_EQ(failure_lines([&] { VerifyWriters(backup, nullptr, false); }),
               (std::vector<std::string>{"Unknown status of async operation",
@@ -196,15 +193,14 @@ TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
         {"SetContext", [](auto b) { SetVssContext(b, VSS_VOLSNAP_ATTR_TRANSPORTABLE); }},
         {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
         {"SetBackupState", [](auto b) { SetBackupState(b); }},
-        {"EnableWriterClasses",
-         [](auto b) { EnableWriterClass(b, hostsim_test::hyperv_writer_id, "Hyper-V"); }},
+        {"EnableWriterClasses", [](auto b) { EnableWriterClass(b, hyperv_writer_id, "Hyper-V"); }},
         {"AddComponent", add_vm1},
         {"IsVolumeSupported", c_supported},
     };
     for (const auto& [op, act] : calls) {
         SCOPED_TRACE(op);
-        hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(
-            "<Fault op=\"" + op + "\" hr=\"" + hex_to_string(VSS_S_SOME_SNAPSHOTS_NOT_IMPORTED) + "\"/>"));
+        scratch_host_t host(sample_host_xml("<Fault op=\"" + op + "\" hr=\"" +
+                                            hex_to_string(VSS_S_SOME_SNAPSHOTS_NOT_IMPORTED) + "\"/>"));
         auto backup = gathered_backup();
         EXPECT_NO_THROW(act(backup));
         EXPECT_EQ(journal_count(host, op), 1u);

@@ -15,10 +15,9 @@
 
 namespace vssutils_test {
 
+using namespace hostsim_test;
 using test_support::failure_lines;
 using test_support::log_capture_t;
-
-using hostsim_test::gathered_backup;
 
 // How often the host saw op (optionally with argument among its arguments).
 inline std::size_t journal_count(const hostsim_test::scratch_host_t& host, const std::string& op,
@@ -28,13 +27,6 @@ inline std::size_t journal_count(const hostsim_test::scratch_host_t& host, const
         return record.size() >= 2 && record[1] == op &&
                (argument.empty() || std::find(record.begin() + 2, record.end(), argument) != record.end());
     });
-}
-
-// Created and initialised for a backup.
-inline VSSUtils::BackupComponentsPtr initialised_backup() {
-    auto backup = hostsim_test::new_backup();
-    EXPECT_EQ(backup->InitializeForBackup(), S_OK);
-    return backup;
 }
 
 } // namespace vssutils_test

@@ -15,8 +15,8 @@ namespace {
 const GUID system_writer_id = {0xe8132975, 0x6f93, 0x4464, {0xa5, 0x3e, 0x10, 0x50, 0x25, 0x3a, 0xe2, 0x20}};
 
 CVssMetaCache walk(const std::string& extra = "") {
-    hostsim_test::scratch_host_t host(hostsim_test::sample_host_xml(extra));
-    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
+    scratch_host_t host(sample_host_xml(extra));
+    CVssMetaCache cache(hyperv_writer_id);
     EnumWritersMetadata(initialised_backup(), cache, nullptr);
     return cache;
 }
@@ -24,22 +24,22 @@ CVssMetaCache walk(const std::string& extra = "") {
 } // namespace
 
 TEST(WriterMetadata, TheWantedWriterIsCachedWithItsComponentsAndFilesAndEveryOtherOnlySeen) {
-    hostsim_test::scratch_host_t host;
-    CVssMetaCache cache(hostsim_test::hyperv_writer_id);
+    scratch_host_t host;
+    CVssMetaCache cache(hyperv_writer_id);
     EnumWritersMetadata(initialised_backup(), cache, nullptr);
-    EXPECT_EQ(cache.SeenWriters(), (std::vector<VSS_ID>{hostsim_test::hyperv_writer_id, system_writer_id}));
-    auto hyperv = cache.Find(hostsim_test::hyperv_writer_id);
+    EXPECT_EQ(cache.SeenWriters(), (std::vector<VSS_ID>{hyperv_writer_id, system_writer_id}));
+    auto hyperv = cache.Find(hyperv_writer_id);
     ASSERT_TRUE(hyperv);
     EXPECT_TRUE(hyperv->metadata);
-    EXPECT_EQ(hyperv->writerInstanceId, hostsim_test::hyperv_writer_instance);
+    EXPECT_EQ(hyperv->writerInstanceId, hyperv_writer_instance);
     EXPECT_EQ(hyperv->writerName.text(), L"Microsoft Hyper-V VSS Writer");
-    EXPECT_EQ(cache.Get(hostsim_test::hyperv_writer_id), hyperv);
+    EXPECT_EQ(cache.Get(hyperv_writer_id), hyperv);
     EXPECT_FALSE(cache.Find(system_writer_id));
     // Its components and files are read as the writer describes them.
     auto metadata = hyperv->metadata;
 
     SWmComponentInfo vm1 = GetWmComponentInfo(GetWmComponent(metadata, 0));
-    EXPECT_EQ(vm1.componentName, hostsim_test::vm1_component);
+    EXPECT_EQ(vm1.componentName, vm1_component);
     EXPECT_EQ(vm1.type, VSS_CT_FILEGROUP);
     EXPECT_EQ(vm1.fileCount, 2u);
     auto vm2Component = GetWmComponent(metadata, 1);
@@ -65,7 +65,7 @@ TEST(WriterMetadata, AnUnreadableWriterIsLeftOutAndTheWalkGoesOn) {
         CVssMetaCache cache = walk(fault);
         EXPECT_EQ(cache.SeenWriters(), std::vector<VSS_ID>{system_writer_id});
         EXPECT_TRUE(log.has(warning));
-        EXPECT_EQ(failure_lines([&] { cache.Get(hostsim_test::hyperv_writer_id); }),
+        EXPECT_EQ(failure_lines([&] { cache.Get(hyperv_writer_id); }),
                   std::vector<std::string>{
                       "There is no metadata for writer '{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}'."});
     }

@@ -13,7 +13,7 @@ using namespace vssutils_test;
 namespace {
 
 std::string writer_fault(const std::string& state, const std::string& hr) {
-    return hostsim_test::sample_host_xml(
+    return sample_host_xml(
         R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state=")" + state +
         "\" hr=\"" + hr + "\"/>");
 }
@@ -30,8 +30,8 @@ TEST(WriterStatus, OnlyStatesSixToFifteenAreFailedStates) {
 }
 
 TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {
-    hostsim_test::scratch_host_t host;
-    auto backup = hostsim_test::prepared_backup();
+    scratch_host_t host;
+    auto backup = prepared_backup();
     log_capture_t quiet;
     EXPECT_TRUE(VerifyWriters(backup, nullptr, false));
     EXPECT_FALSE(quiet.has("is ok."));
@@ -57,8 +57,8 @@ TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
                                  false},
                           case_t{"0x00000000", "Vss error: '0x80004005'", true}}) {
         SCOPED_TRACE(c.code);
-        hostsim_test::scratch_host_t host(writer_fault("7", c.code));
-        auto backup = hostsim_test::prepared_backup();
+        scratch_host_t host(writer_fault("7", c.code));
+        auto backup = prepared_backup();
         log_capture_t log;
         EXPECT_EQ(failure_lines([&] {
                       c.quiet ? VerifyWriters(backup, nullptr, false) : CheckWritersStatus(backup, nullptr);
@@ -74,7 +74,7 @@ TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
 }
 
 TEST(WriterStatus, AHostWithoutWritersPassesTheCheckWithoutAWriterLine) {
-    hostsim_test::scratch_host_t host(
+    scratch_host_t host(
         R"(<Host name="HV02"><Volume name="\\?\Volume{6a1b0c3e-0000-0000-0000-000000000009}\" dir="v" mount="C:\"/></Host>)");
     auto backup = gathered_backup();
     log_capture_t log;
@@ -84,8 +84,8 @@ TEST(WriterStatus, AHostWithoutWritersPassesTheCheckWithoutAWriterLine) {
 }
 
 TEST(WriterStatus, ACancelledCheckIsNoFailureAndStillClosesItsBlock) {
-    hostsim_test::scratch_host_t host;
-    auto backup = hostsim_test::prepared_backup();
+    scratch_host_t host;
+    auto backup = prepared_backup();
     auto event = std::make_shared<win::win_manual_reset_event_t>();
     event->set();
     CWinEventTestCancelCallback probe(event);

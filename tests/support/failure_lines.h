@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
-// A platform error puts its own text in front of the lines; keep_last leaves it out.
+namespace test_support {
+
+// The lines of the exc::exc_base_t that action throws; fails the test if none is thrown. A platform
+// error puts its own text in front of the lines; keep_last leaves it out.
 inline std::vector<std::string> failure_lines(const std::function<void()>& action,
                                               std::size_t keep_last = 99) {
     try {
@@ -25,3 +28,7 @@ inline std::vector<std::string> failure_lines(const std::function<void()>& actio
     ADD_FAILURE() << "nothing was thrown";
     return {};
 }
+
+} // namespace test_support
+
+using test_support::failure_lines;
