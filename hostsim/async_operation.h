@@ -48,7 +48,4 @@ private:
     HRESULT status_ = VSS_S_ASYNC_PENDING;
 };
 
-// Makes the operation and hands its first reference to out.
-HRESULT start_async(std::shared_ptr<host_t> host, async_plan_t plan, IVssAsync** out);
-
 } // namespace hostsim

@@ -12,14 +12,6 @@ namespace hostsim {
 
 namespace {
 
-std::wstring text_of(LPCWSTR text) {
-    return text ? std::wstring(text) : std::wstring();
-}
-
-BSTR new_bstr(const std::wstring& text) {
-    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
-
 std::wstring flag_text(bool value) {
     return value ? L"true" : L"false";
 }
@@ -66,42 +58,39 @@ void backup_components_t::end_job() {
 
 // The operations don't keep the object alive: releasing it ends the backup, as on Windows,
 // and an operation that ends later finds nothing left to update.
-std::function<HRESULT(HRESULT)>
-backup_components_t::on_finish(HRESULT (backup_components_t::*step)(HRESULT)) {
-    return [link = link_, step](HRESULT planned) {
+HRESULT backup_components_t::start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
+                                   std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel) {
+    async_plan_t plan{op, outcome.status.value_or(VSS_S_ASYNC_FINISHED), outcome.delay_ms, {}, {}};
+    plan.finish = [link = link_, finish = std::move(finish)](HRESULT planned) {
         std::lock_guard guard(link->mutex);
-        return link->object ? (link->object->*step)(planned) : planned;
+        if (!link->object)
+            return planned;
+        std::lock_guard object_guard(link->object->mutex_);
+        return finish(planned);
     };
+    if (cancel)
+        plan.cancel = [link = link_, cancel = std::move(cancel)] {
+            std::lock_guard guard(link->mutex);
+            if (link->object) {
+                std::lock_guard object_guard(link->object->mutex_);
+                cancel();
+            }
+        };
+    *out = new async_operation_t(host_, std::move(plan));
+    return S_OK;
 }
 
-std::function<void()> backup_components_t::on_cancel(void (backup_components_t::*step)()) {
-    return [link = link_, step] {
-        std::lock_guard guard(link->mutex);
-        if (link->object)
-            (link->object->*step)();
+std::function<HRESULT(HRESULT)> backup_components_t::passing(bool& done, writer_phase phase) {
+    return [this, &done, phase](HRESULT planned) {
+        if (SUCCEEDED(planned)) {
+            done = true;
+            writer_states_.pass(phase);
+        }
+        return planned;
     };
-}
-
-HRESULT backup_components_t::finish_gathering_metadata(HRESULT planned) {
-    std::lock_guard guard(mutex_);
-    if (SUCCEEDED(planned)) {
-        metadata_ready_ = true;
-        writer_states_.pass(writer_phase::identify);
-    }
-    return planned;
-}
-
-HRESULT backup_components_t::finish_prepare(HRESULT planned) {
-    std::lock_guard guard(mutex_);
-    if (SUCCEEDED(planned)) {
-        prepared_ = true;
-        writer_states_.pass(writer_phase::prepare);
-    }
-    return planned;
 }
 
 HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (SUCCEEDED(planned)) {
         // Writers that have not been asked for their metadata don't speak to this object.
         statuses_ = metadata_ready_ ? writer_states_.report(writers_in_play(), host_->model().writer_faults)
@@ -112,7 +101,6 @@ HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
 }
 
 HRESULT backup_components_t::finish_backup(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (FAILED(planned))
         return planned;
     writer_states_.pass(writer_phase::complete);
@@ -142,15 +130,10 @@ std::vector<const writer_t*> backup_components_t::writers_in_play() const {
     return writers;
 }
 
-HRESULT backup_components_t::start(async_plan_t plan, IVssAsync** out) {
-    return start_async(host_, std::move(plan), out);
-}
-
 HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
     const std::wstring text = bstrXML ? std::wstring(bstrXML, SysStringLen(bstrXML)) : std::wstring();
-    auto outcome = host_->enter("InitializeForBackup", {text.empty() ? L"" : L"document"});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("InitializeForBackup", {text.empty() ? L"" : L"document"}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ != origin::none)
         return VSS_E_BAD_STATE;
@@ -197,9 +180,8 @@ backup_document_t backup_components_t::document() const {
 }
 
 HRESULT backup_components_t::SetContext(LONG lContext) {
-    auto outcome = host_->enter("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || (origin_ == origin::fresh && set_id_) || context_set_)
         return VSS_E_BAD_STATE;
@@ -218,9 +200,8 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
 }
 
 HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, UINT cClassId) {
-    auto outcome = host_->enter("EnableWriterClasses", {ids_text(rgWriterClassId, cClassId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("EnableWriterClasses", {ids_text(rgWriterClassId, cClassId)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
@@ -236,30 +217,20 @@ HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, 
 }
 
 HRESULT backup_components_t::GatherWriterMetadata(IVssAsync** pAsync) {
-    auto outcome = host_->enter("GatherWriterMetadata");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("GatherWriterMetadata");
+    if (HRESULT hr = refusal(outcome, pAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pAsync)
-        return E_INVALIDARG;
     if (origin_ == origin::none || metadata_requested_)
         return VSS_E_BAD_STATE;
     metadata_requested_ = true;
-    return start({"GatherWriterMetadata",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_gathering_metadata),
-                  {}},
-                 pAsync);
+    return start("GatherWriterMetadata", outcome, pAsync, passing(metadata_ready_, writer_phase::identify));
 }
 
 HRESULT backup_components_t::GetWriterMetadataCount(UINT* pcWriters) {
-    auto outcome = host_->enter("GetWriterMetadataCount");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetWriterMetadataCount", {}, pcWriters))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pcWriters)
-        return E_INVALIDARG;
     if (!metadata_ready_)
         return VSS_E_BAD_STATE;
     *pcWriters = static_cast<UINT>(writers_in_play().size());
@@ -270,12 +241,11 @@ HRESULT backup_components_t::GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance
                                                IVssExamineWriterMetadata** ppMetadata) {
     std::lock_guard guard(mutex_);
     auto writers = writers_in_play();
-    auto outcome = host_->enter("GetWriterMetadata", {iWriter < writers.size() ? writers[iWriter]->name : L"",
-                                                      std::to_wstring(iWriter)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pidInstance || !ppMetadata)
-        return E_INVALIDARG;
+    if (HRESULT hr =
+            host_->refuse("GetWriterMetadata",
+                          {iWriter < writers.size() ? writers[iWriter]->name : L"", std::to_wstring(iWriter)},
+                          pidInstance && ppMetadata))
+        return hr;
     if (!metadata_ready_)
         return VSS_E_BAD_STATE;
     if (iWriter >= writers.size())
@@ -291,11 +261,10 @@ HRESULT backup_components_t::FreeWriterMetadata() {
 
 HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
                                           LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) {
-    const std::wstring name = text_of(wszComponentName);
-    const std::wstring logical_path = text_of(wszLogicalPath);
-    auto outcome = host_->enter("AddComponent", {name, guid_text(writerId), logical_path});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring name = text_or_empty(wszComponentName);
+    const std::wstring logical_path = text_or_empty(wszLogicalPath);
+    if (HRESULT hr = host_->refuse("AddComponent", {name, guid_text(writerId), logical_path}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ != origin::fresh || !metadata_ready_ || prepare_requested_)
         return VSS_E_BAD_STATE;
@@ -323,11 +292,10 @@ HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VS
 
 HRESULT backup_components_t::SetBackupState(boolean bSelectComponents, boolean bBackupBootableSystemState,
                                             VSS_BACKUP_TYPE backupType, boolean bPartialFileSupport) {
-    auto outcome = host_->enter("SetBackupState",
-                                {std::to_wstring(static_cast<int>(backupType)), flag_text(bSelectComponents),
-                                 flag_text(bBackupBootableSystemState), flag_text(bPartialFileSupport)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse(
+            "SetBackupState", {std::to_wstring(static_cast<int>(backupType)), flag_text(bSelectComponents),
+                               flag_text(bBackupBootableSystemState), flag_text(bPartialFileSupport)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || prepare_requested_)
         return VSS_E_BAD_STATE;
@@ -340,47 +308,31 @@ HRESULT backup_components_t::SetBackupState(boolean bSelectComponents, boolean b
 }
 
 HRESULT backup_components_t::PrepareForBackup(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("PrepareForBackup");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("PrepareForBackup");
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
     if (origin_ != origin::fresh || !metadata_ready_ || !backup_state_set_ || prepare_requested_)
         return VSS_E_BAD_STATE;
     prepare_requested_ = true;
-    return start({"PrepareForBackup",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_prepare),
-                  {}},
-                 ppAsync);
+    return start("PrepareForBackup", outcome, ppAsync, passing(prepared_, writer_phase::prepare));
 }
 
 HRESULT backup_components_t::GatherWriterStatus(IVssAsync** pAsync) {
-    auto outcome = host_->enter("GatherWriterStatus");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("GatherWriterStatus");
+    if (HRESULT hr = refusal(outcome, pAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pAsync)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
-    return start({"GatherWriterStatus",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_gathering_status),
-                  {}},
-                 pAsync);
+    return start("GatherWriterStatus", outcome, pAsync,
+                 [this](HRESULT planned) { return finish_gathering_status(planned); });
 }
 
 HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
-    auto outcome = host_->enter("GetWriterStatusCount");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetWriterStatusCount", {}, pcWriters))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pcWriters)
-        return E_INVALIDARG;
     if (!statuses_ready_)
         return VSS_E_BAD_STATE;
     *pcWriters = static_cast<UINT>(statuses_.size());
@@ -388,9 +340,8 @@ HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
 }
 
 HRESULT backup_components_t::FreeWriterStatus() {
-    auto outcome = host_->enter("FreeWriterStatus");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("FreeWriterStatus"))
+        return hr;
     std::lock_guard guard(mutex_);
     statuses_ready_ = false;
     return S_OK;
@@ -400,13 +351,11 @@ HRESULT backup_components_t::GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, 
                                              BSTR* pbstrWriter, VSS_WRITER_STATE* pnStatus,
                                              HRESULT* phResultFailure) {
     std::lock_guard guard(mutex_);
-    auto outcome =
-        host_->enter("GetWriterStatus",
-                     {iWriter < statuses_.size() ? statuses_[iWriter].name : L"", std::to_wstring(iWriter)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pidInstance || !pidWriter || !pbstrWriter || !pnStatus || !phResultFailure)
-        return E_INVALIDARG;
+    if (HRESULT hr = host_->refuse(
+            "GetWriterStatus",
+            {iWriter < statuses_.size() ? statuses_[iWriter].name : L"", std::to_wstring(iWriter)},
+            pidInstance && pidWriter && pbstrWriter && pnStatus && phResultFailure))
+        return hr;
     if (!statuses_ready_)
         return VSS_E_BAD_STATE;
     if (iWriter >= statuses_.size())
@@ -423,11 +372,10 @@ HRESULT backup_components_t::GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, 
 HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE,
                                                 LPCWSTR wszLogicalPath, LPCWSTR wszComponentName,
                                                 boolean bSucceded) {
-    const std::wstring name = text_of(wszComponentName);
-    const std::wstring logical_path = text_of(wszLogicalPath);
-    auto outcome = host_->enter("SetBackupSucceeded", {name, flag_text(bSucceded)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring name = text_or_empty(wszComponentName);
+    const std::wstring logical_path = text_or_empty(wszLogicalPath);
+    if (HRESULT hr = host_->refuse("SetBackupSucceeded", {name, flag_text(bSucceded)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
@@ -442,12 +390,9 @@ HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writer
 }
 
 HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
-    auto outcome = host_->enter("SaveAsXML");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("SaveAsXML", {}, pbstrXML))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pbstrXML)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     *pbstrXML = new_bstr(save_backup_document(document()));
@@ -455,27 +400,20 @@ HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
 }
 
 HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("BackupComplete", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("BackupComplete", {set_id_ ? guid_text(*set_id_) : L""});
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
     if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     complete_requested_ = true;
-    return start({"BackupComplete",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_backup),
-                  {}},
-                 ppAsync);
+    return start("BackupComplete", outcome, ppAsync,
+                 [this](HRESULT planned) { return finish_backup(planned); });
 }
 
 HRESULT backup_components_t::AbortBackup() {
-    auto outcome = host_->enter("AbortBackup", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("AbortBackup", {set_id_ ? guid_text(*set_id_) : L""}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
@@ -487,12 +425,10 @@ HRESULT backup_components_t::AbortBackup() {
 
 HRESULT backup_components_t::GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
                                                           VSS_PWSZ* ppwszLogicalPrefix, BOOL) {
-    const std::wstring path = text_of(pwszFilePath);
-    auto outcome = host_->enter("GetRootAndLogicalPrefixPaths", {path});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pwszFilePath || !ppwszRootPath || !ppwszLogicalPrefix)
-        return E_INVALIDARG;
+    const std::wstring path = text_or_empty(pwszFilePath);
+    if (HRESULT hr = host_->refuse("GetRootAndLogicalPrefixPaths", {path},
+                                   pwszFilePath && ppwszRootPath && ppwszLogicalPrefix))
+        return hr;
     auto loc = host_->locate(path);
     if (loc.kind == location_kind::share) {
         *ppwszRootPath = new_task_string(loc.share->root);

@@ -141,16 +141,15 @@ private:
     std::vector<const writer_t*> writers_in_play() const;
     backup_document_t document() const;
     void take_over(const backup_document_t& document);
-    HRESULT start(async_plan_t plan, IVssAsync** out);
-
-    std::function<HRESULT(HRESULT)> on_finish(HRESULT (backup_components_t::*step)(HRESULT));
-    std::function<void()> on_cancel(void (backup_components_t::*step)());
-    HRESULT finish_gathering_metadata(HRESULT planned);
-    HRESULT finish_prepare(HRESULT planned);
+    // Hands out the call's operation; finish (or cancel) runs under the object's lock when it
+    // ends, if the object is still there.
+    HRESULT start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
+                  std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel = {});
+    // The finish of an operation that takes the writers through a phase and marks it done.
+    std::function<HRESULT(HRESULT)> passing(bool& done, writer_phase phase);
     HRESULT finish_gathering_status(HRESULT planned);
     HRESULT finish_backup(HRESULT planned);
     HRESULT finish_snapshot_set(HRESULT planned);
-    void cancel_snapshot_set();
     void discard_owned_snapshots();
     HRESULT finish_import(HRESULT planned);
     void release_snapshots();

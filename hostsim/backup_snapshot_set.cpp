@@ -75,12 +75,9 @@ void remove_shadow(const state_store_t& state, std::vector<shadow_record_t>& rec
 } // namespace
 
 HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
-    auto outcome = host_->enter("StartSnapshotSet");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("StartSnapshotSet", {}, pSnapshotSetId))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pSnapshotSetId)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     if (set_id_)
@@ -98,13 +95,11 @@ HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
 
 HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszVolumeName,
                                                BOOL* pbSupportedByThisProvider) {
-    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
-    auto outcome = host_->enter("IsVolumeSupported", {volume, guid_text(ProviderId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring volume = text_or_empty(pwszVolumeName);
+    if (HRESULT hr = host_->refuse("IsVolumeSupported", {volume, guid_text(ProviderId)},
+                                   names_a_volume(pwszVolumeName) && pbSupportedByThisProvider))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!names_a_volume(pwszVolumeName) || !pbSupportedByThisProvider)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     auto target = host_->find_target(volume);
@@ -125,13 +120,11 @@ HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszV
 
 HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID ProviderId,
                                               VSS_ID* pidSnapshot) {
-    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
-    auto outcome = host_->enter("AddToSnapshotSet", {volume, guid_text(ProviderId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring volume = text_or_empty(pwszVolumeName);
+    if (HRESULT hr = host_->refuse("AddToSnapshotSet", {volume, guid_text(ProviderId)},
+                                   names_a_volume(pwszVolumeName) && pidSnapshot))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!names_a_volume(pwszVolumeName) || !pidSnapshot)
-        return E_INVALIDARG;
     if (origin_ != origin::fresh || !set_id_ || snapshot_requested_)
         return VSS_E_BAD_STATE;
     if (snapshots_.size() >= max_volumes_in_set)
@@ -189,27 +182,25 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
 
 HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
     auto outcome = host_->enter("DoSnapshotSet", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
     if (origin_ != origin::fresh || !set_id_ || !prepared_ || snapshot_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     snapshot_requested_ = true;
     // The copies are taken now, at the call: what changes later is not in them.
-    HRESULT status = outcome.status.value_or(VSS_S_ASYNC_FINISHED);
     for (auto& s : snapshots_)
-        if (!make_shadow_copy(s) && SUCCEEDED(status))
-            status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
-    return start({"DoSnapshotSet", status, outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_snapshot_set),
-                  on_cancel(&backup_components_t::cancel_snapshot_set)},
-                 ppAsync);
+        if (!make_shadow_copy(s) && SUCCEEDED(outcome.status.value_or(S_OK)))
+            outcome.status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
+    return start(
+        "DoSnapshotSet", outcome, ppAsync, [this](HRESULT planned) { return finish_snapshot_set(planned); },
+        [this] {
+            end_creation_if_held();
+            discard_owned_snapshots();
+        });
 }
 
 HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     end_creation_if_held();
     if (FAILED(planned)) {
         discard_owned_snapshots();
@@ -218,12 +209,6 @@ HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     snapshot_done_ = true;
     writer_states_.pass(writer_phase::snapshot);
     return planned;
-}
-
-void backup_components_t::cancel_snapshot_set() {
-    std::lock_guard guard(mutex_);
-    end_creation_if_held();
-    discard_owned_snapshots();
 }
 
 void backup_components_t::discard_owned_snapshots() {
@@ -283,12 +268,9 @@ void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSH
 }
 
 HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSHOT_PROP* pProp) {
-    auto outcome = host_->enter("GetSnapshotProperties", {guid_text(SnapshotId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetSnapshotProperties", {guid_text(SnapshotId)}, pProp))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pProp)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     for (auto& s : snapshots_) {
@@ -314,27 +296,20 @@ HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSH
 }
 
 HRESULT backup_components_t::ImportSnapshots(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("ImportSnapshots", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("ImportSnapshots", {set_id_ ? guid_text(*set_id_) : L""});
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
     if (origin_ != origin::document || !set_id_ || import_requested_ || !host_->state())
         return VSS_E_BAD_STATE;
     import_requested_ = true;
-    return start({"ImportSnapshots",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_import),
-                  {}},
-                 ppAsync);
+    return start("ImportSnapshots", outcome, ppAsync,
+                 [this](HRESULT planned) { return finish_import(planned); });
 }
 
 // Takes each transportable copy of the set away from the host that made it (which may be
 // this one) and makes it a shadow copy of this host, owned by this object.
 HRESULT backup_components_t::finish_import(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (FAILED(planned))
         return planned;
     const state_store_t& here = *host_->state();

@@ -65,20 +65,6 @@ void keep_longest(location_t& best, location_t candidate) {
         best = std::move(candidate);
 }
 
-std::vector<std::wstring> split_rest(const std::wstring& rest) {
-    std::vector<std::wstring> parts;
-    std::size_t start = 0;
-    while (start <= rest.size()) {
-        std::size_t end = rest.find(L'\\', start);
-        if (end == std::wstring::npos)
-            end = rest.size();
-        if (end > start)
-            parts.push_back(rest.substr(start, end - start));
-        start = end + 1;
-    }
-    return parts;
-}
-
 std::optional<std::string> name_in_dir_ignoring_case(const fs::path& dir, const std::wstring& name) {
     std::error_code ec;
     for (fs::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
@@ -95,7 +81,7 @@ fs::path resolve_below(const fs::path& base, const std::wstring& rest) {
     fs::path result = base;
     std::size_t depth = 0;
     bool lost = false; // below a name that doesn't exist nothing is looked up any more
-    for (auto& part : split_rest(rest)) {
+    for (auto& part : split_text(rest, L'\\')) {
         if (part == L".")
             continue;
         if (part == L"..") {

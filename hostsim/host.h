@@ -54,6 +54,12 @@ struct call_outcome_t {
     unsigned delay_ms = 0;
 };
 
+// What a call answers before it does anything: the HRESULT of a fault (or of an unusable host),
+// then E_INVALIDARG for bad arguments; S_OK when it goes on.
+inline HRESULT refusal(const call_outcome_t& outcome, bool arguments_ok = true) {
+    return outcome.refusal != S_OK ? outcome.refusal : arguments_ok ? S_OK : E_INVALIDARG;
+}
+
 class host_t {
 public:
     // Loads <dir>/host.xml and opens <dir>/state, ending what dead processes left: shadow
@@ -73,6 +79,10 @@ public:
 
     // Journals a simulated call and looks up its fault; the first argument is the main one.
     call_outcome_t enter(const char* op, const std::vector<std::wstring>& args = {});
+    // Enters a call that needs nothing of its outcome but the refusal.
+    HRESULT refuse(const char* op, const std::vector<std::wstring>& args = {}, bool arguments_ok = true) {
+        return refusal(enter(op, args), arguments_ok);
+    }
 
     location_t locate(const std::wstring& windows_path) const;
     std::optional<std::filesystem::path> map_path(const std::wstring& windows_path) const;

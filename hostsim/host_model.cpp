@@ -90,25 +90,11 @@ bool optional_bool(const pugi::xml_node& node, const char* attribute) {
     return iequals(v, L"true") || v == L"1";
 }
 
-std::vector<std::wstring> split_list(const std::wstring& text) {
-    std::vector<std::wstring> items;
-    std::size_t start = 0;
-    while (start <= text.size()) {
-        std::size_t end = text.find(L';', start);
-        if (end == std::wstring::npos)
-            end = text.size();
-        if (end > start)
-            items.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return items;
-}
-
 volume_t read_volume(const pugi::xml_node& node, const std::filesystem::path& host_dir) {
     volume_t v;
     v.name = with_trailing_backslash(required_text(node, "name"));
     v.dir = host_dir / required_text(node, "dir");
-    for (auto& mount : split_list(required_text(node, "mount")))
+    for (auto& mount : split_text(required_text(node, "mount"), L';'))
         v.mounts.push_back(with_trailing_backslash(mount));
     if (v.mounts.empty())
         complain(node, "a volume needs at least one mount point");
@@ -152,7 +138,7 @@ provider_t read_provider(const pugi::xml_node& node) {
     p.kind = read_provider_kind(node);
     if (node.attribute("volumes")) {
         p.explicit_volumes = true;
-        p.volumes = split_list(text_of(node, "volumes"));
+        p.volumes = split_text(text_of(node, "volumes"), L';');
         p.all_volumes = p.volumes.size() == 1 && p.volumes.front() == L"*";
     }
     p.transportable = optional_bool(node, "transportable");

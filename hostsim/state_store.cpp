@@ -199,18 +199,6 @@ std::vector<std::wstring> read_lines(const fs::path& file) {
     return lines;
 }
 
-std::vector<std::wstring> split_fields(const std::wstring& line) {
-    std::vector<std::wstring> fields;
-    std::size_t start = 0;
-    for (;;) {
-        auto tab = line.find(L'\t', start);
-        fields.push_back(line.substr(start, tab - start));
-        if (tab == std::wstring::npos)
-            return fields;
-        start = tab + 1;
-    }
-}
-
 state_store_t::state_store_t(fs::path host_dir)
     : host_dir_(std::move(host_dir)), state_dir_(host_dir_ / "state") {
     std::error_code ignored;

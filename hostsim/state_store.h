@@ -6,6 +6,7 @@
 
 #include "compat/unique_fd_posix.h"
 #include "compat/win_types.h"
+#include "hostsim/wide_text.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -115,6 +116,8 @@ std::wstring utc_now_text();
 std::int64_t filetime_now();
 
 std::vector<std::wstring> read_lines(const std::filesystem::path& file);
-std::vector<std::wstring> split_fields(const std::wstring& line);
+inline std::vector<std::wstring> split_fields(const std::wstring& line) {
+    return split_text(line, L'\t', true);
+}
 
 } // namespace hostsim

@@ -3,6 +3,7 @@
 #include "compat/unicode.h"
 #include "compat/uuid_text.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace hostsim {
@@ -68,6 +69,21 @@ wchar_t* new_task_string(std::wstring_view text) {
     std::wmemcpy(copy, text.data(), text.size());
     copy[text.size()] = L'\0';
     return copy;
+}
+
+BSTR new_bstr(std::wstring_view text) {
+    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+}
+
+std::vector<std::wstring> split_text(std::wstring_view text, wchar_t separator, bool keep_empty) {
+    std::vector<std::wstring> pieces;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, start), text.size());
+        if (keep_empty || end > start)
+            pieces.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
 }
 
 } // namespace hostsim

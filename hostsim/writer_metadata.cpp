@@ -11,10 +11,6 @@ namespace hostsim {
 
 namespace {
 
-BSTR new_bstr(const std::wstring& text) {
-    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
-
 class file_description_t final : public com_object_t<IVssWMFiledesc> {
 public:
     file_description_t(std::shared_ptr<host_t> host, const file_spec_t& file)
@@ -29,11 +25,8 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetRecursive(boolean* pbRecursive) override {
-        auto outcome = host_->enter("GetRecursive", {file_.path, file_.spec});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pbRecursive)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetRecursive", {file_.path, file_.spec}, pbRecursive))
+            return hr;
         *pbRecursive = file_.recursive;
         return S_OK;
     }
@@ -43,11 +36,8 @@ public:
 
 private:
     HRESULT give_text(const char* op, const std::wstring& text, BSTR* out) {
-        auto outcome = host_->enter(op, {file_.path, file_.spec});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!out)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse(op, {file_.path, file_.spec}, out))
+            return hr;
         *out = new_bstr(text);
         return S_OK;
     }
@@ -62,11 +52,8 @@ public:
         : host_(std::move(host)), component_(component) {}
 
     HRESULT STDMETHODCALLTYPE GetComponentInfo(PVSSCOMPONENTINFO* ppInfo) override {
-        auto outcome = host_->enter("GetComponentInfo", {component_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppInfo)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetComponentInfo", {component_.name}, ppInfo))
+            return hr;
         auto* info = new VSS_COMPONENTINFO{};
         info->type = component_.type;
         info->bstrLogicalPath = component_.logical_path ? new_bstr(*component_.logical_path) : nullptr;
@@ -81,9 +68,8 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE FreeComponentInfo(PVSSCOMPONENTINFO pInfo) override {
-        auto outcome = host_->enter("FreeComponentInfo", {component_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
+        if (HRESULT hr = host_->refuse("FreeComponentInfo", {component_.name}))
+            return hr;
         if (pInfo) {
             SysFreeString(pInfo->bstrLogicalPath);
             SysFreeString(pInfo->bstrComponentName);
@@ -94,11 +80,9 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetFile(UINT iFile, IVssWMFiledesc** ppFiledesc) override {
-        auto outcome = host_->enter("GetFile", {component_.name, std::to_wstring(iFile)});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppFiledesc || iFile >= component_.files.size())
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetFile", {component_.name, std::to_wstring(iFile)},
+                                       ppFiledesc && iFile < component_.files.size()))
+            return hr;
         *ppFiledesc = new file_description_t(host_, component_.files[iFile]);
         return S_OK;
     }
@@ -146,11 +130,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetIdentity(VSS_ID* pidInstance, VSS_ID* pidWriter, BSTR* pbstrWriterName,
                                           VSS_USAGE_TYPE* pUsage, VSS_SOURCE_TYPE* pSource) override {
-        auto outcome = host_->enter("GetIdentity", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pidInstance || !pidWriter || !pbstrWriterName || !pUsage || !pSource)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetIdentity", {writer_.name},
+                                       pidInstance && pidWriter && pbstrWriterName && pUsage && pSource))
+            return hr;
         *pidInstance = writer_.instance;
         *pidWriter = writer_.id;
         *pbstrWriterName = new_bstr(writer_.name);
@@ -161,11 +143,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetFileCounts(UINT* pcIncludeFiles, UINT* pcExcludeFiles,
                                             UINT* pcComponents) override {
-        auto outcome = host_->enter("GetFileCounts", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pcIncludeFiles || !pcExcludeFiles || !pcComponents)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetFileCounts", {writer_.name},
+                                       pcIncludeFiles && pcExcludeFiles && pcComponents))
+            return hr;
         *pcIncludeFiles = 0;
         *pcExcludeFiles = 0;
         *pcComponents = static_cast<UINT>(writer_.components.size());
@@ -175,21 +155,16 @@ public:
     HRESULT STDMETHODCALLTYPE GetComponent(UINT iComponent, IVssWMComponent** ppComponent) override {
         std::wstring name =
             iComponent < writer_.components.size() ? writer_.components[iComponent].name : L"";
-        auto outcome = host_->enter("GetComponent", {name, std::to_wstring(iComponent)});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppComponent || iComponent >= writer_.components.size())
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetComponent", {name, std::to_wstring(iComponent)},
+                                       ppComponent && iComponent < writer_.components.size()))
+            return hr;
         *ppComponent = new component_object_t(host_, writer_.components[iComponent]);
         return S_OK;
     }
 
     HRESULT STDMETHODCALLTYPE SaveAsXML(BSTR* pbstrXML) override {
-        auto outcome = host_->enter("SaveAsXML", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pbstrXML)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("SaveAsXML", {writer_.name}, pbstrXML))
+            return hr;
         *pbstrXML = new_bstr(from_utf8(writer_document(writer_)));
         return S_OK;
     }
