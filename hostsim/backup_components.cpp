@@ -40,7 +40,7 @@ backup_components_t::~backup_components_t() {
     if (state && prepare_requested_ && !complete_requested_ && !aborted_)
         state->journal("ImplicitAbort", {set_id_ ? guid_text(*set_id_) : L""});
     end_job();
-    release_snapshots();
+    end_owned_snapshots(true);
 }
 
 void backup_components_t::end_creation_if_held() {

@@ -150,9 +150,10 @@ private:
     HRESULT finish_gathering_status(HRESULT planned);
     HRESULT finish_backup(HRESULT planned);
     HRESULT finish_snapshot_set(HRESULT planned);
-    void discard_owned_snapshots();
+    // Ends the shadow copies the object owns: all of them when a creation fails, all but the
+    // transportable ones made here when the object is released.
+    void end_owned_snapshots(bool released);
     HRESULT finish_import(HRESULT planned);
-    void release_snapshots();
     // The creation lock goes when DoSnapshotSet has ended, or with an abort or the object.
     void end_creation_if_held();
     // What the end of the job, whichever way it ends, does to the host.

@@ -60,16 +60,12 @@ void erase_record(std::vector<shadow_record_t>& records, unsigned number) {
                   records.end());
 }
 
-// The record of a shadow copy of the set, owned by this process.
-shadow_record_t owned_record(const set_snapshot_t& info, const VSS_ID& set_id) {
-    return {info.number,    info.snapshot_id, set_id,       info.provider_id, info.volume_name,
-            this_process(), info.attributes,  info.created, info.machine};
-}
-
-// Removes a shadow copy's data and its record; the caller holds the state's lock and saves the records.
-void remove_shadow(const state_store_t& state, std::vector<shadow_record_t>& records, unsigned number) {
-    state.remove_shadow_data(number);
-    erase_record(records, number);
+// Records a shadow copy of the set as this process's; the caller holds the state's lock.
+void record_owned(const state_store_t& state, const set_snapshot_t& info, const VSS_ID& set_id) {
+    auto records = state.shadows();
+    records.push_back({info.number, info.snapshot_id, set_id, info.provider_id, info.volume_name,
+                       this_process(), info.attributes, info.created, info.machine});
+    state.save_shadows(records);
 }
 
 } // namespace
@@ -171,9 +167,7 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
     {
         auto lock = state->lock();
         s.info.number = state->allocate_shadow_number();
-        auto records = state->shadows();
-        records.push_back(owned_record(s.info, *set_id_));
-        state->save_shadows(records);
+        record_owned(*state, s.info, *set_id_);
     }
     s.owned = true;
     return !copy_tree_point_in_time(s.target.data_dir(), state->shadow_dir(s.info.number),
@@ -196,14 +190,14 @@ HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
         "DoSnapshotSet", outcome, ppAsync, [this](HRESULT planned) { return finish_snapshot_set(planned); },
         [this] {
             end_creation_if_held();
-            discard_owned_snapshots();
+            end_owned_snapshots(false);
         });
 }
 
 HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     end_creation_if_held();
     if (FAILED(planned)) {
-        discard_owned_snapshots();
+        end_owned_snapshots(false);
         return planned;
     }
     snapshot_done_ = true;
@@ -211,23 +205,7 @@ HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     return planned;
 }
 
-void backup_components_t::discard_owned_snapshots() {
-    const state_store_t* state = host_->state();
-    if (!state)
-        return;
-    auto lock = state->lock();
-    auto records = state->shadows();
-    for (auto& s : snapshots_) {
-        if (!s.owned)
-            continue;
-        remove_shadow(*state, records, s.info.number);
-        s.owned = false;
-        s.info.number = 0;
-    }
-    state->save_shadows(records);
-}
-
-void backup_components_t::release_snapshots() {
+void backup_components_t::end_owned_snapshots(bool released) {
     const state_store_t* state = host_->state();
     if (!state ||
         std::none_of(snapshots_.begin(), snapshots_.end(), [](const snapshot_t& s) { return s.owned; }))
@@ -237,16 +215,17 @@ void backup_components_t::release_snapshots() {
     for (auto& s : snapshots_) {
         if (!s.owned)
             continue;
-        // A transportable copy made here waits for its import; everything else ends now.
-        bool waits_for_import =
-            origin_ == origin::fresh && (s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE);
-        if (waits_for_import) {
+        // A transportable copy made here outlives the object and waits for its import.
+        if (released && origin_ == origin::fresh && (s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE)) {
             for (auto& r : records)
                 if (r.number == s.info.number)
                     r.owner = {};
             continue;
         }
-        remove_shadow(*state, records, s.info.number);
+        state->remove_shadow_data(s.info.number);
+        erase_record(records, s.info.number);
+        s.owned = false;
+        s.info.number = 0;
     }
     state->save_shadows(records);
 }
@@ -345,9 +324,7 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
         s.info.number = here.allocate_shadow_number();
         s.info.attributes |= VSS_VOLSNAP_ATTR_IMPORTED;
         fs::rename(staging, here.shadow_dir(s.info.number), ec);
-        auto records = here.shadows();
-        records.push_back(owned_record(s.info, *set_id_));
-        here.save_shadows(records);
+        record_owned(here, s.info, *set_id_);
         s.owned = true;
         ++imported;
     }

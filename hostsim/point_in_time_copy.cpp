@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,7 +28,6 @@ struct copier_t {
     std::string skip;
     bool try_clone = true;
     bool try_copy_range = true;
-    std::vector<char> buffer;
 
     std::error_code copy_data(int in, int out, off_t size) {
         if (try_clone) {
@@ -50,31 +50,15 @@ struct copier_t {
                 return last_error();
             try_copy_range = false;
         }
-        if (done >= size)
-            return {};
-        if (buffer.empty())
-            buffer.resize(1 << 20);
-        if (lseek(in, done, SEEK_SET) < 0 || lseek(out, done, SEEK_SET) < 0)
-            return last_error();
-        for (;;) {
-            ssize_t n = ::read(in, buffer.data(), buffer.size());
+        // Across file systems the kernel still copies without a buffer of ours.
+        while (done < size) {
+            const ssize_t n = sendfile(out, in, &done, static_cast<size_t>(size - done));
             if (n == 0)
                 return {};
-            if (n < 0) {
-                if (errno == EINTR)
-                    continue;
+            if (n < 0 && errno != EINTR)
                 return last_error();
-            }
-            for (ssize_t put = 0; put < n;) {
-                ssize_t w = ::write(out, buffer.data() + put, static_cast<size_t>(n - put));
-                if (w < 0) {
-                    if (errno == EINTR)
-                        continue;
-                    return last_error();
-                }
-                put += w;
-            }
         }
+        return {};
     }
 
     std::error_code copy_file(int src_dir, int dst_dir, const char* name) {
@@ -132,7 +116,7 @@ struct copier_t {
                 type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
             }
             if (type == DT_DIR)
-                result = copy_subdir(src_dir, dst_dir, name, child_path);
+                result = copy_subdir_as(src_dir, name, dst_dir, name, child_path);
             else if (type == DT_LNK)
                 result = copy_link(src_dir, dst_dir, name);
             else if (type == DT_REG)
@@ -142,11 +126,6 @@ struct copier_t {
         }
         closedir(scan);
         return result;
-    }
-
-    std::error_code copy_subdir(int src_parent, int dst_parent, const char* name,
-                                const std::string& src_path) {
-        return copy_subdir_as(src_parent, name, dst_parent, name, src_path);
     }
 
     std::error_code copy_subdir_as(int src_parent, const char* src_name, int dst_parent, const char* name,
@@ -171,10 +150,6 @@ struct copier_t {
         return {};
     }
 };
-
-} // namespace
-
-namespace {
 
 std::filesystem::path normal_form(const std::filesystem::path& p) {
     auto n = std::filesystem::absolute(p).lexically_normal();
