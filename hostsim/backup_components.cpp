@@ -28,6 +28,7 @@ std::wstring ids_text(const VSS_ID* ids, UINT count) {
 backup_components_t::backup_components_t(std::shared_ptr<host_t> host)
     : host_(std::move(host)), link_(std::make_shared<link_t>()) {
     link_->object = this;
+    doc_.context = VSS_CTX_BACKUP;
 }
 
 backup_components_t::~backup_components_t() {
@@ -38,7 +39,7 @@ backup_components_t::~backup_components_t() {
     // VSS aborts the backup of a requester that lets go between the prepare and the completion.
     const state_store_t* state = host_->state();
     if (state && prepare_requested_ && !complete_requested_ && !aborted_)
-        state->journal("ImplicitAbort", {set_id_ ? guid_text(*set_id_) : L""});
+        state->journal("ImplicitAbort", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
     end_job();
     end_owned_snapshots(true);
 }
@@ -47,13 +48,13 @@ void backup_components_t::end_creation_if_held() {
     if (!holds_creation_)
         return;
     holds_creation_ = false;
-    end_creation(*host_->state(), *set_id_);
+    end_creation(*host_->state(), *doc_.set_id);
 }
 
 void backup_components_t::end_job() {
     end_creation_if_held();
-    if (set_id_ && host_->state())
-        end_csv_backup_state(*host_->state(), *set_id_);
+    if (doc_.set_id && host_->state())
+        end_csv_backup_state(*host_->state(), *doc_.set_id);
 }
 
 // The operations don't keep the object alive: releasing it ends the backup, as on Windows,
@@ -106,11 +107,11 @@ HRESULT backup_components_t::finish_backup(HRESULT planned) {
     writer_states_.pass(writer_phase::complete);
     end_job();
     std::vector<component_result_t> results;
-    for (auto& c : components_)
+    for (auto& c : doc_.components)
         results.push_back({c.name, !c.succeeded ? L"not-reported" : *c.succeeded ? L"succeeded" : L"failed"});
     if (auto* state = host_->state()) {
         auto lock = state->lock();
-        state->record_backup(set_id_.value_or(GUID_NULL), results);
+        state->record_backup(doc_.set_id.value_or(GUID_NULL), results);
     }
     return planned;
 }
@@ -124,8 +125,8 @@ bool backup_components_t::answers_to(REFIID riid) const {
 std::vector<const writer_t*> backup_components_t::writers_in_play() const {
     std::vector<const writer_t*> writers;
     for (auto& w : host_->model().writers)
-        if (!enabled_writers_ ||
-            std::find(enabled_writers_->begin(), enabled_writers_->end(), w.id) != enabled_writers_->end())
+        if (!doc_.writers_restricted || std::find(doc_.enabled_writers.begin(), doc_.enabled_writers.end(),
+                                                  w.id) != doc_.enabled_writers.end())
             writers.push_back(&w);
     return writers;
 }
@@ -150,29 +151,17 @@ HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
 }
 
 void backup_components_t::take_over(const backup_document_t& d) {
-    document_host_dir_ = d.host_dir;
-    context_ = d.context;
-    if (d.writers_restricted)
-        enabled_writers_ = d.enabled_writers;
-    backup_state_set_ = d.backup_state_set;
-    backup_state_ = d;
-    components_ = d.components;
-    set_id_ = d.set_id;
+    doc_ = d;
     for (auto& s : d.snapshots)
         snapshots_.push_back({s, host_->find_target(s.volume_name), false});
 }
 
 backup_document_t backup_components_t::document() const {
-    backup_document_t d = backup_state_;
-    bool data_here = origin_ == origin::fresh || import_requested_;
-    d.host_dir = data_here ? host_->dir() : document_host_dir_;
+    backup_document_t d = doc_;
+    // The data of the snapshots lies here once they are made or imported here.
+    if (origin_ == origin::fresh || import_requested_)
+        d.host_dir = host_->dir();
     d.machine = host_->model().name;
-    d.context = context_;
-    d.writers_restricted = enabled_writers_.has_value();
-    d.enabled_writers = enabled_writers_.value_or(std::vector<GUID>{});
-    d.backup_state_set = backup_state_set_;
-    d.components = components_;
-    d.set_id = set_id_;
     d.snapshots.clear();
     for (auto& s : snapshots_)
         d.snapshots.push_back(s.info);
@@ -183,7 +172,7 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
     if (HRESULT hr = host_->refuse("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))}))
         return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ == origin::none || (origin_ == origin::fresh && set_id_) || context_set_)
+    if (origin_ == origin::none || (origin_ == origin::fresh && doc_.set_id) || context_set_)
         return VSS_E_BAD_STATE;
     const LONG attributes = VSS_VOLSNAP_ATTR_TRANSPORTABLE | VSS_VOLSNAP_ATTR_DIFFERENTIAL |
                             VSS_VOLSNAP_ATTR_PLEX | VSS_VOLSNAP_ATTR_NO_AUTORECOVERY;
@@ -194,7 +183,7 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
                        base == VSS_CTX_CLIENT_ACCESSIBLE_WRITERS;
     if (!known)
         return E_INVALIDARG;
-    context_ = lContext;
+    doc_.context = lContext;
     context_set_ = true;
     return S_OK;
 }
@@ -210,9 +199,8 @@ HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, 
     // Once the metadata is gathered the writers taking part are settled; the call is harmless.
     if (metadata_requested_)
         return S_OK;
-    if (!enabled_writers_)
-        enabled_writers_.emplace();
-    enabled_writers_->insert(enabled_writers_->end(), rgWriterClassId, rgWriterClassId + cClassId);
+    doc_.writers_restricted = true;
+    doc_.enabled_writers.insert(doc_.enabled_writers.end(), rgWriterClassId, rgWriterClassId + cClassId);
     return S_OK;
 }
 
@@ -282,11 +270,11 @@ HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VS
     });
     if (component == components.end())
         return VSS_E_OBJECT_NOT_FOUND;
-    for (auto& added : components_)
+    for (auto& added : doc_.components)
         if (added.writer == writerId && iequals(added.name, name) &&
             iequals(added.logical_path, logical_path))
             return VSS_E_OBJECT_ALREADY_EXISTS;
-    components_.push_back({instanceId, writerId, ct, logical_path, component->name, std::nullopt});
+    doc_.components.push_back({instanceId, writerId, ct, logical_path, component->name, std::nullopt});
     return S_OK;
 }
 
@@ -299,11 +287,11 @@ HRESULT backup_components_t::SetBackupState(boolean bSelectComponents, boolean b
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || prepare_requested_)
         return VSS_E_BAD_STATE;
-    backup_state_set_ = true;
-    backup_state_.select_components = bSelectComponents;
-    backup_state_.bootable_system_state = bBackupBootableSystemState;
-    backup_state_.backup_type = backupType;
-    backup_state_.partial_file_support = bPartialFileSupport;
+    doc_.backup_state_set = true;
+    doc_.select_components = bSelectComponents;
+    doc_.bootable_system_state = bBackupBootableSystemState;
+    doc_.backup_type = backupType;
+    doc_.partial_file_support = bPartialFileSupport;
     return S_OK;
 }
 
@@ -312,7 +300,7 @@ HRESULT backup_components_t::PrepareForBackup(IVssAsync** ppAsync) {
     if (HRESULT hr = refusal(outcome, ppAsync))
         return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ != origin::fresh || !metadata_ready_ || !backup_state_set_ || prepare_requested_)
+    if (origin_ != origin::fresh || !metadata_ready_ || !doc_.backup_state_set || prepare_requested_)
         return VSS_E_BAD_STATE;
     prepare_requested_ = true;
     return start("PrepareForBackup", outcome, ppAsync, passing(prepared_, writer_phase::prepare));
@@ -379,7 +367,7 @@ HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writer
     std::lock_guard guard(mutex_);
     if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
-    for (auto& c : components_) {
+    for (auto& c : doc_.components) {
         if (c.writer == writerId && c.instance == instanceId && iequals(c.name, name) &&
             iequals(c.logical_path, logical_path)) {
             c.succeeded = bSucceded != 0;
@@ -400,7 +388,7 @@ HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
 }
 
 HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
-    const auto outcome = host_->enter("BackupComplete", {set_id_ ? guid_text(*set_id_) : L""});
+    const auto outcome = host_->enter("BackupComplete", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
     if (HRESULT hr = refusal(outcome, ppAsync))
         return hr;
     std::lock_guard guard(mutex_);
@@ -412,7 +400,7 @@ HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
 }
 
 HRESULT backup_components_t::AbortBackup() {
-    if (HRESULT hr = host_->refuse("AbortBackup", {set_id_ ? guid_text(*set_id_) : L""}))
+    if (HRESULT hr = host_->refuse("AbortBackup", {doc_.set_id ? guid_text(*doc_.set_id) : L""}))
         return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || complete_requested_ || aborted_)

@@ -137,7 +137,7 @@ private:
     };
 
     bool answers_to(REFIID riid) const override;
-    bool transportable_context() const { return (context_ & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
+    bool transportable_context() const { return (doc_.context & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
     std::vector<const writer_t*> writers_in_play() const;
     backup_document_t document() const;
     void take_over(const backup_document_t& document);
@@ -171,21 +171,17 @@ private:
     std::shared_ptr<link_t> link_;
     std::mutex mutex_;
     origin origin_ = origin::none;
-    std::filesystem::path document_host_dir_;
-    LONG context_ = VSS_CTX_BACKUP;
+    // What the object's document holds: context, writers, backup state, components, set; the
+    // host directory is that of the document the object was made from.
+    backup_document_t doc_;
     bool context_set_ = false;
-    std::optional<std::vector<GUID>> enabled_writers_;
-    bool backup_state_set_ = false;
-    backup_document_t backup_state_; // the flags of SetBackupState
     bool metadata_requested_ = false;
     bool metadata_ready_ = false;
     bool statuses_ready_ = false;
     std::vector<writer_status_t> statuses_;
     writer_states_t writer_states_;
-    std::vector<selected_component_t> components_;
     bool prepare_requested_ = false;
     bool prepared_ = false;
-    std::optional<GUID> set_id_;
     std::vector<snapshot_t> snapshots_;
     bool snapshot_requested_ = false;
     bool snapshot_done_ = false;

@@ -76,7 +76,7 @@ HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
-    if (set_id_)
+    if (doc_.set_id)
         return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
     const GUID set_id = new_guid();
     if (const state_store_t* state = host_->state()) {
@@ -84,8 +84,8 @@ HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
             return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
         holds_creation_ = true;
     }
-    set_id_ = set_id;
-    *pSnapshotSetId = *set_id_;
+    doc_.set_id = set_id;
+    *pSnapshotSetId = *doc_.set_id;
     return S_OK;
 }
 
@@ -121,7 +121,7 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
                                    names_a_volume(pwszVolumeName) && pidSnapshot))
         return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ != origin::fresh || !set_id_ || snapshot_requested_)
+    if (origin_ != origin::fresh || !doc_.set_id || snapshot_requested_)
         return VSS_E_BAD_STATE;
     if (snapshots_.size() >= max_volumes_in_set)
         return VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED;
@@ -129,7 +129,7 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     if (!target)
         return VSS_E_OBJECT_NOT_FOUND;
     if (target.volume && target.volume->csv && host_->state() &&
-        csv_volume_held_elsewhere(*host_->state(), target.volume->name, *set_id_))
+        csv_volume_held_elsewhere(*host_->state(), target.volume->name, *doc_.set_id))
         return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
     const provider_t* provider = nullptr;
     if (ProviderId != GUID_NULL) {
@@ -151,7 +151,7 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     s.info.snapshot_id = new_guid();
     s.info.provider_id = provider->id;
     s.info.volume_name = target.unique_name();
-    s.info.attributes = snapshot_attributes(context_, *provider, target);
+    s.info.attributes = snapshot_attributes(doc_.context, *provider, target);
     s.info.machine = host_->model().name;
     s.target = target;
     snapshots_.push_back(s);
@@ -167,7 +167,7 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
     {
         auto lock = state->lock();
         s.info.number = state->allocate_shadow_number();
-        record_owned(*state, s.info, *set_id_);
+        record_owned(*state, s.info, *doc_.set_id);
     }
     s.owned = true;
     return !copy_tree_point_in_time(s.target.data_dir(), state->shadow_dir(s.info.number),
@@ -175,11 +175,11 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
 }
 
 HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("DoSnapshotSet", {set_id_ ? guid_text(*set_id_) : L""});
+    auto outcome = host_->enter("DoSnapshotSet", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
     if (HRESULT hr = refusal(outcome, ppAsync))
         return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ != origin::fresh || !set_id_ || !prepared_ || snapshot_requested_ || aborted_)
+    if (origin_ != origin::fresh || !doc_.set_id || !prepared_ || snapshot_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     snapshot_requested_ = true;
     // The copies are taken now, at the call: what changes later is not in them.
@@ -233,7 +233,7 @@ void backup_components_t::end_owned_snapshots(bool released) {
 void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const {
     prop = VSS_SNAPSHOT_PROP{};
     prop.m_SnapshotId = info.snapshot_id;
-    prop.m_SnapshotSetId = set_id_.value_or(GUID_NULL);
+    prop.m_SnapshotSetId = doc_.set_id.value_or(GUID_NULL);
     prop.m_lSnapshotsCount = static_cast<LONG>(snapshots_.size());
     prop.m_pwszSnapshotDeviceObject =
         new_property_string(std::wstring(shadow_device_prefix) + std::to_wstring(info.number));
@@ -275,11 +275,11 @@ HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSH
 }
 
 HRESULT backup_components_t::ImportSnapshots(IVssAsync** ppAsync) {
-    const auto outcome = host_->enter("ImportSnapshots", {set_id_ ? guid_text(*set_id_) : L""});
+    const auto outcome = host_->enter("ImportSnapshots", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
     if (HRESULT hr = refusal(outcome, ppAsync))
         return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ != origin::document || !set_id_ || import_requested_ || !host_->state())
+    if (origin_ != origin::document || !doc_.set_id || import_requested_ || !host_->state())
         return VSS_E_BAD_STATE;
     import_requested_ = true;
     return start("ImportSnapshots", outcome, ppAsync,
@@ -293,10 +293,10 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
         return planned;
     const state_store_t& here = *host_->state();
     std::error_code ec;
-    const bool same_host = fs::equivalent(document_host_dir_, host_->dir(), ec);
+    const bool same_host = fs::equivalent(doc_.host_dir, host_->dir(), ec);
     std::unique_ptr<state_store_t> other;
     if (!same_host)
-        other = std::make_unique<state_store_t>(document_host_dir_);
+        other = std::make_unique<state_store_t>(doc_.host_dir);
     const state_store_t& source = same_host ? here : *other;
 
     std::size_t wanted = 0, imported = 0;
@@ -324,7 +324,7 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
         s.info.number = here.allocate_shadow_number();
         s.info.attributes |= VSS_VOLSNAP_ATTR_IMPORTED;
         fs::rename(staging, here.shadow_dir(s.info.number), ec);
-        record_owned(here, s.info, *set_id_);
+        record_owned(here, s.info, *doc_.set_id);
         s.owned = true;
         ++imported;
     }

@@ -3,6 +3,7 @@
 #include "hostsim/csv_backup_state.h"
 #include "hostsim/wide_text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -198,17 +199,21 @@ std::optional<fs::path> host_t::map_path(const std::wstring& windows_path) const
 
 snapshot_target_t host_t::find_target(const std::wstring& name) const {
     const std::wstring wanted = with_trailing_backslash(windows_form(name));
-    for (auto& v : model_.volumes) {
-        if (iequals(v.name, wanted))
+    for (auto& v : model_.volumes)
+        if (snapshot_target_t{&v, nullptr}.named_by(wanted))
             return {&v, nullptr};
-        for (auto& mount : v.mounts)
-            if (iequals(mount, wanted))
-                return {&v, nullptr};
-    }
     for (auto& s : model_.shares)
-        if (iequals(s.root, wanted) || iequals(s.unc, wanted))
+        if (snapshot_target_t{nullptr, &s}.named_by(wanted))
             return {nullptr, &s};
     return {};
+}
+
+bool snapshot_target_t::named_by(const std::wstring& name) const {
+    if (share)
+        return iequals(name, share->root) || iequals(name, share->unc);
+    return volume && (iequals(name, volume->name) ||
+                      std::any_of(volume->mounts.begin(), volume->mounts.end(),
+                                  [&](const std::wstring& mount) { return iequals(name, mount); }));
 }
 
 const provider_t* host_t::find_provider(const GUID& id) const {

@@ -43,6 +43,8 @@ struct snapshot_target_t {
     bool same_as(const snapshot_target_t& other) const {
         return volume == other.volume && share == other.share;
     }
+    // By its unique name, a mount point or the share's UNC path, with the trailing backslash.
+    bool named_by(const std::wstring& name) const;
 };
 
 // What a simulated call is to do: go on, or fail with the HRESULT of a fault (or of an

@@ -1,5 +1,6 @@
 #include "hostsim/host_model.h"
 
+#include "compat/unique_fd_posix.h"
 #include "hostsim/wide_text.h"
 
 #include <pugixml.hpp>
@@ -24,23 +25,19 @@ struct model_error : std::runtime_error {
 
 // The bytes of a file, or the errno of the failure: a folder, say, opens but cannot be read.
 std::variant<std::string, int> read_whole_file(const std::filesystem::path& file) {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
+    const compat::unique_fd_t fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid())
         return errno;
     std::string bytes;
     char buffer[65536];
     for (;;) {
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0) {
-            const int error = got < 0 ? errno : 0;
-            ::close(fd);
-            if (error != 0)
-                return error;
+        const ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
+        if (got == 0)
             return bytes;
-        }
-        bytes.append(buffer, static_cast<std::size_t>(got));
+        if (got > 0)
+            bytes.append(buffer, static_cast<std::size_t>(got));
+        else if (errno != EINTR)
+            return errno;
     }
 }
 
@@ -123,19 +120,15 @@ T required_choice(const pugi::xml_node& node, const char* attribute,
     complain(node, std::string("unknown ") + what + " '" + to_utf8(text) + "'");
 }
 
-provider_kind read_provider_kind(const pugi::xml_node& node) {
+provider_t read_provider(const pugi::xml_node& node) {
+    provider_t p;
+    p.id = required_guid(node, "id");
     static const std::pair<const wchar_t*, provider_kind> kinds[] = {
         {L"system", provider_kind::system},     {L"software", provider_kind::software},
         {L"hardware", provider_kind::hardware}, {L"fileshare", provider_kind::fileshare},
         {L"csv", provider_kind::csv},
     };
-    return required_choice(node, "type", kinds, true, "provider type");
-}
-
-provider_t read_provider(const pugi::xml_node& node) {
-    provider_t p;
-    p.id = required_guid(node, "id");
-    p.kind = read_provider_kind(node);
+    p.kind = required_choice(node, "type", kinds, true, "provider type");
     if (node.attribute("volumes")) {
         p.explicit_volumes = true;
         p.volumes = split_text(text_of(node, "volumes"), L';');
@@ -185,20 +178,16 @@ fault_t read_fault(const pugi::xml_node& node) {
     return f;
 }
 
-writer_phase read_phase(const pugi::xml_node& node) {
+writer_fault_t read_writer_fault(const pugi::xml_node& node) {
+    writer_fault_t f;
+    f.writer = required_guid(node, "writer");
     static const std::pair<const wchar_t*, writer_phase> phases[] = {
         {L"identify", writer_phase::identify},
         {L"prepare", writer_phase::prepare},
         {L"snapshot", writer_phase::snapshot},
         {L"complete", writer_phase::complete},
     };
-    return required_choice(node, "at", phases, false, "phase");
-}
-
-writer_fault_t read_writer_fault(const pugi::xml_node& node) {
-    writer_fault_t f;
-    f.writer = required_guid(node, "writer");
-    f.at = read_phase(node);
+    f.at = required_choice(node, "at", phases, false, "phase");
     f.state = static_cast<VSS_WRITER_STATE>(optional_number(node, "state").value_or(VSS_WS_UNKNOWN));
     f.hr = static_cast<HRESULT>(optional_number(node, "hr").value_or(0));
     return f;
