@@ -8,10 +8,6 @@ async_operation_t::async_operation_t(std::shared_ptr<host_t> host, async_plan_t 
     : host_(std::move(host)), plan_(std::move(plan)),
       due_(std::chrono::steady_clock::now() + std::chrono::milliseconds(plan_.delay_ms)) {}
 
-std::wstring async_operation_t::op_name() const {
-    return std::wstring(plan_.op.begin(), plan_.op.end());
-}
-
 void async_operation_t::end_if_due() {
     if (ended_ || std::chrono::steady_clock::now() < due_)
         return;
@@ -27,7 +23,7 @@ void async_operation_t::end_if_due() {
 }
 
 HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
-    if (HRESULT hr = host_->refuse("QueryStatus", {op_name()}, pHrResult))
+    if (HRESULT hr = host_->refuse("QueryStatus", {plan_.op}, pHrResult))
         return hr;
     std::lock_guard guard(mutex_);
     end_if_due();
@@ -36,7 +32,7 @@ HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
 }
 
 HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
-    if (HRESULT hr = host_->refuse("Wait", {op_name()}))
+    if (HRESULT hr = host_->refuse("Wait", {plan_.op}))
         return hr;
     std::unique_lock guard(mutex_);
     if (!ended_) {
@@ -53,7 +49,7 @@ HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
 }
 
 HRESULT async_operation_t::Cancel() {
-    if (HRESULT hr = host_->refuse("Cancel", {op_name()}))
+    if (HRESULT hr = host_->refuse("Cancel", {plan_.op}))
         return hr;
     std::lock_guard guard(mutex_);
     end_if_due();

@@ -61,7 +61,11 @@ void backup_components_t::end_job() {
 // and an operation that ends later finds nothing left to update.
 HRESULT backup_components_t::start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
                                    std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel) {
-    async_plan_t plan{op, outcome.status.value_or(VSS_S_ASYNC_FINISHED), outcome.delay_ms, {}, {}};
+    async_plan_t plan{std::wstring(op, op + std::strlen(op)),
+                      outcome.status.value_or(VSS_S_ASYNC_FINISHED),
+                      outcome.delay_ms,
+                      {},
+                      {}};
     plan.finish = [link = link_, finish = std::move(finish)](HRESULT planned) {
         std::lock_guard guard(link->mutex);
         if (!link->object)
@@ -145,15 +149,11 @@ HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
     auto document = load_backup_document(text);
     if (!document)
         return VSS_E_INVALID_XML_DOCUMENT;
-    take_over(*document);
+    doc_ = *document;
+    for (auto& s : document->snapshots)
+        snapshots_.push_back({s, host_->find_target(s.volume_name), false});
     origin_ = origin::document;
     return S_OK;
-}
-
-void backup_components_t::take_over(const backup_document_t& d) {
-    doc_ = d;
-    for (auto& s : d.snapshots)
-        snapshots_.push_back({s, host_->find_target(s.volume_name), false});
 }
 
 backup_document_t backup_components_t::document() const {

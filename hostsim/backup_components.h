@@ -18,11 +18,6 @@
 
 namespace hostsim {
 
-#define HOSTSIM_NOT_SIMULATED(...)                                                                           \
-    override {                                                                                               \
-        return E_NOTIMPL;                                                                                    \
-    }
-
 class backup_components_t final : public com_object_t<IVssBackupComponentsEx4> {
 public:
     explicit backup_components_t(std::shared_ptr<host_t> host);
@@ -68,63 +63,50 @@ public:
                                                            BOOL bNormalizeFQDNforRootPath) override;
 
     // Operations of the tables that the tool never calls.
-    HRESULT STDMETHODCALLTYPE GetWriterComponentsCount(UINT*) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterComponents(UINT, IVssWriterComponentsExt**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE InitializeForRestore(BSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreState(VSS_RESTORE_TYPE) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetBackupOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetSelectedForRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetAdditionalRestores(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetPreviousBackupStamp(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddAlternativeLocationMapping(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                                            LPCWSTR, LPCWSTR, boolean, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddRestoreSubcomponent(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
-                                                     LPCWSTR, boolean) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetFileRestoreStatus(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                                   VSS_FILE_RESTORE_STATUS) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddNewTarget(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
-                                           boolean, LPCWSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRangesFilePath(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PreRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PostRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DeleteSnapshots(VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE BreakSnapshotSet(VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE Query(VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DisableWriterClasses(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DisableWriterInstances(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE ExposeSnapshot(VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE RevertToSnapshot(VSS_ID, BOOL) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE QueryRevertStatus(VSS_PWSZ, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterMetadataEx(UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetSelectedForRestoreEx(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
-                                                      VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE UnexposeSnapshot(VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetAuthoritativeRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRollForward(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                             VSS_ROLLFORWARD_TYPE, LPCWSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreName(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE BreakSnapshotSetEx(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PreFastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE FastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterStatusEx(UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
-                                                HRESULT*, BSTR*) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddSnapshotToRecoverySet(VSS_ID, DWORD, VSS_PWSZ) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE RecoverSet(DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetSessionId(VSS_ID*) HOSTSIM_NOT_SIMULATED();
+    HOSTSIM_NOT_SIMULATED(GetWriterComponentsCount, UINT*)
+    HOSTSIM_NOT_SIMULATED(GetWriterComponents, UINT, IVssWriterComponentsExt**)
+    HOSTSIM_NOT_SIMULATED(InitializeForRestore, BSTR)
+    HOSTSIM_NOT_SIMULATED(SetRestoreState, VSS_RESTORE_TYPE)
+    HOSTSIM_NOT_SIMULATED(SetBackupOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetSelectedForRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetRestoreOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetAdditionalRestores, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetPreviousBackupStamp, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(AddAlternativeLocationMapping, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                          LPCWSTR, LPCWSTR, boolean, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(AddRestoreSubcomponent, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
+                          LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetFileRestoreStatus, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                          VSS_FILE_RESTORE_STATUS)
+    HOSTSIM_NOT_SIMULATED(AddNewTarget, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
+                          boolean, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetRangesFilePath, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(PreRestore, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(PostRestore, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(DeleteSnapshots, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
+    HOSTSIM_NOT_SIMULATED(BreakSnapshotSet, VSS_ID)
+    HOSTSIM_NOT_SIMULATED(Query, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
+    HOSTSIM_NOT_SIMULATED(DisableWriterClasses, const VSS_ID*, UINT)
+    HOSTSIM_NOT_SIMULATED(DisableWriterInstances, const VSS_ID*, UINT)
+    HOSTSIM_NOT_SIMULATED(ExposeSnapshot, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
+    HOSTSIM_NOT_SIMULATED(RevertToSnapshot, VSS_ID, BOOL)
+    HOSTSIM_NOT_SIMULATED(QueryRevertStatus, VSS_PWSZ, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetWriterMetadataEx, UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
+    HOSTSIM_NOT_SIMULATED(SetSelectedForRestoreEx, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
+                          VSS_ID)
+    HOSTSIM_NOT_SIMULATED(UnexposeSnapshot, VSS_ID)
+    HOSTSIM_NOT_SIMULATED(SetAuthoritativeRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetRollForward, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, VSS_ROLLFORWARD_TYPE,
+                          LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetRestoreName, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(BreakSnapshotSetEx, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(PreFastRecovery, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(FastRecovery, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetWriterStatusEx, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
+                          HRESULT*, BSTR*)
+    HOSTSIM_NOT_SIMULATED(AddSnapshotToRecoverySet, VSS_ID, DWORD, VSS_PWSZ)
+    HOSTSIM_NOT_SIMULATED(RecoverSet, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetSessionId, VSS_ID*)
 
 private:
     enum class origin { none, fresh, document };
@@ -140,7 +122,6 @@ private:
     bool transportable_context() const { return (doc_.context & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
     std::vector<const writer_t*> writers_in_play() const;
     backup_document_t document() const;
-    void take_over(const backup_document_t& document);
     // Hands out the call's operation; finish (or cancel) runs under the object's lock when it
     // ends, if the object is still there.
     HRESULT start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
@@ -190,7 +171,5 @@ private:
     bool aborted_ = false;
     bool holds_creation_ = false;
 };
-
-#undef HOSTSIM_NOT_SIMULATED
 
 } // namespace hostsim

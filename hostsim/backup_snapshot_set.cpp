@@ -54,12 +54,6 @@ bool move_shadow_data(const fs::path& from, const fs::path& to) {
     return true;
 }
 
-void erase_record(std::vector<shadow_record_t>& records, unsigned number) {
-    records.erase(std::remove_if(records.begin(), records.end(),
-                                 [&](const shadow_record_t& r) { return r.number == number; }),
-                  records.end());
-}
-
 // Records a shadow copy of the set as this process's; the caller holds the state's lock.
 void record_owned(const state_store_t& state, const set_snapshot_t& info, const VSS_ID& set_id) {
     auto records = state.shadows();
@@ -147,15 +141,15 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     } else if (!provider_supports(*provider, target, transportable_context())) {
         return VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER;
     }
-    snapshot_t s;
-    s.info.snapshot_id = new_guid();
-    s.info.provider_id = provider->id;
-    s.info.volume_name = target.unique_name();
-    s.info.attributes = snapshot_attributes(doc_.context, *provider, target);
-    s.info.machine = host_->model().name;
-    s.target = target;
-    snapshots_.push_back(s);
-    *pidSnapshot = s.info.snapshot_id;
+    const set_snapshot_t info{new_guid(),
+                              provider->id,
+                              target.unique_name(),
+                              0,
+                              snapshot_attributes(doc_.context, *provider, target),
+                              0,
+                              host_->model().name};
+    snapshots_.push_back({info, target, false});
+    *pidSnapshot = info.snapshot_id;
     return S_OK;
 }
 
@@ -223,7 +217,7 @@ void backup_components_t::end_owned_snapshots(bool released) {
             continue;
         }
         state->remove_shadow_data(s.info.number);
-        erase_record(records, s.info.number);
+        std::erase_if(records, [&](const shadow_record_t& r) { return r.number == s.info.number; });
         s.owned = false;
         s.info.number = 0;
     }
@@ -317,7 +311,7 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
                 continue;
             source.journal("TransportShadowCopy", {std::to_wstring(found->number), s.info.volume_name,
                                                    from_utf8(host_->dir().string())});
-            erase_record(records, found->number);
+            records.erase(found);
             source.save_shadows(records);
         }
         auto lock = here.lock();

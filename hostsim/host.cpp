@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <tuple>
 
 namespace hostsim {
 
@@ -17,9 +18,7 @@ namespace {
 // One spelling for every Windows form: '\' only, the long-path and device prefixes of
 // drive letters and UNC paths taken off.
 std::wstring windows_form(std::wstring p) {
-    for (auto& c : p)
-        if (c == L'/')
-            c = L'\\';
+    std::replace(p.begin(), p.end(), L'/', L'\\');
     if (istarts_with(p, L"\\\\?\\UNC\\"))
         return L"\\\\" + p.substr(8);
     if ((istarts_with(p, L"\\\\?\\") || istarts_with(p, L"\\\\.\\")) && p.size() >= 6 && p[5] == L':')
@@ -177,11 +176,8 @@ std::optional<fs::path> host_t::map_path(const std::wstring& windows_path) const
     auto loc = locate(windows_path);
     switch (loc.kind) {
     case location_kind::native: {
-        std::wstring p = loc.rest;
-        for (auto& c : p)
-            if (c == L'\\')
-                c = L'/';
-        return fs::path(to_utf8(p));
+        std::replace(loc.rest.begin(), loc.rest.end(), L'\\', L'/');
+        return fs::path(to_utf8(loc.rest));
     }
     case location_kind::volume:
         return resolve_below(loc.volume->dir, loc.rest);
@@ -239,9 +235,8 @@ std::optional<std::wstring> host_t::environment_variable(const std::wstring& nam
 std::shared_ptr<host_t> current_host() {
     static std::mutex mutex;
     static std::shared_ptr<host_t> cached;
-    static std::string cached_dir;
-    static fs::file_time_type cached_time;
-    static std::uintmax_t cached_size = 0;
+    // The host's folder and its host.xml's time and size when it was read.
+    static std::tuple<std::string, fs::file_time_type, std::uintmax_t> cached_key;
 
     const char* dir = std::getenv("MIRRACK_HOST");
     std::lock_guard guard(mutex);
@@ -253,12 +248,11 @@ std::shared_ptr<host_t> current_host() {
     const fs::path file = fs::path(dir) / "host.xml";
     auto time = fs::last_write_time(file, ec);
     auto size = ec ? 0 : fs::file_size(file, ec);
-    if (cached && cached_dir == dir && cached_time == time && cached_size == size)
-        return cached;
-    cached = host_t::open(dir);
-    cached_dir = dir;
-    cached_time = time;
-    cached_size = size;
+    auto key = std::make_tuple(std::string(dir), time, size);
+    if (!cached || key != cached_key) {
+        cached = host_t::open(dir);
+        cached_key = std::move(key);
+    }
     return cached;
 }
 

@@ -41,12 +41,9 @@ std::variant<std::string, int> read_whole_file(const std::filesystem::path& file
     }
 }
 
-std::string where(const pugi::xml_node& node) {
-    return "<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug());
-}
-
 [[noreturn]] void complain(const pugi::xml_node& node, const std::string& what) {
-    throw model_error(where(node) + ": " + what);
+    throw model_error("<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug()) +
+                      ": " + what);
 }
 
 std::wstring text_of(const pugi::xml_node& node, const char* attribute) {
@@ -159,8 +156,7 @@ writer_t read_writer(const pugi::xml_node& node) {
     w.name = required_text(node, "name");
     w.usage = static_cast<VSS_USAGE_TYPE>(optional_number(node, "usage").value_or(VSS_UT_USERDATA));
     w.source = static_cast<VSS_SOURCE_TYPE>(optional_number(node, "source").value_or(VSS_ST_OTHER));
-    for (auto c : node.children("Component"))
-        w.components.push_back(read_component(c));
+    read_all(node, "Component", w.components, read_component);
     return w;
 }
 
@@ -214,6 +210,12 @@ registry_key_t read_registry_key(const pugi::xml_node& node) {
     return key;
 }
 
+template <class T, class Read>
+void read_all(const pugi::xml_node& parent, const char* name, std::vector<T>& into, Read read) {
+    for (auto node : parent.children(name))
+        into.push_back(read(node));
+}
+
 host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& host_dir) {
     host_model_t model;
     model.name = text_of(host, "name");
@@ -221,20 +223,14 @@ host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& 
         for (auto var : env.children("Var"))
             model.environment.emplace_back(required_text(var, "name"), text_of(var, "value"));
     for (auto reg : host.children("Registry"))
-        for (auto key : reg.children("Key"))
-            model.registry.push_back(read_registry_key(key));
-    for (auto n : host.children("Volume"))
-        model.volumes.push_back(read_volume(n, host_dir));
-    for (auto n : host.children("Share"))
-        model.shares.push_back(read_share(n, host_dir));
-    for (auto n : host.children("Provider"))
-        model.providers.push_back(read_provider(n));
-    for (auto n : host.children("Writer"))
-        model.writers.push_back(read_writer(n));
-    for (auto n : host.children("Fault"))
-        model.faults.push_back(read_fault(n));
-    for (auto n : host.children("WriterFault"))
-        model.writer_faults.push_back(read_writer_fault(n));
+        read_all(reg, "Key", model.registry, read_registry_key);
+    read_all(host, "Volume", model.volumes,
+             [&](const pugi::xml_node& n) { return read_volume(n, host_dir); });
+    read_all(host, "Share", model.shares, [&](const pugi::xml_node& n) { return read_share(n, host_dir); });
+    read_all(host, "Provider", model.providers, read_provider);
+    read_all(host, "Writer", model.writers, read_writer);
+    read_all(host, "Fault", model.faults, read_fault);
+    read_all(host, "WriterFault", model.writer_faults, read_writer_fault);
     return model;
 }
 

@@ -34,12 +34,9 @@ std::wstring from_utf8(std::string_view text) {
 }
 
 bool icontains(std::wstring_view text, std::wstring_view part) {
-    if (part.empty())
-        return true;
-    for (std::size_t i = 0; i + part.size() <= text.size(); ++i)
-        if (iequals(text.substr(i, part.size()), part))
-            return true;
-    return false;
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](wchar_t a, wchar_t b) { return ascii::fold(a) == ascii::fold(b); }) != text.end() ||
+           part.empty();
 }
 
 std::optional<GUID> parse_guid(std::wstring_view text) {

@@ -31,8 +31,8 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetAlternateLocation(BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBackupTypeMask(DWORD*) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetAlternateLocation, BSTR*)
+    HOSTSIM_NOT_SIMULATED(GetBackupTypeMask, DWORD*)
 
 private:
     HRESULT give_text(const char* op, const std::wstring& text, BSTR* out) {
@@ -87,9 +87,9 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetDatabaseFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDatabaseLogFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDependency(UINT, IVssWMDependency**) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetDatabaseFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetDatabaseLogFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetDependency, UINT, IVssWMDependency**)
 
 private:
     std::shared_ptr<host_t> host_;
@@ -169,18 +169,14 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetIncludeFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetExcludeFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetRestoreMethod(VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*, VSS_WRITERRESTORE_ENUM*,
-                                               boolean*, UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetAlternateLocationMapping(UINT, IVssWMFiledesc**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetBackupSchema(DWORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDocument(IXMLDOMDocument**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE LoadFromXML(BSTR) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetIncludeFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetExcludeFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetRestoreMethod, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*, VSS_WRITERRESTORE_ENUM*,
+                          boolean*, UINT*)
+    HOSTSIM_NOT_SIMULATED(GetAlternateLocationMapping, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetBackupSchema, DWORD*)
+    HOSTSIM_NOT_SIMULATED(GetDocument, IXMLDOMDocument**)
+    HOSTSIM_NOT_SIMULATED(LoadFromXML, BSTR)
 
 private:
     bool answers_to(REFIID riid) const override { return riid == IID_IVssExamineWriterMetadata; }
