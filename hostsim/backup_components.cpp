@@ -6,7 +6,6 @@
 #include "hostsim/writer_metadata.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace hostsim {
 
@@ -61,11 +60,7 @@ void backup_components_t::end_job() {
 // and an operation that ends later finds nothing left to update.
 HRESULT backup_components_t::start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
                                    std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel) {
-    async_plan_t plan{std::wstring(op, op + std::strlen(op)),
-                      outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                      outcome.delay_ms,
-                      {},
-                      {}};
+    async_plan_t plan{from_utf8(op), outcome.status.value_or(VSS_S_ASYNC_FINISHED), outcome.delay_ms, {}, {}};
     plan.finish = [link = link_, finish = std::move(finish)](HRESULT planned) {
         std::lock_guard guard(link->mutex);
         if (!link->object)

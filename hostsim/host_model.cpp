@@ -136,6 +136,12 @@ provider_t read_provider(const pugi::xml_node& node) {
     return p;
 }
 
+template <class T, class Read>
+void read_all(const pugi::xml_node& parent, const char* name, std::vector<T>& into, Read read) {
+    for (auto node : parent.children(name))
+        into.push_back(read(node));
+}
+
 component_t read_component(const pugi::xml_node& node) {
     component_t c;
     c.name = required_text(node, "name");
@@ -208,12 +214,6 @@ registry_key_t read_registry_key(const pugi::xml_node& node) {
         key.values.push_back(std::move(entry));
     }
     return key;
-}
-
-template <class T, class Read>
-void read_all(const pugi::xml_node& parent, const char* name, std::vector<T>& into, Read read) {
-    for (auto node : parent.children(name))
-        into.push_back(read(node));
 }
 
 host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& host_dir) {
