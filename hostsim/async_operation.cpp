@@ -8,10 +8,6 @@ async_operation_t::async_operation_t(std::shared_ptr<host_t> host, async_plan_t 
     : host_(std::move(host)), plan_(std::move(plan)),
       due_(std::chrono::steady_clock::now() + std::chrono::milliseconds(plan_.delay_ms)) {}
 
-std::wstring async_operation_t::op_name() const {
-    return std::wstring(plan_.op.begin(), plan_.op.end());
-}
-
 void async_operation_t::end_if_due() {
     if (ended_ || std::chrono::steady_clock::now() < due_)
         return;
@@ -27,11 +23,8 @@ void async_operation_t::end_if_due() {
 }
 
 HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
-    auto outcome = host_->enter("QueryStatus", {op_name()});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pHrResult)
-        return E_INVALIDARG;
+    if (HRESULT hr = host_->refuse("QueryStatus", {plan_.op}, pHrResult))
+        return hr;
     std::lock_guard guard(mutex_);
     end_if_due();
     *pHrResult = status_;
@@ -39,9 +32,8 @@ HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
 }
 
 HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
-    auto outcome = host_->enter("Wait", {op_name()});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("Wait", {plan_.op}))
+        return hr;
     std::unique_lock guard(mutex_);
     if (!ended_) {
         auto limit = dwMilliseconds == INFINITE
@@ -57,9 +49,8 @@ HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
 }
 
 HRESULT async_operation_t::Cancel() {
-    auto outcome = host_->enter("Cancel", {op_name()});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("Cancel", {plan_.op}))
+        return hr;
     std::lock_guard guard(mutex_);
     end_if_due();
     if (ended_) {
@@ -71,11 +62,6 @@ HRESULT async_operation_t::Cancel() {
     status_ = VSS_S_ASYNC_CANCELLED;
     if (plan_.cancel)
         plan_.cancel();
-    return S_OK;
-}
-
-HRESULT start_async(std::shared_ptr<host_t> host, async_plan_t plan, IVssAsync** out) {
-    *out = new async_operation_t(std::move(host), std::move(plan));
     return S_OK;
 }
 

@@ -16,7 +16,7 @@
 namespace hostsim {
 
 struct async_plan_t {
-    std::string op;                        // the call that started it, for the journal
+    std::wstring op;                       // the call that started it, for the journal
     HRESULT status = VSS_S_ASYNC_FINISHED; // a fault's status, or finished
     unsigned delay_ms = 0;
     // Runs once when the operation ends by itself, with the planned status; returns the
@@ -38,7 +38,6 @@ public:
 private:
     bool answers_to(REFIID riid) const override { return riid == IID_IVssAsync; }
     void end_if_due();
-    std::wstring op_name() const;
 
     std::shared_ptr<host_t> host_;
     async_plan_t plan_;
@@ -47,8 +46,5 @@ private:
     bool ended_ = false;
     HRESULT status_ = VSS_S_ASYNC_PENDING;
 };
-
-// Makes the operation and hands its first reference to out.
-HRESULT start_async(std::shared_ptr<host_t> host, async_plan_t plan, IVssAsync** out);
 
 } // namespace hostsim

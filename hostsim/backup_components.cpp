@@ -6,19 +6,10 @@
 #include "hostsim/writer_metadata.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace hostsim {
 
 namespace {
-
-std::wstring text_of(LPCWSTR text) {
-    return text ? std::wstring(text) : std::wstring();
-}
-
-BSTR new_bstr(const std::wstring& text) {
-    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
 
 std::wstring flag_text(bool value) {
     return value ? L"true" : L"false";
@@ -36,6 +27,7 @@ std::wstring ids_text(const VSS_ID* ids, UINT count) {
 backup_components_t::backup_components_t(std::shared_ptr<host_t> host)
     : host_(std::move(host)), link_(std::make_shared<link_t>()) {
     link_->object = this;
+    doc_.context = VSS_CTX_BACKUP;
 }
 
 backup_components_t::~backup_components_t() {
@@ -46,62 +38,59 @@ backup_components_t::~backup_components_t() {
     // VSS aborts the backup of a requester that lets go between the prepare and the completion.
     const state_store_t* state = host_->state();
     if (state && prepare_requested_ && !complete_requested_ && !aborted_)
-        state->journal("ImplicitAbort", {set_id_ ? guid_text(*set_id_) : L""});
+        state->journal("ImplicitAbort", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
     end_job();
-    release_snapshots();
+    end_owned_snapshots(true);
 }
 
 void backup_components_t::end_creation_if_held() {
     if (!holds_creation_)
         return;
     holds_creation_ = false;
-    end_creation(*host_->state(), *set_id_);
+    end_creation(*host_->state(), *doc_.set_id);
 }
 
 void backup_components_t::end_job() {
     end_creation_if_held();
-    if (set_id_ && host_->state())
-        end_csv_backup_state(*host_->state(), *set_id_);
+    if (doc_.set_id && host_->state())
+        end_csv_backup_state(*host_->state(), *doc_.set_id);
 }
 
 // The operations don't keep the object alive: releasing it ends the backup, as on Windows,
 // and an operation that ends later finds nothing left to update.
-std::function<HRESULT(HRESULT)>
-backup_components_t::on_finish(HRESULT (backup_components_t::*step)(HRESULT)) {
-    return [link = link_, step](HRESULT planned) {
+HRESULT backup_components_t::start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
+                                   std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel) {
+    async_plan_t plan{from_utf8(op), outcome.status.value_or(VSS_S_ASYNC_FINISHED), outcome.delay_ms, {}, {}};
+    plan.finish = [link = link_, finish = std::move(finish)](HRESULT planned) {
         std::lock_guard guard(link->mutex);
-        return link->object ? (link->object->*step)(planned) : planned;
+        if (!link->object)
+            return planned;
+        std::lock_guard object_guard(link->object->mutex_);
+        return finish(planned);
     };
+    if (cancel)
+        plan.cancel = [link = link_, cancel = std::move(cancel)] {
+            std::lock_guard guard(link->mutex);
+            if (link->object) {
+                std::lock_guard object_guard(link->object->mutex_);
+                cancel();
+            }
+        };
+    *out = new async_operation_t(host_, std::move(plan));
+    return S_OK;
 }
 
-std::function<void()> backup_components_t::on_cancel(void (backup_components_t::*step)()) {
-    return [link = link_, step] {
-        std::lock_guard guard(link->mutex);
-        if (link->object)
-            (link->object->*step)();
+std::function<HRESULT(HRESULT)> backup_components_t::passing(bool& done, writer_phase phase) {
+    return [this, &done, phase](HRESULT planned) {
+        if (SUCCEEDED(planned)) {
+            done = true;
+            writer_states_.pass(phase);
+        }
+        return planned;
     };
-}
-
-HRESULT backup_components_t::finish_gathering_metadata(HRESULT planned) {
-    std::lock_guard guard(mutex_);
-    if (SUCCEEDED(planned)) {
-        metadata_ready_ = true;
-        writer_states_.pass(writer_phase::identify);
-    }
-    return planned;
-}
-
-HRESULT backup_components_t::finish_prepare(HRESULT planned) {
-    std::lock_guard guard(mutex_);
-    if (SUCCEEDED(planned)) {
-        prepared_ = true;
-        writer_states_.pass(writer_phase::prepare);
-    }
-    return planned;
 }
 
 HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (SUCCEEDED(planned)) {
         // Writers that have not been asked for their metadata don't speak to this object.
         statuses_ = metadata_ready_ ? writer_states_.report(writers_in_play(), host_->model().writer_faults)
@@ -112,17 +101,16 @@ HRESULT backup_components_t::finish_gathering_status(HRESULT planned) {
 }
 
 HRESULT backup_components_t::finish_backup(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (FAILED(planned))
         return planned;
     writer_states_.pass(writer_phase::complete);
     end_job();
     std::vector<component_result_t> results;
-    for (auto& c : components_)
+    for (auto& c : doc_.components)
         results.push_back({c.name, !c.succeeded ? L"not-reported" : *c.succeeded ? L"succeeded" : L"failed"});
     if (auto* state = host_->state()) {
         auto lock = state->lock();
-        state->record_backup(set_id_.value_or(GUID_NULL), results);
+        state->record_backup(doc_.set_id.value_or(GUID_NULL), results);
     }
     return planned;
 }
@@ -136,21 +124,16 @@ bool backup_components_t::answers_to(REFIID riid) const {
 std::vector<const writer_t*> backup_components_t::writers_in_play() const {
     std::vector<const writer_t*> writers;
     for (auto& w : host_->model().writers)
-        if (!enabled_writers_ ||
-            std::find(enabled_writers_->begin(), enabled_writers_->end(), w.id) != enabled_writers_->end())
+        if (!doc_.writers_restricted || std::find(doc_.enabled_writers.begin(), doc_.enabled_writers.end(),
+                                                  w.id) != doc_.enabled_writers.end())
             writers.push_back(&w);
     return writers;
 }
 
-HRESULT backup_components_t::start(async_plan_t plan, IVssAsync** out) {
-    return start_async(host_, std::move(plan), out);
-}
-
 HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
     const std::wstring text = bstrXML ? std::wstring(bstrXML, SysStringLen(bstrXML)) : std::wstring();
-    auto outcome = host_->enter("InitializeForBackup", {text.empty() ? L"" : L"document"});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("InitializeForBackup", {text.empty() ? L"" : L"document"}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ != origin::none)
         return VSS_E_BAD_STATE;
@@ -161,35 +144,19 @@ HRESULT backup_components_t::InitializeForBackup(BSTR bstrXML) {
     auto document = load_backup_document(text);
     if (!document)
         return VSS_E_INVALID_XML_DOCUMENT;
-    take_over(*document);
+    doc_ = *document;
+    for (auto& s : document->snapshots)
+        snapshots_.push_back({s, host_->find_target(s.volume_name), false});
     origin_ = origin::document;
     return S_OK;
 }
 
-void backup_components_t::take_over(const backup_document_t& d) {
-    document_host_dir_ = d.host_dir;
-    context_ = d.context;
-    if (d.writers_restricted)
-        enabled_writers_ = d.enabled_writers;
-    backup_state_set_ = d.backup_state_set;
-    backup_state_ = d;
-    components_ = d.components;
-    set_id_ = d.set_id;
-    for (auto& s : d.snapshots)
-        snapshots_.push_back({s, host_->find_target(s.volume_name), false});
-}
-
 backup_document_t backup_components_t::document() const {
-    backup_document_t d = backup_state_;
-    bool data_here = origin_ == origin::fresh || import_requested_;
-    d.host_dir = data_here ? host_->dir() : document_host_dir_;
+    backup_document_t d = doc_;
+    // The data of the snapshots lies here once they are made or imported here.
+    if (origin_ == origin::fresh || import_requested_)
+        d.host_dir = host_->dir();
     d.machine = host_->model().name;
-    d.context = context_;
-    d.writers_restricted = enabled_writers_.has_value();
-    d.enabled_writers = enabled_writers_.value_or(std::vector<GUID>{});
-    d.backup_state_set = backup_state_set_;
-    d.components = components_;
-    d.set_id = set_id_;
     d.snapshots.clear();
     for (auto& s : snapshots_)
         d.snapshots.push_back(s.info);
@@ -197,11 +164,10 @@ backup_document_t backup_components_t::document() const {
 }
 
 HRESULT backup_components_t::SetContext(LONG lContext) {
-    auto outcome = host_->enter("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("SetContext", {std::to_wstring(static_cast<DWORD>(lContext))}))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (origin_ == origin::none || (origin_ == origin::fresh && set_id_) || context_set_)
+    if (origin_ == origin::none || (origin_ == origin::fresh && doc_.set_id) || context_set_)
         return VSS_E_BAD_STATE;
     const LONG attributes = VSS_VOLSNAP_ATTR_TRANSPORTABLE | VSS_VOLSNAP_ATTR_DIFFERENTIAL |
                             VSS_VOLSNAP_ATTR_PLEX | VSS_VOLSNAP_ATTR_NO_AUTORECOVERY;
@@ -212,15 +178,14 @@ HRESULT backup_components_t::SetContext(LONG lContext) {
                        base == VSS_CTX_CLIENT_ACCESSIBLE_WRITERS;
     if (!known)
         return E_INVALIDARG;
-    context_ = lContext;
+    doc_.context = lContext;
     context_set_ = true;
     return S_OK;
 }
 
 HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, UINT cClassId) {
-    auto outcome = host_->enter("EnableWriterClasses", {ids_text(rgWriterClassId, cClassId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("EnableWriterClasses", {ids_text(rgWriterClassId, cClassId)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
@@ -229,37 +194,26 @@ HRESULT backup_components_t::EnableWriterClasses(const VSS_ID* rgWriterClassId, 
     // Once the metadata is gathered the writers taking part are settled; the call is harmless.
     if (metadata_requested_)
         return S_OK;
-    if (!enabled_writers_)
-        enabled_writers_.emplace();
-    enabled_writers_->insert(enabled_writers_->end(), rgWriterClassId, rgWriterClassId + cClassId);
+    doc_.writers_restricted = true;
+    doc_.enabled_writers.insert(doc_.enabled_writers.end(), rgWriterClassId, rgWriterClassId + cClassId);
     return S_OK;
 }
 
 HRESULT backup_components_t::GatherWriterMetadata(IVssAsync** pAsync) {
-    auto outcome = host_->enter("GatherWriterMetadata");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("GatherWriterMetadata");
+    if (HRESULT hr = refusal(outcome, pAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pAsync)
-        return E_INVALIDARG;
     if (origin_ == origin::none || metadata_requested_)
         return VSS_E_BAD_STATE;
     metadata_requested_ = true;
-    return start({"GatherWriterMetadata",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_gathering_metadata),
-                  {}},
-                 pAsync);
+    return start("GatherWriterMetadata", outcome, pAsync, passing(metadata_ready_, writer_phase::identify));
 }
 
 HRESULT backup_components_t::GetWriterMetadataCount(UINT* pcWriters) {
-    auto outcome = host_->enter("GetWriterMetadataCount");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetWriterMetadataCount", {}, pcWriters))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pcWriters)
-        return E_INVALIDARG;
     if (!metadata_ready_)
         return VSS_E_BAD_STATE;
     *pcWriters = static_cast<UINT>(writers_in_play().size());
@@ -270,12 +224,11 @@ HRESULT backup_components_t::GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance
                                                IVssExamineWriterMetadata** ppMetadata) {
     std::lock_guard guard(mutex_);
     auto writers = writers_in_play();
-    auto outcome = host_->enter("GetWriterMetadata", {iWriter < writers.size() ? writers[iWriter]->name : L"",
-                                                      std::to_wstring(iWriter)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pidInstance || !ppMetadata)
-        return E_INVALIDARG;
+    if (HRESULT hr =
+            host_->refuse("GetWriterMetadata",
+                          {iWriter < writers.size() ? writers[iWriter]->name : L"", std::to_wstring(iWriter)},
+                          pidInstance && ppMetadata))
+        return hr;
     if (!metadata_ready_)
         return VSS_E_BAD_STATE;
     if (iWriter >= writers.size())
@@ -291,11 +244,10 @@ HRESULT backup_components_t::FreeWriterMetadata() {
 
 HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
                                           LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) {
-    const std::wstring name = text_of(wszComponentName);
-    const std::wstring logical_path = text_of(wszLogicalPath);
-    auto outcome = host_->enter("AddComponent", {name, guid_text(writerId), logical_path});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring name = text_or_empty(wszComponentName);
+    const std::wstring logical_path = text_or_empty(wszLogicalPath);
+    if (HRESULT hr = host_->refuse("AddComponent", {name, guid_text(writerId), logical_path}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ != origin::fresh || !metadata_ready_ || prepare_requested_)
         return VSS_E_BAD_STATE;
@@ -313,74 +265,57 @@ HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VS
     });
     if (component == components.end())
         return VSS_E_OBJECT_NOT_FOUND;
-    for (auto& added : components_)
+    for (auto& added : doc_.components)
         if (added.writer == writerId && iequals(added.name, name) &&
             iequals(added.logical_path, logical_path))
             return VSS_E_OBJECT_ALREADY_EXISTS;
-    components_.push_back({instanceId, writerId, ct, logical_path, component->name, std::nullopt});
+    doc_.components.push_back({instanceId, writerId, ct, logical_path, component->name, std::nullopt});
     return S_OK;
 }
 
 HRESULT backup_components_t::SetBackupState(boolean bSelectComponents, boolean bBackupBootableSystemState,
                                             VSS_BACKUP_TYPE backupType, boolean bPartialFileSupport) {
-    auto outcome = host_->enter("SetBackupState",
-                                {std::to_wstring(static_cast<int>(backupType)), flag_text(bSelectComponents),
-                                 flag_text(bBackupBootableSystemState), flag_text(bPartialFileSupport)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse(
+            "SetBackupState", {std::to_wstring(static_cast<int>(backupType)), flag_text(bSelectComponents),
+                               flag_text(bBackupBootableSystemState), flag_text(bPartialFileSupport)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || prepare_requested_)
         return VSS_E_BAD_STATE;
-    backup_state_set_ = true;
-    backup_state_.select_components = bSelectComponents;
-    backup_state_.bootable_system_state = bBackupBootableSystemState;
-    backup_state_.backup_type = backupType;
-    backup_state_.partial_file_support = bPartialFileSupport;
+    doc_.backup_state_set = true;
+    doc_.select_components = bSelectComponents;
+    doc_.bootable_system_state = bBackupBootableSystemState;
+    doc_.backup_type = backupType;
+    doc_.partial_file_support = bPartialFileSupport;
     return S_OK;
 }
 
 HRESULT backup_components_t::PrepareForBackup(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("PrepareForBackup");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("PrepareForBackup");
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
-    if (origin_ != origin::fresh || !metadata_ready_ || !backup_state_set_ || prepare_requested_)
+    if (origin_ != origin::fresh || !metadata_ready_ || !doc_.backup_state_set || prepare_requested_)
         return VSS_E_BAD_STATE;
     prepare_requested_ = true;
-    return start({"PrepareForBackup",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_prepare),
-                  {}},
-                 ppAsync);
+    return start("PrepareForBackup", outcome, ppAsync, passing(prepared_, writer_phase::prepare));
 }
 
 HRESULT backup_components_t::GatherWriterStatus(IVssAsync** pAsync) {
-    auto outcome = host_->enter("GatherWriterStatus");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("GatherWriterStatus");
+    if (HRESULT hr = refusal(outcome, pAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pAsync)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
-    return start({"GatherWriterStatus",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_gathering_status),
-                  {}},
-                 pAsync);
+    return start("GatherWriterStatus", outcome, pAsync,
+                 [this](HRESULT planned) { return finish_gathering_status(planned); });
 }
 
 HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
-    auto outcome = host_->enter("GetWriterStatusCount");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetWriterStatusCount", {}, pcWriters))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pcWriters)
-        return E_INVALIDARG;
     if (!statuses_ready_)
         return VSS_E_BAD_STATE;
     *pcWriters = static_cast<UINT>(statuses_.size());
@@ -388,9 +323,8 @@ HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
 }
 
 HRESULT backup_components_t::FreeWriterStatus() {
-    auto outcome = host_->enter("FreeWriterStatus");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("FreeWriterStatus"))
+        return hr;
     std::lock_guard guard(mutex_);
     statuses_ready_ = false;
     return S_OK;
@@ -400,13 +334,11 @@ HRESULT backup_components_t::GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, 
                                              BSTR* pbstrWriter, VSS_WRITER_STATE* pnStatus,
                                              HRESULT* phResultFailure) {
     std::lock_guard guard(mutex_);
-    auto outcome =
-        host_->enter("GetWriterStatus",
-                     {iWriter < statuses_.size() ? statuses_[iWriter].name : L"", std::to_wstring(iWriter)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pidInstance || !pidWriter || !pbstrWriter || !pnStatus || !phResultFailure)
-        return E_INVALIDARG;
+    if (HRESULT hr = host_->refuse(
+            "GetWriterStatus",
+            {iWriter < statuses_.size() ? statuses_[iWriter].name : L"", std::to_wstring(iWriter)},
+            pidInstance && pidWriter && pbstrWriter && pnStatus && phResultFailure))
+        return hr;
     if (!statuses_ready_)
         return VSS_E_BAD_STATE;
     if (iWriter >= statuses_.size())
@@ -423,15 +355,14 @@ HRESULT backup_components_t::GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, 
 HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE,
                                                 LPCWSTR wszLogicalPath, LPCWSTR wszComponentName,
                                                 boolean bSucceded) {
-    const std::wstring name = text_of(wszComponentName);
-    const std::wstring logical_path = text_of(wszLogicalPath);
-    auto outcome = host_->enter("SetBackupSucceeded", {name, flag_text(bSucceded)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring name = text_or_empty(wszComponentName);
+    const std::wstring logical_path = text_or_empty(wszLogicalPath);
+    if (HRESULT hr = host_->refuse("SetBackupSucceeded", {name, flag_text(bSucceded)}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
-    for (auto& c : components_) {
+    for (auto& c : doc_.components) {
         if (c.writer == writerId && c.instance == instanceId && iequals(c.name, name) &&
             iequals(c.logical_path, logical_path)) {
             c.succeeded = bSucceded != 0;
@@ -442,12 +373,9 @@ HRESULT backup_components_t::SetBackupSucceeded(VSS_ID instanceId, VSS_ID writer
 }
 
 HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
-    auto outcome = host_->enter("SaveAsXML");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("SaveAsXML", {}, pbstrXML))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pbstrXML)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     *pbstrXML = new_bstr(save_backup_document(document()));
@@ -455,27 +383,20 @@ HRESULT backup_components_t::SaveAsXML(BSTR* pbstrXML) {
 }
 
 HRESULT backup_components_t::BackupComplete(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("BackupComplete", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("BackupComplete", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
     if (!snapshot_done_ || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     complete_requested_ = true;
-    return start({"BackupComplete",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_backup),
-                  {}},
-                 ppAsync);
+    return start("BackupComplete", outcome, ppAsync,
+                 [this](HRESULT planned) { return finish_backup(planned); });
 }
 
 HRESULT backup_components_t::AbortBackup() {
-    auto outcome = host_->enter("AbortBackup", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("AbortBackup", {doc_.set_id ? guid_text(*doc_.set_id) : L""}))
+        return hr;
     std::lock_guard guard(mutex_);
     if (origin_ == origin::none || complete_requested_ || aborted_)
         return VSS_E_BAD_STATE;
@@ -487,12 +408,10 @@ HRESULT backup_components_t::AbortBackup() {
 
 HRESULT backup_components_t::GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
                                                           VSS_PWSZ* ppwszLogicalPrefix, BOOL) {
-    const std::wstring path = text_of(pwszFilePath);
-    auto outcome = host_->enter("GetRootAndLogicalPrefixPaths", {path});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!pwszFilePath || !ppwszRootPath || !ppwszLogicalPrefix)
-        return E_INVALIDARG;
+    const std::wstring path = text_or_empty(pwszFilePath);
+    if (HRESULT hr = host_->refuse("GetRootAndLogicalPrefixPaths", {path},
+                                   pwszFilePath && ppwszRootPath && ppwszLogicalPrefix))
+        return hr;
     auto loc = host_->locate(path);
     if (loc.kind == location_kind::share) {
         *ppwszRootPath = new_task_string(loc.share->root);

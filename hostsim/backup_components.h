@@ -18,11 +18,6 @@
 
 namespace hostsim {
 
-#define HOSTSIM_NOT_SIMULATED(...)                                                                           \
-    override {                                                                                               \
-        return E_NOTIMPL;                                                                                    \
-    }
-
 class backup_components_t final : public com_object_t<IVssBackupComponentsEx4> {
 public:
     explicit backup_components_t(std::shared_ptr<host_t> host);
@@ -68,63 +63,50 @@ public:
                                                            BOOL bNormalizeFQDNforRootPath) override;
 
     // Operations of the tables that the tool never calls.
-    HRESULT STDMETHODCALLTYPE GetWriterComponentsCount(UINT*) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterComponents(UINT, IVssWriterComponentsExt**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE InitializeForRestore(BSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreState(VSS_RESTORE_TYPE) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetBackupOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetSelectedForRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreOptions(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetAdditionalRestores(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetPreviousBackupStamp(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddAlternativeLocationMapping(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                                            LPCWSTR, LPCWSTR, boolean, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddRestoreSubcomponent(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
-                                                     LPCWSTR, boolean) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetFileRestoreStatus(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                                   VSS_FILE_RESTORE_STATUS) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddNewTarget(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
-                                           boolean, LPCWSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRangesFilePath(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PreRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PostRestore(IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DeleteSnapshots(VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE BreakSnapshotSet(VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE Query(VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DisableWriterClasses(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE DisableWriterInstances(const VSS_ID*, UINT) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE ExposeSnapshot(VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE RevertToSnapshot(VSS_ID, BOOL) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE QueryRevertStatus(VSS_PWSZ, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterMetadataEx(UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetSelectedForRestoreEx(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
-                                                      VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE UnexposeSnapshot(VSS_ID) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetAuthoritativeRestore(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRollForward(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                                             VSS_ROLLFORWARD_TYPE, LPCWSTR) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE SetRestoreName(VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-        HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE BreakSnapshotSetEx(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE PreFastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE FastRecovery(VSS_ID, DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetWriterStatusEx(UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
-                                                HRESULT*, BSTR*) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE AddSnapshotToRecoverySet(VSS_ID, DWORD, VSS_PWSZ) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE RecoverSet(DWORD, IVssAsync**) HOSTSIM_NOT_SIMULATED();
-    HRESULT STDMETHODCALLTYPE GetSessionId(VSS_ID*) HOSTSIM_NOT_SIMULATED();
+    HOSTSIM_NOT_SIMULATED(GetWriterComponentsCount, UINT*)
+    HOSTSIM_NOT_SIMULATED(GetWriterComponents, UINT, IVssWriterComponentsExt**)
+    HOSTSIM_NOT_SIMULATED(InitializeForRestore, BSTR)
+    HOSTSIM_NOT_SIMULATED(SetRestoreState, VSS_RESTORE_TYPE)
+    HOSTSIM_NOT_SIMULATED(SetBackupOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetSelectedForRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetRestoreOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetAdditionalRestores, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetPreviousBackupStamp, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(AddAlternativeLocationMapping, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                          LPCWSTR, LPCWSTR, boolean, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(AddRestoreSubcomponent, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
+                          LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetFileRestoreStatus, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
+                          VSS_FILE_RESTORE_STATUS)
+    HOSTSIM_NOT_SIMULATED(AddNewTarget, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
+                          boolean, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetRangesFilePath, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(PreRestore, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(PostRestore, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(DeleteSnapshots, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
+    HOSTSIM_NOT_SIMULATED(BreakSnapshotSet, VSS_ID)
+    HOSTSIM_NOT_SIMULATED(Query, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
+    HOSTSIM_NOT_SIMULATED(DisableWriterClasses, const VSS_ID*, UINT)
+    HOSTSIM_NOT_SIMULATED(DisableWriterInstances, const VSS_ID*, UINT)
+    HOSTSIM_NOT_SIMULATED(ExposeSnapshot, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
+    HOSTSIM_NOT_SIMULATED(RevertToSnapshot, VSS_ID, BOOL)
+    HOSTSIM_NOT_SIMULATED(QueryRevertStatus, VSS_PWSZ, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetWriterMetadataEx, UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
+    HOSTSIM_NOT_SIMULATED(SetSelectedForRestoreEx, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
+                          VSS_ID)
+    HOSTSIM_NOT_SIMULATED(UnexposeSnapshot, VSS_ID)
+    HOSTSIM_NOT_SIMULATED(SetAuthoritativeRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
+    HOSTSIM_NOT_SIMULATED(SetRollForward, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, VSS_ROLLFORWARD_TYPE,
+                          LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(SetRestoreName, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
+    HOSTSIM_NOT_SIMULATED(BreakSnapshotSetEx, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(PreFastRecovery, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(FastRecovery, VSS_ID, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetWriterStatusEx, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
+                          HRESULT*, BSTR*)
+    HOSTSIM_NOT_SIMULATED(AddSnapshotToRecoverySet, VSS_ID, DWORD, VSS_PWSZ)
+    HOSTSIM_NOT_SIMULATED(RecoverSet, DWORD, IVssAsync**)
+    HOSTSIM_NOT_SIMULATED(GetSessionId, VSS_ID*)
 
 private:
     enum class origin { none, fresh, document };
@@ -137,23 +119,22 @@ private:
     };
 
     bool answers_to(REFIID riid) const override;
-    bool transportable_context() const { return (context_ & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
+    bool transportable_context() const { return (doc_.context & VSS_VOLSNAP_ATTR_TRANSPORTABLE) != 0; }
     std::vector<const writer_t*> writers_in_play() const;
     backup_document_t document() const;
-    void take_over(const backup_document_t& document);
-    HRESULT start(async_plan_t plan, IVssAsync** out);
-
-    std::function<HRESULT(HRESULT)> on_finish(HRESULT (backup_components_t::*step)(HRESULT));
-    std::function<void()> on_cancel(void (backup_components_t::*step)());
-    HRESULT finish_gathering_metadata(HRESULT planned);
-    HRESULT finish_prepare(HRESULT planned);
+    // Hands out the call's operation; finish (or cancel) runs under the object's lock when it
+    // ends, if the object is still there.
+    HRESULT start(const char* op, const call_outcome_t& outcome, IVssAsync** out,
+                  std::function<HRESULT(HRESULT)> finish, std::function<void()> cancel = {});
+    // The finish of an operation that takes the writers through a phase and marks it done.
+    std::function<HRESULT(HRESULT)> passing(bool& done, writer_phase phase);
     HRESULT finish_gathering_status(HRESULT planned);
     HRESULT finish_backup(HRESULT planned);
     HRESULT finish_snapshot_set(HRESULT planned);
-    void cancel_snapshot_set();
-    void discard_owned_snapshots();
+    // Ends the shadow copies the object owns: all of them when a creation fails, all but the
+    // transportable ones made here when the object is released.
+    void end_owned_snapshots(bool released);
     HRESULT finish_import(HRESULT planned);
-    void release_snapshots();
     // The creation lock goes when DoSnapshotSet has ended, or with an abort or the object.
     void end_creation_if_held();
     // What the end of the job, whichever way it ends, does to the host.
@@ -171,21 +152,17 @@ private:
     std::shared_ptr<link_t> link_;
     std::mutex mutex_;
     origin origin_ = origin::none;
-    std::filesystem::path document_host_dir_;
-    LONG context_ = VSS_CTX_BACKUP;
+    // What the object's document holds: context, writers, backup state, components, set; the
+    // host directory is that of the document the object was made from.
+    backup_document_t doc_;
     bool context_set_ = false;
-    std::optional<std::vector<GUID>> enabled_writers_;
-    bool backup_state_set_ = false;
-    backup_document_t backup_state_; // the flags of SetBackupState
     bool metadata_requested_ = false;
     bool metadata_ready_ = false;
     bool statuses_ready_ = false;
     std::vector<writer_status_t> statuses_;
     writer_states_t writer_states_;
-    std::vector<selected_component_t> components_;
     bool prepare_requested_ = false;
     bool prepared_ = false;
-    std::optional<GUID> set_id_;
     std::vector<snapshot_t> snapshots_;
     bool snapshot_requested_ = false;
     bool snapshot_done_ = false;
@@ -194,7 +171,5 @@ private:
     bool aborted_ = false;
     bool holds_creation_ = false;
 };
-
-#undef HOSTSIM_NOT_SIMULATED
 
 } // namespace hostsim

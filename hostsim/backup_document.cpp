@@ -21,14 +21,6 @@ void put(pugi::xml_node node, const char* name, const std::wstring& value) {
     node.append_attribute(name) = to_utf8(value).c_str();
 }
 
-void put_guid(pugi::xml_node node, const char* name, const GUID& id) {
-    put(node, name, guid_text(id));
-}
-
-void put_bool(pugi::xml_node node, const char* name, bool value) {
-    node.append_attribute(name) = value ? "true" : "false";
-}
-
 std::wstring text(const pugi::xml_node& node, const char* name) {
     return from_utf8(node.attribute(name).value());
 }
@@ -84,33 +76,33 @@ std::wstring save_backup_document(const backup_document_t& d) {
     root.append_attribute("context") = static_cast<long long>(d.context);
     if (d.backup_state_set) {
         auto state = root.append_child("BackupState");
-        put_bool(state, "selectComponents", d.select_components);
-        put_bool(state, "bootableSystemState", d.bootable_system_state);
+        state.append_attribute("selectComponents") = d.select_components;
+        state.append_attribute("bootableSystemState") = d.bootable_system_state;
         state.append_attribute("type") = static_cast<int>(d.backup_type);
-        put_bool(state, "partialFileSupport", d.partial_file_support);
+        state.append_attribute("partialFileSupport") = d.partial_file_support;
     }
     if (d.writers_restricted) {
         auto enabled = root.append_child("EnabledWriters");
         for (auto& id : d.enabled_writers)
-            put_guid(enabled.append_child("Writer"), "id", id);
+            put(enabled.append_child("Writer"), "id", guid_text(id));
     }
     for (auto& c : d.components) {
         auto node = root.append_child("Component");
-        put_guid(node, "writer", c.writer);
-        put_guid(node, "instance", c.instance);
+        put(node, "writer", guid_text(c.writer));
+        put(node, "instance", guid_text(c.instance));
         node.append_attribute("type") = static_cast<int>(c.type);
         put(node, "logicalPath", c.logical_path);
         put(node, "name", c.name);
         if (c.succeeded)
-            put_bool(node, "succeeded", *c.succeeded);
+            node.append_attribute("succeeded") = *c.succeeded;
     }
     if (d.set_id) {
         auto set = root.append_child("SnapshotSet");
-        put_guid(set, "id", *d.set_id);
+        put(set, "id", guid_text(*d.set_id));
         for (auto& s : d.snapshots) {
             auto node = set.append_child("Snapshot");
-            put_guid(node, "id", s.snapshot_id);
-            put_guid(node, "provider", s.provider_id);
+            put(node, "id", guid_text(s.snapshot_id));
+            put(node, "provider", guid_text(s.provider_id));
             put(node, "volume", s.volume_name);
             node.append_attribute("number") = s.number;
             node.append_attribute("attributes") = s.attributes;

@@ -54,36 +54,23 @@ bool move_shadow_data(const fs::path& from, const fs::path& to) {
     return true;
 }
 
-void erase_record(std::vector<shadow_record_t>& records, unsigned number) {
-    records.erase(std::remove_if(records.begin(), records.end(),
-                                 [&](const shadow_record_t& r) { return r.number == number; }),
-                  records.end());
-}
-
-// The record of a shadow copy of the set, owned by this process.
-shadow_record_t owned_record(const set_snapshot_t& info, const VSS_ID& set_id) {
-    return {info.number,    info.snapshot_id, set_id,       info.provider_id, info.volume_name,
-            this_process(), info.attributes,  info.created, info.machine};
-}
-
-// Removes a shadow copy's data and its record; the caller holds the state's lock and saves the records.
-void remove_shadow(const state_store_t& state, std::vector<shadow_record_t>& records, unsigned number) {
-    state.remove_shadow_data(number);
-    erase_record(records, number);
+// Records a shadow copy of the set as this process's; the caller holds the state's lock.
+void record_owned(const state_store_t& state, const set_snapshot_t& info, const VSS_ID& set_id) {
+    auto records = state.shadows();
+    records.push_back({info.number, info.snapshot_id, set_id, info.provider_id, info.volume_name,
+                       this_process(), info.attributes, info.created, info.machine});
+    state.save_shadows(records);
 }
 
 } // namespace
 
 HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
-    auto outcome = host_->enter("StartSnapshotSet");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("StartSnapshotSet", {}, pSnapshotSetId))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pSnapshotSetId)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
-    if (set_id_)
+    if (doc_.set_id)
         return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
     const GUID set_id = new_guid();
     if (const state_store_t* state = host_->state()) {
@@ -91,20 +78,18 @@ HRESULT backup_components_t::StartSnapshotSet(VSS_ID* pSnapshotSetId) {
             return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
         holds_creation_ = true;
     }
-    set_id_ = set_id;
-    *pSnapshotSetId = *set_id_;
+    doc_.set_id = set_id;
+    *pSnapshotSetId = *doc_.set_id;
     return S_OK;
 }
 
 HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszVolumeName,
                                                BOOL* pbSupportedByThisProvider) {
-    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
-    auto outcome = host_->enter("IsVolumeSupported", {volume, guid_text(ProviderId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring volume = text_or_empty(pwszVolumeName);
+    if (HRESULT hr = host_->refuse("IsVolumeSupported", {volume, guid_text(ProviderId)},
+                                   names_a_volume(pwszVolumeName) && pbSupportedByThisProvider))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!names_a_volume(pwszVolumeName) || !pbSupportedByThisProvider)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     auto target = host_->find_target(volume);
@@ -125,14 +110,12 @@ HRESULT backup_components_t::IsVolumeSupported(VSS_ID ProviderId, VSS_PWSZ pwszV
 
 HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID ProviderId,
                                               VSS_ID* pidSnapshot) {
-    const std::wstring volume = pwszVolumeName ? pwszVolumeName : L"";
-    auto outcome = host_->enter("AddToSnapshotSet", {volume, guid_text(ProviderId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const std::wstring volume = text_or_empty(pwszVolumeName);
+    if (HRESULT hr = host_->refuse("AddToSnapshotSet", {volume, guid_text(ProviderId)},
+                                   names_a_volume(pwszVolumeName) && pidSnapshot))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!names_a_volume(pwszVolumeName) || !pidSnapshot)
-        return E_INVALIDARG;
-    if (origin_ != origin::fresh || !set_id_ || snapshot_requested_)
+    if (origin_ != origin::fresh || !doc_.set_id || snapshot_requested_)
         return VSS_E_BAD_STATE;
     if (snapshots_.size() >= max_volumes_in_set)
         return VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED;
@@ -140,7 +123,7 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     if (!target)
         return VSS_E_OBJECT_NOT_FOUND;
     if (target.volume && target.volume->csv && host_->state() &&
-        csv_volume_held_elsewhere(*host_->state(), target.volume->name, *set_id_))
+        csv_volume_held_elsewhere(*host_->state(), target.volume->name, *doc_.set_id))
         return VSS_E_SNAPSHOT_SET_IN_PROGRESS;
     const provider_t* provider = nullptr;
     if (ProviderId != GUID_NULL) {
@@ -158,15 +141,15 @@ HRESULT backup_components_t::AddToSnapshotSet(VSS_PWSZ pwszVolumeName, VSS_ID Pr
     } else if (!provider_supports(*provider, target, transportable_context())) {
         return VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER;
     }
-    snapshot_t s;
-    s.info.snapshot_id = new_guid();
-    s.info.provider_id = provider->id;
-    s.info.volume_name = target.unique_name();
-    s.info.attributes = snapshot_attributes(context_, *provider, target);
-    s.info.machine = host_->model().name;
-    s.target = target;
-    snapshots_.push_back(s);
-    *pidSnapshot = s.info.snapshot_id;
+    const set_snapshot_t info{new_guid(),
+                              provider->id,
+                              target.unique_name(),
+                              0,
+                              snapshot_attributes(doc_.context, *provider, target),
+                              0,
+                              host_->model().name};
+    snapshots_.push_back({info, target, false});
+    *pidSnapshot = info.snapshot_id;
     return S_OK;
 }
 
@@ -178,9 +161,7 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
     {
         auto lock = state->lock();
         s.info.number = state->allocate_shadow_number();
-        auto records = state->shadows();
-        records.push_back(owned_record(s.info, *set_id_));
-        state->save_shadows(records);
+        record_owned(*state, s.info, *doc_.set_id);
     }
     s.owned = true;
     return !copy_tree_point_in_time(s.target.data_dir(), state->shadow_dir(s.info.number),
@@ -188,31 +169,29 @@ bool backup_components_t::make_shadow_copy(snapshot_t& s) {
 }
 
 HRESULT backup_components_t::DoSnapshotSet(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("DoSnapshotSet", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    auto outcome = host_->enter("DoSnapshotSet", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
-    if (origin_ != origin::fresh || !set_id_ || !prepared_ || snapshot_requested_ || aborted_)
+    if (origin_ != origin::fresh || !doc_.set_id || !prepared_ || snapshot_requested_ || aborted_)
         return VSS_E_BAD_STATE;
     snapshot_requested_ = true;
     // The copies are taken now, at the call: what changes later is not in them.
-    HRESULT status = outcome.status.value_or(VSS_S_ASYNC_FINISHED);
     for (auto& s : snapshots_)
-        if (!make_shadow_copy(s) && SUCCEEDED(status))
-            status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
-    return start({"DoSnapshotSet", status, outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_snapshot_set),
-                  on_cancel(&backup_components_t::cancel_snapshot_set)},
-                 ppAsync);
+        if (!make_shadow_copy(s) && SUCCEEDED(outcome.status.value_or(S_OK)))
+            outcome.status = VSS_E_UNEXPECTED_PROVIDER_ERROR;
+    return start(
+        "DoSnapshotSet", outcome, ppAsync, [this](HRESULT planned) { return finish_snapshot_set(planned); },
+        [this] {
+            end_creation_if_held();
+            end_owned_snapshots(false);
+        });
 }
 
 HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     end_creation_if_held();
     if (FAILED(planned)) {
-        discard_owned_snapshots();
+        end_owned_snapshots(false);
         return planned;
     }
     snapshot_done_ = true;
@@ -220,29 +199,7 @@ HRESULT backup_components_t::finish_snapshot_set(HRESULT planned) {
     return planned;
 }
 
-void backup_components_t::cancel_snapshot_set() {
-    std::lock_guard guard(mutex_);
-    end_creation_if_held();
-    discard_owned_snapshots();
-}
-
-void backup_components_t::discard_owned_snapshots() {
-    const state_store_t* state = host_->state();
-    if (!state)
-        return;
-    auto lock = state->lock();
-    auto records = state->shadows();
-    for (auto& s : snapshots_) {
-        if (!s.owned)
-            continue;
-        remove_shadow(*state, records, s.info.number);
-        s.owned = false;
-        s.info.number = 0;
-    }
-    state->save_shadows(records);
-}
-
-void backup_components_t::release_snapshots() {
+void backup_components_t::end_owned_snapshots(bool released) {
     const state_store_t* state = host_->state();
     if (!state ||
         std::none_of(snapshots_.begin(), snapshots_.end(), [](const snapshot_t& s) { return s.owned; }))
@@ -252,16 +209,17 @@ void backup_components_t::release_snapshots() {
     for (auto& s : snapshots_) {
         if (!s.owned)
             continue;
-        // A transportable copy made here waits for its import; everything else ends now.
-        bool waits_for_import =
-            origin_ == origin::fresh && (s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE);
-        if (waits_for_import) {
+        // A transportable copy made here outlives the object and waits for its import.
+        if (released && origin_ == origin::fresh && (s.info.attributes & VSS_VOLSNAP_ATTR_TRANSPORTABLE)) {
             for (auto& r : records)
                 if (r.number == s.info.number)
                     r.owner = {};
             continue;
         }
-        remove_shadow(*state, records, s.info.number);
+        state->remove_shadow_data(s.info.number);
+        std::erase_if(records, [&](const shadow_record_t& r) { return r.number == s.info.number; });
+        s.owned = false;
+        s.info.number = 0;
     }
     state->save_shadows(records);
 }
@@ -269,7 +227,7 @@ void backup_components_t::release_snapshots() {
 void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSHOT_PROP& prop) const {
     prop = VSS_SNAPSHOT_PROP{};
     prop.m_SnapshotId = info.snapshot_id;
-    prop.m_SnapshotSetId = set_id_.value_or(GUID_NULL);
+    prop.m_SnapshotSetId = doc_.set_id.value_or(GUID_NULL);
     prop.m_lSnapshotsCount = static_cast<LONG>(snapshots_.size());
     prop.m_pwszSnapshotDeviceObject =
         new_property_string(std::wstring(shadow_device_prefix) + std::to_wstring(info.number));
@@ -283,12 +241,9 @@ void backup_components_t::fill_properties(const set_snapshot_t& info, VSS_SNAPSH
 }
 
 HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSHOT_PROP* pProp) {
-    auto outcome = host_->enter("GetSnapshotProperties", {guid_text(SnapshotId)});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    if (HRESULT hr = host_->refuse("GetSnapshotProperties", {guid_text(SnapshotId)}, pProp))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!pProp)
-        return E_INVALIDARG;
     if (origin_ == origin::none)
         return VSS_E_BAD_STATE;
     for (auto& s : snapshots_) {
@@ -314,35 +269,28 @@ HRESULT backup_components_t::GetSnapshotProperties(VSS_ID SnapshotId, VSS_SNAPSH
 }
 
 HRESULT backup_components_t::ImportSnapshots(IVssAsync** ppAsync) {
-    auto outcome = host_->enter("ImportSnapshots", {set_id_ ? guid_text(*set_id_) : L""});
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
+    const auto outcome = host_->enter("ImportSnapshots", {doc_.set_id ? guid_text(*doc_.set_id) : L""});
+    if (HRESULT hr = refusal(outcome, ppAsync))
+        return hr;
     std::lock_guard guard(mutex_);
-    if (!ppAsync)
-        return E_INVALIDARG;
-    if (origin_ != origin::document || !set_id_ || import_requested_ || !host_->state())
+    if (origin_ != origin::document || !doc_.set_id || import_requested_ || !host_->state())
         return VSS_E_BAD_STATE;
     import_requested_ = true;
-    return start({"ImportSnapshots",
-                  outcome.status.value_or(VSS_S_ASYNC_FINISHED),
-                  outcome.delay_ms,
-                  on_finish(&backup_components_t::finish_import),
-                  {}},
-                 ppAsync);
+    return start("ImportSnapshots", outcome, ppAsync,
+                 [this](HRESULT planned) { return finish_import(planned); });
 }
 
 // Takes each transportable copy of the set away from the host that made it (which may be
 // this one) and makes it a shadow copy of this host, owned by this object.
 HRESULT backup_components_t::finish_import(HRESULT planned) {
-    std::lock_guard guard(mutex_);
     if (FAILED(planned))
         return planned;
     const state_store_t& here = *host_->state();
     std::error_code ec;
-    const bool same_host = fs::equivalent(document_host_dir_, host_->dir(), ec);
+    const bool same_host = fs::equivalent(doc_.host_dir, host_->dir(), ec);
     std::unique_ptr<state_store_t> other;
     if (!same_host)
-        other = std::make_unique<state_store_t>(document_host_dir_);
+        other = std::make_unique<state_store_t>(doc_.host_dir);
     const state_store_t& source = same_host ? here : *other;
 
     std::size_t wanted = 0, imported = 0;
@@ -363,16 +311,14 @@ HRESULT backup_components_t::finish_import(HRESULT planned) {
                 continue;
             source.journal("TransportShadowCopy", {std::to_wstring(found->number), s.info.volume_name,
                                                    from_utf8(host_->dir().string())});
-            erase_record(records, found->number);
+            records.erase(found);
             source.save_shadows(records);
         }
         auto lock = here.lock();
         s.info.number = here.allocate_shadow_number();
         s.info.attributes |= VSS_VOLSNAP_ATTR_IMPORTED;
         fs::rename(staging, here.shadow_dir(s.info.number), ec);
-        auto records = here.shadows();
-        records.push_back(owned_record(s.info, *set_id_));
-        here.save_shadows(records);
+        record_owned(here, s.info, *doc_.set_id);
         s.owned = true;
         ++imported;
     }

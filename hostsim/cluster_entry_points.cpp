@@ -36,7 +36,7 @@ DWORD give_text(const std::wstring& text, LPWSTR buffer, LPDWORD length) {
 
 BOOL ClusterIsPathOnSharedVolume(LPCWSTR lpszPathName) {
     auto host = hostsim::current_host();
-    const std::wstring path = lpszPathName ? lpszPathName : L"";
+    const std::wstring path = hostsim::text_or_empty(lpszPathName);
     if (refusal_of(host->enter("ClusterIsPathOnSharedVolume", {path})))
         return FALSE;
     return on_shared_volume(host->locate(path)) ? TRUE : FALSE;
@@ -46,7 +46,7 @@ DWORD ClusterPrepareSharedVolumeForBackup(LPCWSTR lpszFileName, LPWSTR lpszVolum
                                           LPDWORD lpcchVolumePathName, LPWSTR lpszVolumeName,
                                           LPDWORD lpcchVolumeName) {
     auto host = hostsim::current_host();
-    const std::wstring path = lpszFileName ? lpszFileName : L"";
+    const std::wstring path = hostsim::text_or_empty(lpszFileName);
     if (auto refusal = refusal_of(host->enter("ClusterPrepareSharedVolumeForBackup", {path})))
         return *refusal;
     if (!lpszFileName || !lpszVolumePathName || !lpcchVolumePathName || !lpszVolumeName || !lpcchVolumeName)
@@ -66,7 +66,7 @@ DWORD ClusterPrepareSharedVolumeForBackup(LPCWSTR lpszFileName, LPWSTR lpszVolum
 
 DWORD ClusterClearBackupStateForSharedVolume(LPCWSTR lpszVolumePathName) {
     auto host = hostsim::current_host();
-    const std::wstring path = lpszVolumePathName ? lpszVolumePathName : L"";
+    const std::wstring path = hostsim::text_or_empty(lpszVolumePathName);
     if (auto refusal = refusal_of(host->enter("ClusterClearBackupStateForSharedVolume", {path})))
         return *refusal;
     if (!lpszVolumePathName)

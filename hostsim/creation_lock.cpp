@@ -24,12 +24,8 @@ bool take_creation(const state_store_t& state, const GUID& set_id) {
 void end_creation(const state_store_t& state, const GUID& set_id) {
     auto lock = state.lock();
     auto creations = state.creations();
-    auto end = std::remove_if(creations.begin(), creations.end(),
-                              [&](const creation_record_t& c) { return c.set_id == set_id; });
-    if (end == creations.end())
-        return;
-    creations.erase(end, creations.end());
-    state.save_creations(creations);
+    if (std::erase_if(creations, [&](const creation_record_t& c) { return c.set_id == set_id; }))
+        state.save_creations(creations);
 }
 
 std::optional<GUID> creation_of_this_process(const state_store_t& state) {

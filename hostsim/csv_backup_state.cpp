@@ -62,35 +62,32 @@ void clear_csv_volume(const state_store_t& state, const std::wstring& volume_nam
     state.save_csv_volumes(volumes);
 }
 
+// Each volume that leaves the backup state is journalled as it goes.
 void end_csv_backup_state(const state_store_t& state, const GUID& set_id) {
     auto lock = state.lock();
     auto volumes = state.csv_volumes();
-    auto ended = std::stable_partition(volumes.begin(), volumes.end(), [&](const csv_state_t& v) {
-        return std::none_of(v.preparations.begin(), v.preparations.end(),
-                            [&](const csv_preparation_t& p) { return p.set_id == set_id; });
-    });
-    if (ended == volumes.end())
-        return;
-    for (auto it = ended; it != volumes.end(); ++it)
-        state.journal("CsvBackupStateEnded", {it->volume_name, guid_text(set_id)});
-    volumes.erase(ended, volumes.end());
-    state.save_csv_volumes(volumes);
+    if (std::erase_if(volumes, [&](const csv_state_t& v) {
+            const bool ended = std::any_of(v.preparations.begin(), v.preparations.end(),
+                                           [&](const csv_preparation_t& p) { return p.set_id == set_id; });
+            if (ended)
+                state.journal("CsvBackupStateEnded", {v.volume_name, guid_text(set_id)});
+            return ended;
+        }))
+        state.save_csv_volumes(volumes);
 }
 
 void end_csv_backup_states_of_dead_processes(const state_store_t& state) {
     auto lock = state.lock();
     auto volumes = state.csv_volumes();
-    auto abandoned = std::stable_partition(volumes.begin(), volumes.end(), [](const csv_state_t& v) {
-        return std::any_of(v.preparations.begin(), v.preparations.end(),
-                           [](const csv_preparation_t& p) { return is_alive(p.owner); });
-    });
-    if (abandoned == volumes.end())
-        return;
-    for (auto it = abandoned; it != volumes.end(); ++it)
-        state.journal("RemoveAbandonedCsvBackupState",
-                      {it->volume_name, sets_of(*it), L"owner " + owners_of(*it) + L" is gone"});
-    volumes.erase(abandoned, volumes.end());
-    state.save_csv_volumes(volumes);
+    if (std::erase_if(volumes, [&](const csv_state_t& v) {
+            const bool abandoned = std::none_of(v.preparations.begin(), v.preparations.end(),
+                                                [](const csv_preparation_t& p) { return is_alive(p.owner); });
+            if (abandoned)
+                state.journal("RemoveAbandonedCsvBackupState",
+                              {v.volume_name, sets_of(v), L"owner " + owners_of(v) + L" is gone"});
+            return abandoned;
+        }))
+        state.save_csv_volumes(volumes);
 }
 
 bool csv_volume_held_elsewhere(const state_store_t& state, const std::wstring& volume_name,

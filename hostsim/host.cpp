@@ -3,9 +3,11 @@
 #include "hostsim/csv_backup_state.h"
 #include "hostsim/wide_text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <tuple>
 
 namespace hostsim {
 
@@ -16,9 +18,7 @@ namespace {
 // One spelling for every Windows form: '\' only, the long-path and device prefixes of
 // drive letters and UNC paths taken off.
 std::wstring windows_form(std::wstring p) {
-    for (auto& c : p)
-        if (c == L'/')
-            c = L'\\';
+    std::replace(p.begin(), p.end(), L'/', L'\\');
     if (istarts_with(p, L"\\\\?\\UNC\\"))
         return L"\\\\" + p.substr(8);
     if ((istarts_with(p, L"\\\\?\\") || istarts_with(p, L"\\\\.\\")) && p.size() >= 6 && p[5] == L':')
@@ -65,20 +65,6 @@ void keep_longest(location_t& best, location_t candidate) {
         best = std::move(candidate);
 }
 
-std::vector<std::wstring> split_rest(const std::wstring& rest) {
-    std::vector<std::wstring> parts;
-    std::size_t start = 0;
-    while (start <= rest.size()) {
-        std::size_t end = rest.find(L'\\', start);
-        if (end == std::wstring::npos)
-            end = rest.size();
-        if (end > start)
-            parts.push_back(rest.substr(start, end - start));
-        start = end + 1;
-    }
-    return parts;
-}
-
 std::optional<std::string> name_in_dir_ignoring_case(const fs::path& dir, const std::wstring& name) {
     std::error_code ec;
     for (fs::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
@@ -95,7 +81,7 @@ fs::path resolve_below(const fs::path& base, const std::wstring& rest) {
     fs::path result = base;
     std::size_t depth = 0;
     bool lost = false; // below a name that doesn't exist nothing is looked up any more
-    for (auto& part : split_rest(rest)) {
+    for (auto& part : split_text(rest, L'\\')) {
         if (part == L".")
             continue;
         if (part == L"..") {
@@ -190,11 +176,8 @@ std::optional<fs::path> host_t::map_path(const std::wstring& windows_path) const
     auto loc = locate(windows_path);
     switch (loc.kind) {
     case location_kind::native: {
-        std::wstring p = loc.rest;
-        for (auto& c : p)
-            if (c == L'\\')
-                c = L'/';
-        return fs::path(to_utf8(p));
+        std::replace(loc.rest.begin(), loc.rest.end(), L'\\', L'/');
+        return fs::path(to_utf8(loc.rest));
     }
     case location_kind::volume:
         return resolve_below(loc.volume->dir, loc.rest);
@@ -212,17 +195,21 @@ std::optional<fs::path> host_t::map_path(const std::wstring& windows_path) const
 
 snapshot_target_t host_t::find_target(const std::wstring& name) const {
     const std::wstring wanted = with_trailing_backslash(windows_form(name));
-    for (auto& v : model_.volumes) {
-        if (iequals(v.name, wanted))
+    for (auto& v : model_.volumes)
+        if (snapshot_target_t{&v, nullptr}.named_by(wanted))
             return {&v, nullptr};
-        for (auto& mount : v.mounts)
-            if (iequals(mount, wanted))
-                return {&v, nullptr};
-    }
     for (auto& s : model_.shares)
-        if (iequals(s.root, wanted) || iequals(s.unc, wanted))
+        if (snapshot_target_t{nullptr, &s}.named_by(wanted))
             return {nullptr, &s};
     return {};
+}
+
+bool snapshot_target_t::named_by(const std::wstring& name) const {
+    if (share)
+        return iequals(name, share->root) || iequals(name, share->unc);
+    return volume && (iequals(name, volume->name) ||
+                      std::any_of(volume->mounts.begin(), volume->mounts.end(),
+                                  [&](const std::wstring& mount) { return iequals(name, mount); }));
 }
 
 const provider_t* host_t::find_provider(const GUID& id) const {
@@ -248,9 +235,8 @@ std::optional<std::wstring> host_t::environment_variable(const std::wstring& nam
 std::shared_ptr<host_t> current_host() {
     static std::mutex mutex;
     static std::shared_ptr<host_t> cached;
-    static std::string cached_dir;
-    static fs::file_time_type cached_time;
-    static std::uintmax_t cached_size = 0;
+    // The host's folder and its host.xml's time and size when it was read.
+    static std::tuple<std::string, fs::file_time_type, std::uintmax_t> cached_key;
 
     const char* dir = std::getenv("MIRRACK_HOST");
     std::lock_guard guard(mutex);
@@ -262,12 +248,11 @@ std::shared_ptr<host_t> current_host() {
     const fs::path file = fs::path(dir) / "host.xml";
     auto time = fs::last_write_time(file, ec);
     auto size = ec ? 0 : fs::file_size(file, ec);
-    if (cached && cached_dir == dir && cached_time == time && cached_size == size)
-        return cached;
-    cached = host_t::open(dir);
-    cached_dir = dir;
-    cached_time = time;
-    cached_size = size;
+    auto key = std::make_tuple(std::string(dir), time, size);
+    if (!cached || key != cached_key) {
+        cached = host_t::open(dir);
+        cached_key = std::move(key);
+    }
     return cached;
 }
 

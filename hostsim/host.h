@@ -43,6 +43,8 @@ struct snapshot_target_t {
     bool same_as(const snapshot_target_t& other) const {
         return volume == other.volume && share == other.share;
     }
+    // By its unique name, a mount point or the share's UNC path, with the trailing backslash.
+    bool named_by(const std::wstring& name) const;
 };
 
 // What a simulated call is to do: go on, or fail with the HRESULT of a fault (or of an
@@ -53,6 +55,12 @@ struct call_outcome_t {
     std::optional<HRESULT> status;
     unsigned delay_ms = 0;
 };
+
+// What a call answers before it does anything: the HRESULT of a fault (or of an unusable host),
+// then E_INVALIDARG for bad arguments; S_OK when it goes on.
+inline HRESULT refusal(const call_outcome_t& outcome, bool arguments_ok = true) {
+    return outcome.refusal != S_OK ? outcome.refusal : arguments_ok ? S_OK : E_INVALIDARG;
+}
 
 class host_t {
 public:
@@ -73,6 +81,10 @@ public:
 
     // Journals a simulated call and looks up its fault; the first argument is the main one.
     call_outcome_t enter(const char* op, const std::vector<std::wstring>& args = {});
+    // Enters a call that needs nothing of its outcome but the refusal.
+    HRESULT refuse(const char* op, const std::vector<std::wstring>& args = {}, bool arguments_ok = true) {
+        return refusal(enter(op, args), arguments_ok);
+    }
 
     location_t locate(const std::wstring& windows_path) const;
     std::optional<std::filesystem::path> map_path(const std::wstring& windows_path) const;

@@ -46,13 +46,9 @@ std::optional<std::wstring> volume_path_name(const std::wstring& path) {
 std::optional<std::wstring> volume_name_for_mount_point(const std::wstring& mount_point) {
     if (mount_point.empty() || mount_point.back() != L'\\')
         return std::nullopt;
-    for (auto& v : current_host()->model().volumes) {
-        if (iequals(v.name, mount_point))
+    for (auto& v : current_host()->model().volumes)
+        if (snapshot_target_t{&v, nullptr}.named_by(mount_point))
             return v.name;
-        for (auto& mount : v.mounts)
-            if (iequals(mount, mount_point))
-                return v.name;
-    }
     return std::nullopt;
 }
 

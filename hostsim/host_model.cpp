@@ -1,5 +1,6 @@
 #include "hostsim/host_model.h"
 
+#include "compat/unique_fd_posix.h"
 #include "hostsim/wide_text.h"
 
 #include <pugixml.hpp>
@@ -24,32 +25,25 @@ struct model_error : std::runtime_error {
 
 // The bytes of a file, or the errno of the failure: a folder, say, opens but cannot be read.
 std::variant<std::string, int> read_whole_file(const std::filesystem::path& file) {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
+    const compat::unique_fd_t fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid())
         return errno;
     std::string bytes;
     char buffer[65536];
     for (;;) {
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0) {
-            const int error = got < 0 ? errno : 0;
-            ::close(fd);
-            if (error != 0)
-                return error;
+        const ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
+        if (got == 0)
             return bytes;
-        }
-        bytes.append(buffer, static_cast<std::size_t>(got));
+        if (got > 0)
+            bytes.append(buffer, static_cast<std::size_t>(got));
+        else if (errno != EINTR)
+            return errno;
     }
 }
 
-std::string where(const pugi::xml_node& node) {
-    return "<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug());
-}
-
 [[noreturn]] void complain(const pugi::xml_node& node, const std::string& what) {
-    throw model_error(where(node) + ": " + what);
+    throw model_error("<" + std::string(node.name()) + "> at offset " + std::to_string(node.offset_debug()) +
+                      ": " + what);
 }
 
 std::wstring text_of(const pugi::xml_node& node, const char* attribute) {
@@ -90,25 +84,11 @@ bool optional_bool(const pugi::xml_node& node, const char* attribute) {
     return iequals(v, L"true") || v == L"1";
 }
 
-std::vector<std::wstring> split_list(const std::wstring& text) {
-    std::vector<std::wstring> items;
-    std::size_t start = 0;
-    while (start <= text.size()) {
-        std::size_t end = text.find(L';', start);
-        if (end == std::wstring::npos)
-            end = text.size();
-        if (end > start)
-            items.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return items;
-}
-
 volume_t read_volume(const pugi::xml_node& node, const std::filesystem::path& host_dir) {
     volume_t v;
     v.name = with_trailing_backslash(required_text(node, "name"));
     v.dir = host_dir / required_text(node, "dir");
-    for (auto& mount : split_list(required_text(node, "mount")))
+    for (auto& mount : split_text(required_text(node, "mount"), L';'))
         v.mounts.push_back(with_trailing_backslash(mount));
     if (v.mounts.empty())
         complain(node, "a volume needs at least one mount point");
@@ -137,27 +117,29 @@ T required_choice(const pugi::xml_node& node, const char* attribute,
     complain(node, std::string("unknown ") + what + " '" + to_utf8(text) + "'");
 }
 
-provider_kind read_provider_kind(const pugi::xml_node& node) {
+provider_t read_provider(const pugi::xml_node& node) {
+    provider_t p;
+    p.id = required_guid(node, "id");
     static const std::pair<const wchar_t*, provider_kind> kinds[] = {
         {L"system", provider_kind::system},     {L"software", provider_kind::software},
         {L"hardware", provider_kind::hardware}, {L"fileshare", provider_kind::fileshare},
         {L"csv", provider_kind::csv},
     };
-    return required_choice(node, "type", kinds, true, "provider type");
-}
-
-provider_t read_provider(const pugi::xml_node& node) {
-    provider_t p;
-    p.id = required_guid(node, "id");
-    p.kind = read_provider_kind(node);
+    p.kind = required_choice(node, "type", kinds, true, "provider type");
     if (node.attribute("volumes")) {
         p.explicit_volumes = true;
-        p.volumes = split_list(text_of(node, "volumes"));
+        p.volumes = split_text(text_of(node, "volumes"), L';');
         p.all_volumes = p.volumes.size() == 1 && p.volumes.front() == L"*";
     }
     p.transportable = optional_bool(node, "transportable");
     p.refuse = optional_number(node, "refuse").value_or(0);
     return p;
+}
+
+template <class T, class Read>
+void read_all(const pugi::xml_node& parent, const char* name, std::vector<T>& into, Read read) {
+    for (auto node : parent.children(name))
+        into.push_back(read(node));
 }
 
 component_t read_component(const pugi::xml_node& node) {
@@ -180,8 +162,7 @@ writer_t read_writer(const pugi::xml_node& node) {
     w.name = required_text(node, "name");
     w.usage = static_cast<VSS_USAGE_TYPE>(optional_number(node, "usage").value_or(VSS_UT_USERDATA));
     w.source = static_cast<VSS_SOURCE_TYPE>(optional_number(node, "source").value_or(VSS_ST_OTHER));
-    for (auto c : node.children("Component"))
-        w.components.push_back(read_component(c));
+    read_all(node, "Component", w.components, read_component);
     return w;
 }
 
@@ -199,20 +180,16 @@ fault_t read_fault(const pugi::xml_node& node) {
     return f;
 }
 
-writer_phase read_phase(const pugi::xml_node& node) {
+writer_fault_t read_writer_fault(const pugi::xml_node& node) {
+    writer_fault_t f;
+    f.writer = required_guid(node, "writer");
     static const std::pair<const wchar_t*, writer_phase> phases[] = {
         {L"identify", writer_phase::identify},
         {L"prepare", writer_phase::prepare},
         {L"snapshot", writer_phase::snapshot},
         {L"complete", writer_phase::complete},
     };
-    return required_choice(node, "at", phases, false, "phase");
-}
-
-writer_fault_t read_writer_fault(const pugi::xml_node& node) {
-    writer_fault_t f;
-    f.writer = required_guid(node, "writer");
-    f.at = read_phase(node);
+    f.at = required_choice(node, "at", phases, false, "phase");
     f.state = static_cast<VSS_WRITER_STATE>(optional_number(node, "state").value_or(VSS_WS_UNKNOWN));
     f.hr = static_cast<HRESULT>(optional_number(node, "hr").value_or(0));
     return f;
@@ -246,20 +223,14 @@ host_model_t read_host(const pugi::xml_node& host, const std::filesystem::path& 
         for (auto var : env.children("Var"))
             model.environment.emplace_back(required_text(var, "name"), text_of(var, "value"));
     for (auto reg : host.children("Registry"))
-        for (auto key : reg.children("Key"))
-            model.registry.push_back(read_registry_key(key));
-    for (auto n : host.children("Volume"))
-        model.volumes.push_back(read_volume(n, host_dir));
-    for (auto n : host.children("Share"))
-        model.shares.push_back(read_share(n, host_dir));
-    for (auto n : host.children("Provider"))
-        model.providers.push_back(read_provider(n));
-    for (auto n : host.children("Writer"))
-        model.writers.push_back(read_writer(n));
-    for (auto n : host.children("Fault"))
-        model.faults.push_back(read_fault(n));
-    for (auto n : host.children("WriterFault"))
-        model.writer_faults.push_back(read_writer_fault(n));
+        read_all(reg, "Key", model.registry, read_registry_key);
+    read_all(host, "Volume", model.volumes,
+             [&](const pugi::xml_node& n) { return read_volume(n, host_dir); });
+    read_all(host, "Share", model.shares, [&](const pugi::xml_node& n) { return read_share(n, host_dir); });
+    read_all(host, "Provider", model.providers, read_provider);
+    read_all(host, "Writer", model.writers, read_writer);
+    read_all(host, "Fault", model.faults, read_fault);
+    read_all(host, "WriterFault", model.writer_faults, read_writer_fault);
     return model;
 }
 

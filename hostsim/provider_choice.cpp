@@ -2,22 +2,11 @@
 
 #include "hostsim/wide_text.h"
 
+#include <algorithm>
+
 namespace hostsim {
 
 namespace {
-
-bool names_target(const std::wstring& entry, const snapshot_target_t& target) {
-    const std::wstring name = with_trailing_backslash(entry);
-    if (target.volume) {
-        if (iequals(name, target.volume->name))
-            return true;
-        for (auto& mount : target.volume->mounts)
-            if (iequals(name, mount))
-                return true;
-        return false;
-    }
-    return iequals(name, target.share->root) || iequals(name, target.share->unc);
-}
 
 bool supports_by_kind(provider_kind kind, const snapshot_target_t& target) {
     switch (kind) {
@@ -43,10 +32,9 @@ bool provider_supports(const provider_t& provider, const snapshot_target_t& targ
         return supports_by_kind(provider.kind, target);
     if (provider.all_volumes)
         return true;
-    for (auto& entry : provider.volumes)
-        if (names_target(entry, target))
-            return true;
-    return false;
+    return std::any_of(provider.volumes.begin(), provider.volumes.end(), [&](const std::wstring& entry) {
+        return target.named_by(with_trailing_backslash(entry));
+    });
 }
 
 const provider_t* default_provider(const host_model_t& model, const snapshot_target_t& target,

@@ -77,12 +77,19 @@ std::string join_lines(const std::vector<std::wstring>& lines) {
     return out;
 }
 
-// A file of records, one a line; lines that don't parse are left out.
-template <class Record, class Parse> std::vector<Record> read_records(const fs::path& file, Parse parse) {
+// A file of records, one a line of at least min_fields fields; a line that doesn't parse is left out.
+template <class Record>
+std::vector<Record> read_records(const fs::path& file, std::size_t min_fields,
+                                 Record (*parse)(const std::vector<std::wstring>&)) {
     std::vector<Record> records;
-    for (auto& line : read_lines(file))
-        if (auto record = parse(line))
-            records.push_back(*record);
+    for (auto& line : read_lines(file)) {
+        const auto fields = split_fields(line);
+        try {
+            if (fields.size() >= min_fields)
+                records.push_back(parse(fields));
+        } catch (const std::exception&) {
+        }
+    }
     return records;
 }
 
@@ -101,41 +108,24 @@ std::wstring shadow_line(const shadow_record_t& s) {
            std::to_wstring(s.created) + L"\t" + clean_field(s.machine);
 }
 
-std::optional<shadow_record_t> parse_shadow_line(const std::wstring& line) {
-    auto f = split_fields(line);
-    if (f.size() < 9)
-        return std::nullopt;
-    try {
-        shadow_record_t s;
-        s.number = static_cast<unsigned>(std::stoul(f[0]));
-        s.snapshot_id = parse_guid(f[1]).value_or(GUID_NULL);
-        s.set_id = parse_guid(f[2]).value_or(GUID_NULL);
-        s.provider_id = parse_guid(f[3]).value_or(GUID_NULL);
-        s.volume_name = f[4];
-        s.owner = parse_identity(f[5]);
-        s.attributes = static_cast<std::int32_t>(std::stol(f[6]));
-        s.created = std::stoll(f[7]);
-        s.machine = f[8];
-        return s;
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
+shadow_record_t parse_shadow_line(const std::vector<std::wstring>& f) {
+    return {static_cast<unsigned>(std::stoul(f[0])),
+            parse_guid(f[1]).value_or(GUID_NULL),
+            parse_guid(f[2]).value_or(GUID_NULL),
+            parse_guid(f[3]).value_or(GUID_NULL),
+            f[4],
+            parse_identity(f[5]),
+            static_cast<std::int32_t>(std::stol(f[6])),
+            std::stoll(f[7]),
+            f[8]};
 }
 
 std::wstring creation_line(const creation_record_t& c) {
     return guid_text(c.set_id) + L"\t" + identity_text(c.owner) + L"\t" + clean_field(c.since);
 }
 
-std::optional<creation_record_t> parse_creation_line(const std::wstring& line) {
-    auto f = split_fields(line);
-    auto set_id = parse_guid(f[0]);
-    if (f.size() < 3 || !set_id)
-        return std::nullopt;
-    try {
-        return creation_record_t{*set_id, parse_identity(f[1]), f[2]};
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
+creation_record_t parse_creation_line(const std::vector<std::wstring>& f) {
+    return {parse_guid(f[0]).value(), parse_identity(f[1]), f[2]};
 }
 
 std::wstring csv_line(const csv_state_t& v) {
@@ -145,16 +135,10 @@ std::wstring csv_line(const csv_state_t& v) {
     return line;
 }
 
-std::optional<csv_state_t> parse_csv_line(const std::wstring& line) {
-    auto f = split_fields(line);
+csv_state_t parse_csv_line(const std::vector<std::wstring>& f) {
     csv_state_t v{f[0], {}};
-    try {
-        for (std::size_t i = 1; i + 2 < f.size(); i += 3)
-            v.preparations.push_back(
-                {parse_guid(f[i]).value_or(GUID_NULL), parse_identity(f[i + 1]), f[i + 2]});
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
+    for (std::size_t i = 1; i + 2 < f.size(); i += 3)
+        v.preparations.push_back({parse_guid(f[i]).value_or(GUID_NULL), parse_identity(f[i + 1]), f[i + 2]});
     return v;
 }
 
@@ -199,18 +183,6 @@ std::vector<std::wstring> read_lines(const fs::path& file) {
     return lines;
 }
 
-std::vector<std::wstring> split_fields(const std::wstring& line) {
-    std::vector<std::wstring> fields;
-    std::size_t start = 0;
-    for (;;) {
-        auto tab = line.find(L'\t', start);
-        fields.push_back(line.substr(start, tab - start));
-        if (tab == std::wstring::npos)
-            return fields;
-        start = tab + 1;
-    }
-}
-
 state_store_t::state_store_t(fs::path host_dir)
     : host_dir_(std::move(host_dir)), state_dir_(host_dir_ / "state") {
     std::error_code ignored;
@@ -236,17 +208,17 @@ void state_store_t::journal(std::string_view op, const std::vector<std::wstring>
     [[maybe_unused]] auto written = ::write(journal_fd_.get(), line.data(), line.size());
 }
 
-state_store_t::lock_t::lock_t(const fs::path& file) {
+compat::unique_fd_t state_store_t::lock() const {
     // A descriptor of its own for each holder: flock excludes open file descriptions, so
     // the lock also holds between a process and the children it forked.
-    fd_.reset(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
-    if (fd_)
-        while (flock(fd_.get(), LOCK_EX) != 0 && errno == EINTR) {
-        }
+    compat::unique_fd_t fd(::open((state_dir_ / "lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    while (fd && flock(fd.get(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+    return fd;
 }
 
 std::vector<shadow_record_t> state_store_t::shadows() const {
-    return read_records<shadow_record_t>(state_dir_ / "shadows.txt", parse_shadow_line);
+    return read_records(state_dir_ / "shadows.txt", 9, parse_shadow_line);
 }
 
 void state_store_t::save_shadows(const std::vector<shadow_record_t>& shadows) const {
@@ -255,12 +227,9 @@ void state_store_t::save_shadows(const std::vector<shadow_record_t>& shadows) co
 
 unsigned state_store_t::allocate_shadow_number() const {
     auto file = state_dir_ / "next-shadow.txt";
-    auto lines = read_lines(file);
-    unsigned next = 1;
-    if (!lines.empty())
-        next = static_cast<unsigned>(std::wcstoul(lines.front().c_str(), nullptr, 10));
-    if (next == 0)
-        next = 1;
+    const auto lines = read_lines(file);
+    const unsigned next = std::max(
+        lines.empty() ? 1u : static_cast<unsigned>(std::wcstoul(lines.front().c_str(), nullptr, 10)), 1u);
     write_file_atomically(file, std::to_string(next + 1) + "\n");
     return next;
 }
@@ -275,7 +244,7 @@ void state_store_t::remove_shadow_data(unsigned number) const {
 }
 
 std::vector<creation_record_t> state_store_t::creations() const {
-    return read_records<creation_record_t>(state_dir_ / "creation.txt", parse_creation_line);
+    return read_records(state_dir_ / "creation.txt", 3, parse_creation_line);
 }
 
 void state_store_t::save_creations(const std::vector<creation_record_t>& creations) const {
@@ -284,20 +253,19 @@ void state_store_t::save_creations(const std::vector<creation_record_t>& creatio
 
 std::vector<creation_record_t> state_store_t::live_creations() const {
     auto records = creations();
-    auto dead = std::stable_partition(records.begin(), records.end(),
-                                      [](const creation_record_t& c) { return is_alive(c.owner); });
-    if (dead == records.end())
-        return records;
-    for (auto it = dead; it != records.end(); ++it)
-        journal("RemoveAbandonedCreation",
-                {guid_text(it->set_id), L"owner " + std::to_wstring(it->owner.pid) + L" is gone"});
-    records.erase(dead, records.end());
-    save_creations(records);
+    if (std::erase_if(records, [&](const creation_record_t& c) {
+            if (is_alive(c.owner))
+                return false;
+            journal("RemoveAbandonedCreation",
+                    {guid_text(c.set_id), L"owner " + std::to_wstring(c.owner.pid) + L" is gone"});
+            return true;
+        }))
+        save_creations(records);
     return records;
 }
 
 std::vector<csv_state_t> state_store_t::csv_volumes() const {
-    return read_records<csv_state_t>(state_dir_ / "csv.txt", parse_csv_line);
+    return read_records(state_dir_ / "csv.txt", 1, parse_csv_line);
 }
 
 void state_store_t::save_csv_volumes(const std::vector<csv_state_t>& volumes) const {

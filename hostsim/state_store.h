@@ -6,6 +6,7 @@
 
 #include "compat/unique_fd_posix.h"
 #include "compat/win_types.h"
+#include "hostsim/wide_text.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -73,15 +74,9 @@ public:
     // One line: process id, op, arguments, tab-separated.
     void journal(std::string_view op, const std::vector<std::wstring>& args = {}) const;
 
-    // The file lock over the state; the accessors below expect it to be held.
-    class lock_t {
-    public:
-        explicit lock_t(const std::filesystem::path& file);
-
-    private:
-        compat::unique_fd_t fd_;
-    };
-    lock_t lock() const { return lock_t(state_dir_ / "lock"); }
+    // The file lock over the state, held while the descriptor lives; the accessors below
+    // expect it to be held.
+    [[nodiscard]] compat::unique_fd_t lock() const;
 
     std::vector<shadow_record_t> shadows() const;
     void save_shadows(const std::vector<shadow_record_t>& shadows) const;
@@ -115,6 +110,8 @@ std::wstring utc_now_text();
 std::int64_t filetime_now();
 
 std::vector<std::wstring> read_lines(const std::filesystem::path& file);
-std::vector<std::wstring> split_fields(const std::wstring& line);
+inline std::vector<std::wstring> split_fields(const std::wstring& line) {
+    return split_text(line, L'\t', true);
+}
 
 } // namespace hostsim

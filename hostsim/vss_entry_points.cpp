@@ -4,11 +4,8 @@
 
 HRESULT CreateVssBackupComponentsInternal(IVssBackupComponents** ppBackup) {
     auto host = hostsim::current_host();
-    auto outcome = host->enter("CreateVssBackupComponentsInternal");
-    if (outcome.refusal != S_OK)
-        return outcome.refusal;
-    if (!ppBackup)
-        return E_INVALIDARG;
+    if (HRESULT hr = host->refuse("CreateVssBackupComponentsInternal", {}, ppBackup))
+        return hr;
     *ppBackup = new hostsim::backup_components_t(host);
     return S_OK;
 }

@@ -3,6 +3,7 @@
 #include "compat/unicode.h"
 #include "compat/uuid_text.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace hostsim {
@@ -33,12 +34,9 @@ std::wstring from_utf8(std::string_view text) {
 }
 
 bool icontains(std::wstring_view text, std::wstring_view part) {
-    if (part.empty())
-        return true;
-    for (std::size_t i = 0; i + part.size() <= text.size(); ++i)
-        if (iequals(text.substr(i, part.size()), part))
-            return true;
-    return false;
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](wchar_t a, wchar_t b) { return ascii::fold(a) == ascii::fold(b); }) != text.end() ||
+           part.empty();
 }
 
 std::optional<GUID> parse_guid(std::wstring_view text) {
@@ -68,6 +66,21 @@ wchar_t* new_task_string(std::wstring_view text) {
     std::wmemcpy(copy, text.data(), text.size());
     copy[text.size()] = L'\0';
     return copy;
+}
+
+BSTR new_bstr(std::wstring_view text) {
+    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+}
+
+std::vector<std::wstring> split_text(std::wstring_view text, wchar_t separator, bool keep_empty) {
+    std::vector<std::wstring> pieces;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, start), text.size());
+        if (keep_empty || end > start)
+            pieces.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
 }
 
 } // namespace hostsim

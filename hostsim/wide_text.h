@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace hostsim {
 
@@ -27,6 +28,14 @@ GUID new_guid();
 
 // A copy in COM task memory, as the VSS calls hand out their strings: the caller frees it.
 wchar_t* new_task_string(std::wstring_view text);
+BSTR new_bstr(std::wstring_view text);
+// A text argument of a simulated call; a null one reads as empty.
+inline std::wstring text_or_empty(const wchar_t* text) {
+    return text ? std::wstring(text) : std::wstring();
+}
+
+// The pieces between separators; empty pieces too when asked, as the fields of a record are.
+std::vector<std::wstring> split_text(std::wstring_view text, wchar_t separator, bool keep_empty = false);
 
 // Windows-form path with '\' as the only separator, a trailing '\' when asked.
 std::wstring with_trailing_backslash(std::wstring path);

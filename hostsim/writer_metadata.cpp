@@ -11,10 +11,6 @@ namespace hostsim {
 
 namespace {
 
-BSTR new_bstr(const std::wstring& text) {
-    return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
-
 class file_description_t final : public com_object_t<IVssWMFiledesc> {
 public:
     file_description_t(std::shared_ptr<host_t> host, const file_spec_t& file)
@@ -29,25 +25,19 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetRecursive(boolean* pbRecursive) override {
-        auto outcome = host_->enter("GetRecursive", {file_.path, file_.spec});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pbRecursive)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetRecursive", {file_.path, file_.spec}, pbRecursive))
+            return hr;
         *pbRecursive = file_.recursive;
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetAlternateLocation(BSTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBackupTypeMask(DWORD*) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetAlternateLocation, BSTR*)
+    HOSTSIM_NOT_SIMULATED(GetBackupTypeMask, DWORD*)
 
 private:
     HRESULT give_text(const char* op, const std::wstring& text, BSTR* out) {
-        auto outcome = host_->enter(op, {file_.path, file_.spec});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!out)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse(op, {file_.path, file_.spec}, out))
+            return hr;
         *out = new_bstr(text);
         return S_OK;
     }
@@ -62,11 +52,8 @@ public:
         : host_(std::move(host)), component_(component) {}
 
     HRESULT STDMETHODCALLTYPE GetComponentInfo(PVSSCOMPONENTINFO* ppInfo) override {
-        auto outcome = host_->enter("GetComponentInfo", {component_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppInfo)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetComponentInfo", {component_.name}, ppInfo))
+            return hr;
         auto* info = new VSS_COMPONENTINFO{};
         info->type = component_.type;
         info->bstrLogicalPath = component_.logical_path ? new_bstr(*component_.logical_path) : nullptr;
@@ -81,9 +68,8 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE FreeComponentInfo(PVSSCOMPONENTINFO pInfo) override {
-        auto outcome = host_->enter("FreeComponentInfo", {component_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
+        if (HRESULT hr = host_->refuse("FreeComponentInfo", {component_.name}))
+            return hr;
         if (pInfo) {
             SysFreeString(pInfo->bstrLogicalPath);
             SysFreeString(pInfo->bstrComponentName);
@@ -94,18 +80,16 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetFile(UINT iFile, IVssWMFiledesc** ppFiledesc) override {
-        auto outcome = host_->enter("GetFile", {component_.name, std::to_wstring(iFile)});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppFiledesc || iFile >= component_.files.size())
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetFile", {component_.name, std::to_wstring(iFile)},
+                                       ppFiledesc && iFile < component_.files.size()))
+            return hr;
         *ppFiledesc = new file_description_t(host_, component_.files[iFile]);
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetDatabaseFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDatabaseLogFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDependency(UINT, IVssWMDependency**) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetDatabaseFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetDatabaseLogFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetDependency, UINT, IVssWMDependency**)
 
 private:
     std::shared_ptr<host_t> host_;
@@ -146,11 +130,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetIdentity(VSS_ID* pidInstance, VSS_ID* pidWriter, BSTR* pbstrWriterName,
                                           VSS_USAGE_TYPE* pUsage, VSS_SOURCE_TYPE* pSource) override {
-        auto outcome = host_->enter("GetIdentity", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pidInstance || !pidWriter || !pbstrWriterName || !pUsage || !pSource)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetIdentity", {writer_.name},
+                                       pidInstance && pidWriter && pbstrWriterName && pUsage && pSource))
+            return hr;
         *pidInstance = writer_.instance;
         *pidWriter = writer_.id;
         *pbstrWriterName = new_bstr(writer_.name);
@@ -161,11 +143,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetFileCounts(UINT* pcIncludeFiles, UINT* pcExcludeFiles,
                                             UINT* pcComponents) override {
-        auto outcome = host_->enter("GetFileCounts", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pcIncludeFiles || !pcExcludeFiles || !pcComponents)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetFileCounts", {writer_.name},
+                                       pcIncludeFiles && pcExcludeFiles && pcComponents))
+            return hr;
         *pcIncludeFiles = 0;
         *pcExcludeFiles = 0;
         *pcComponents = static_cast<UINT>(writer_.components.size());
@@ -175,37 +155,28 @@ public:
     HRESULT STDMETHODCALLTYPE GetComponent(UINT iComponent, IVssWMComponent** ppComponent) override {
         std::wstring name =
             iComponent < writer_.components.size() ? writer_.components[iComponent].name : L"";
-        auto outcome = host_->enter("GetComponent", {name, std::to_wstring(iComponent)});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!ppComponent || iComponent >= writer_.components.size())
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("GetComponent", {name, std::to_wstring(iComponent)},
+                                       ppComponent && iComponent < writer_.components.size()))
+            return hr;
         *ppComponent = new component_object_t(host_, writer_.components[iComponent]);
         return S_OK;
     }
 
     HRESULT STDMETHODCALLTYPE SaveAsXML(BSTR* pbstrXML) override {
-        auto outcome = host_->enter("SaveAsXML", {writer_.name});
-        if (outcome.refusal != S_OK)
-            return outcome.refusal;
-        if (!pbstrXML)
-            return E_INVALIDARG;
+        if (HRESULT hr = host_->refuse("SaveAsXML", {writer_.name}, pbstrXML))
+            return hr;
         *pbstrXML = new_bstr(from_utf8(writer_document(writer_)));
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetIncludeFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetExcludeFile(UINT, IVssWMFiledesc**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetRestoreMethod(VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*, VSS_WRITERRESTORE_ENUM*,
-                                               boolean*, UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetAlternateLocationMapping(UINT, IVssWMFiledesc**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetBackupSchema(DWORD*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDocument(IXMLDOMDocument**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE LoadFromXML(BSTR) override { return E_NOTIMPL; }
+    HOSTSIM_NOT_SIMULATED(GetIncludeFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetExcludeFile, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetRestoreMethod, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*, VSS_WRITERRESTORE_ENUM*,
+                          boolean*, UINT*)
+    HOSTSIM_NOT_SIMULATED(GetAlternateLocationMapping, UINT, IVssWMFiledesc**)
+    HOSTSIM_NOT_SIMULATED(GetBackupSchema, DWORD*)
+    HOSTSIM_NOT_SIMULATED(GetDocument, IXMLDOMDocument**)
+    HOSTSIM_NOT_SIMULATED(LoadFromXML, BSTR)
 
 private:
     bool answers_to(REFIID riid) const override { return riid == IID_IVssExamineWriterMetadata; }

@@ -22,10 +22,6 @@ VSS_WRITER_STATE state_after(writer_phase phase) {
 
 } // namespace
 
-bool writer_states_t::passed(writer_phase phase) const {
-    return std::find(passed_.begin(), passed_.end(), phase) != passed_.end();
-}
-
 std::vector<writer_status_t> writer_states_t::report(const std::vector<const writer_t*>& writers,
                                                      const std::vector<writer_fault_t>& faults) const {
     std::vector<writer_status_t> statuses;

@@ -23,7 +23,6 @@ class writer_states_t {
 public:
     void pass(writer_phase phase) { passed_.push_back(phase); }
     void abort() { aborted_ = true; }
-    bool passed(writer_phase phase) const;
 
     std::vector<writer_status_t> report(const std::vector<const writer_t*>& writers,
                                         const std::vector<writer_fault_t>& faults) const;
