@@ -13,7 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <regex>
 #include <sstream>
 
 using namespace import_test;
@@ -229,11 +231,20 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
         ++received;
     }
     EXPECT_GT(received, 0u);
+    EXPECT_TRUE(std::regex_search(run.out, std::regex("\nTotal +" + std::to_string(received) + " ")))
+        << run.out;
     const std::string results = read_file(tools.hosts.HostDir() / "state" / "backups.txt");
-    EXPECT_TRUE(contains(results, "\tfailed")) << results;
+    // The writer knows the VM by its id as the specification writes it.
+    const std::string spec = tools.hosts.OffhostSpec();
+    const std::regex vmId("<VM id=\"([^\"]+)\"");
+    const std::string failedId = (*std::next(std::sregex_iterator(spec.begin(), spec.end(), vmId)))[1];
+    EXPECT_TRUE(contains(results, "component\t" + failedId + "\tfailed")) << results;
     EXPECT_TRUE(contains(results, "\tsucceeded")) << results;
+    EXPECT_EQ(std::count(results.begin(), results.end(), '\n'), static_cast<long>(vms.size() + 1)) << results;
+    EXPECT_FALSE(contains(results, "not-reported")) << results;
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
     EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
+    EXPECT_TRUE(fs::is_empty(tools.hosts.HostDir() / "state" / "shadows"));
 }
 
 TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {

@@ -1,8 +1,8 @@
 // POSIX only: the road runs on a simulated host made by mirrack-lab.
 // The road of a snapshot through the real tool on a simulated Hyper-V host: from
 // BeginSnapshotCreation to the close, as the backup server drives it, and the
-// failures on the way, a worker killed by a signal among them. Whatever happens, the tool
-// goes on serving and the host is left without shadow copies.
+// failures on the way, a worker killed by a signal and a second tool on the host among them.
+// Whatever happens, the tool goes on serving and the host is left without shadow copies.
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
@@ -82,6 +82,16 @@ long WorkerThreadId(const std::string& log, const std::string& role) {
     const std::size_t start = line == std::string::npos ? line : log.rfind("Thread started.", line);
     const std::size_t id = start == std::string::npos ? start : log.find(marker, start);
     return id == std::string::npos ? 0 : std::strtol(log.c_str() + id + marker.size(), nullptr, 10);
+}
+
+// A host whose faults are gone serves the next backup, and is left clean after it.
+void ExpectTheNextBackupSucceeds(const hyperv_host_t& host, const std::vector<spec_vm_t>& vms) {
+    host.write("host.xml", hyperv_host_xml());
+    ToolJob next(host.dir());
+    ASSERT_TRUE(next.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    EXPECT_TRUE(next.Succeeds());
+    next.Close();
+    EXPECT_TRUE(host.is_clean());
 }
 
 } // namespace
@@ -236,17 +246,43 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
     EXPECT_TRUE(road.host.state_lines("creation.txt").empty());
 
-    road.host.write("host.xml", hyperv_host_xml());
-    ToolJob next(road.host.dir());
-    ASSERT_TRUE(next.Begin(spec_xml(c.vms, usual_providers)).IsSuccess());
-    EXPECT_TRUE(next.Succeeds());
-    next.Close();
+    ExpectTheNextBackupSucceeds(road.host, c.vms);
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
-    EXPECT_TRUE(road.host.is_clean());
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SnapshotRoadFailure, ::testing::ValuesIn(failures),
                          [](const auto& instance) { return std::string(instance.param.name); });
+
+// One shadow-copy creation runs at a time on a host: a second tool's fails and leaves the first's alone.
+TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
+    // The first job's snapshot takes a while, long enough for the second to reach StartSnapshotSet.
+    Road first(R"(<Fault op="DoSnapshotSet" delayMs="3000"/>)");
+    ToolJob second(first.host.dir());
+    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
+    ASSERT_TRUE(first.Begin(vms).IsSuccess());
+    first.WaitForCall("DoSnapshotSet");
+    const std::string csvStateOfTheFirst = read_file(first.host.dir() / "state" / "csv.txt");
+
+    ASSERT_TRUE(second.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    const CResponse status = second.WaitForVerdict();
+    EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
+    const std::string description = to_ansi(status.Value(L"ErrDescription"));
+    EXPECT_TRUE(contains(description,
+                         "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
+                         "already in progress. Wait a few moments and try again.\n--tr:Failed to "
+                         "perform pre-backup tasks."))
+        << description;
+    EXPECT_EQ(first.host.count("StartSnapshotSet"), 2u);
+    EXPECT_EQ(first.host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
+    EXPECT_EQ(read_file(first.host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
+    second.Close();
+
+    ASSERT_TRUE(first.Succeeds());
+    first.Close();
+    EXPECT_TRUE(first.host.is_clean());
+    EXPECT_EQ(first.host.state_lines("backups.txt").size(), 3u) << "the first job's backup and its two VMs";
+    ExpectTheNextBackupSucceeds(first.host, vms);
+}
 
 // The report is taken at its word; only the writer, at the close, can't be told about it.
 TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeTheBackupCompletes) {
