@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string vm_a = "83F4C5F7-1401-4A04-A996-506A4DEA6810";
-const std::string vm_b = "26882b39-53fb-470f-8ebe-5938c39fcd0f";
+const std::string spec_vm_a = "83F4C5F7-1401-4A04-A996-506A4DEA6810";
+const std::string spec_vm_b = "26882b39-53fb-470f-8ebe-5938c39fcd0f";
 const std::string hardware = "{7f1d6a2e-3b4c-4d5e-8f60-71829304a5b6}";
 
 // The text of the usage error that parse throws, or "" if it throws none.
@@ -89,17 +89,17 @@ TEST(CheckCommandLine, OneToolOrAHostAndItsProxyAndTheReportsFormatFromItsName) 
 }
 
 TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNamesThem) {
-    const std::string braced_a = "{" + vm_a + "}";
+    const std::string braced_vm_a = "{" + spec_vm_a + "}";
     const fs::path file = client_test::scratch_folder() / "written-spec.xml";
     std::ostringstream out, err;
-    ASSERT_EQ(
-        client::RunClient({"spec", "--vm", braced_a, "--vm=" + vm_b, "--crash-consistent", vm_b,
-                           "--exclude-disk", braced_a + "=C:\\VMs\\a\\scratch.vhdx", "--aux-file",
-                           braced_a + "=C:\\VMs\\a\\notes & more.txt", "--provider", "Hardware:" + hardware,
-                           "--volume-provider", "C:\\Mounts\\Data=1\\=system:" + hardware, "--csv-writer",
-                           "--offhost", "-o", file.string()},
-                          out, err),
-        client::exit_success)
+    ASSERT_EQ(client::RunClient({"spec", "--vm", braced_vm_a, "--vm=" + spec_vm_b, "--crash-consistent",
+                                 spec_vm_b, "--exclude-disk", braced_vm_a + "=C:\\VMs\\a\\scratch.vhdx",
+                                 "--aux-file", braced_vm_a + "=C:\\VMs\\a\\notes & more.txt", "--provider",
+                                 "Hardware:" + hardware, "--volume-provider",
+                                 "C:\\Mounts\\Data=1\\=system:" + hardware, "--csv-writer", "--offhost", "-o",
+                                 file.string()},
+                                out, err),
+              client::exit_success)
         << err.str();
 
     const CHvBackupSpec spec(client_test::read_file(file));
@@ -108,7 +108,7 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
     EXPECT_FALSE(spec.vms[0]->crashConsistent);
     EXPECT_EQ(spec.vms[0]->excludedDisks, std::vector<std::string>{"C:\\VMs\\a\\scratch.vhdx"});
     EXPECT_EQ(spec.vms[0]->auxFiles, std::vector<std::string>{"C:\\VMs\\a\\notes & more.txt"});
-    EXPECT_EQ(spec.vms[1]->vmId, vm_b);
+    EXPECT_EQ(spec.vms[1]->vmId, spec_vm_b);
     EXPECT_TRUE(spec.vms[1]->crashConsistent);
     EXPECT_EQ(spec.defaultProvider->providerType, 3u);
     EXPECT_EQ(spec.defaultProvider->providerId, string_to_guid(hardware));
@@ -119,7 +119,8 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
     EXPECT_TRUE(spec.useCsvVssWriter);
 
     // The least a server sends: no provider named, on-host, no CSV writer.
-    ASSERT_EQ(client::RunClient({"spec", "--vm", vm_b, "-o", file.string()}, out, err), client::exit_success);
+    ASSERT_EQ(client::RunClient({"spec", "--vm", spec_vm_b, "-o", file.string()}, out, err),
+              client::exit_success);
     const CHvBackupSpec least(client_test::read_file(file));
     EXPECT_EQ(least.defaultProvider->providerType, 0u);
     EXPECT_TRUE(least.volumeProviders.empty());
@@ -128,30 +129,31 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
 }
 
 TEST(SpecCommand, MistakesAreRefusedSayingWhich) {
-    const std::string braced_a = "{" + vm_a + "}";
+    const std::string braced_vm_a = "{" + spec_vm_a + "}";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "spec needs at least one --vm GUID."},
         {{"--vm", "vm1"}, "--vm takes a GUID: 'vm1'."},
-        {{"--vm", braced_a, "--vm", "83f4c5f7-1401-4a04-a996-506a4dea6810"},
+        {{"--vm", braced_vm_a, "--vm", "83f4c5f7-1401-4a04-a996-506a4dea6810"},
          "--vm 83f4c5f7-1401-4a04-a996-506a4dea6810 is given twice."},
-        {{"--vm", braced_a, "--crash-consistent", vm_b},
-         "--crash-consistent names the VM " + vm_b + ", which no --vm gives."},
-        {{"--vm", braced_a, "--aux-file", braced_a}, "--aux-file takes VM=FILEPATH: '" + braced_a + "'."},
-        {{"--vm", braced_a, "--provider", "fast:" + hardware},
+        {{"--vm", braced_vm_a, "--crash-consistent", spec_vm_b},
+         "--crash-consistent names the VM " + spec_vm_b + ", which no --vm gives."},
+        {{"--vm", braced_vm_a, "--aux-file", braced_vm_a},
+         "--aux-file takes VM=FILEPATH: '" + braced_vm_a + "'."},
+        {{"--vm", braced_vm_a, "--provider", "fast:" + hardware},
          "--provider takes KIND:GUID, KIND one of system, software, hardware, fileshare, csv: 'fast:" +
              hardware + "'."},
-        {{"--vm", braced_a, "--provider", "system:" + hardware, "--provider", "system:" + hardware},
+        {{"--vm", braced_vm_a, "--provider", "system:" + hardware, "--provider", "system:" + hardware},
          "--provider is given twice."},
-        {{"--vm", braced_a, "--volume-provider", "D:\\=system:" + hardware, "--volume-provider",
+        {{"--vm", braced_vm_a, "--volume-provider", "D:\\=system:" + hardware, "--volume-provider",
           "d:=csv:" + hardware},
          "--volume-provider names the volume d: twice."},
-        {{"--vm", braced_a, "--offhost", "--volume-provider", "\\\\fs01\\vms\\=fileshare:" + hardware},
+        {{"--vm", braced_vm_a, "--offhost", "--volume-provider", "\\\\fs01\\vms\\=fileshare:" + hardware},
          "--offhost needs transportable shadow copies, which a fileshare or csv provider doesn't make."},
-        {{"--vm", braced_a, "--bogus"}, "spec doesn't take '--bogus'."},
+        {{"--vm", braced_vm_a, "--bogus"}, "spec doesn't take '--bogus'."},
     };
     for (auto [arguments, expected] : cases) {
         arguments.insert(arguments.end(), {"-o", "spec.xml"});
         EXPECT_EQ(UsageErrorOf([&] { client::ParseSpecArguments(arguments); }), expected);
     }
-    EXPECT_THROW(client::ParseSpecArguments({"--vm", braced_a}), client::usage_error_t);
+    EXPECT_THROW(client::ParseSpecArguments({"--vm", braced_vm_a}), client::usage_error_t);
 }
