@@ -121,7 +121,7 @@ struct road_t {
 
 } // namespace
 
-TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormAndTheRestIsRequired) {
+TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVmsComeInOrder) {
     const client::backup_arguments_t parsed = client::ParseBackupArguments(
         {"--spec", "s.xml", "--to=out", "--fail-vm", "{26882B39-53FB-470F-8EBE-5938C39FCD0F}",
          "--fail-vm=" + std::string(vm_a)});
@@ -140,9 +140,8 @@ TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormAndTheRestIsRequired) {
                                                {"--spec", "s.xml", "--to", "out", "--spec="},
                                                {"--spec", "s.xml", "--to", "out", "extra"}})
         EXPECT_THROW(client::ParseBackupArguments(line), client::usage_error_t);
-}
 
-TEST(BackupCommandLine, TheSpecificationGivesTheVmsInDocumentOrderAsWritten) {
+    // The specification gives the VMs in document order, as written.
     const auto vms = client::SpecVms(spec_with({vm_b, vm_a}));
     ASSERT_EQ(vms.size(), 2u);
     EXPECT_EQ(vms[0].id, L"26882b39-53fb-470f-8ebe-5938c39fcd0f");

@@ -1,5 +1,7 @@
-// Copying VM items into the backup folder: where each file lands, what is refused,
-// and the progress bar in bytes.
+// Copying VM items into the backup folder: where each file lands, what is refused, and the
+// progress bar in bytes; and the field check's reading of an item instead, its first and last MiB
+// only, and its size against the live file's when there is one to compare with.
+#include "client/item_sample_check.h"
 #include "client/progress_bar.h"
 #include "client/vm_item_copy.h"
 #include "test_server.h"
@@ -28,6 +30,11 @@ void write_file(const fs::path& file, const std::string& content) {
 
 CFilesListItem item_at(const fs::path& file, const std::wstring& relativePath) {
     return CFilesListItem(L"C:\\VMs\\", L"*", 1, relativePath, file.wstring());
+}
+
+client::item_copy_t sampled(const fs::path& file, const fs::path& live) {
+    std::error_code ignored;
+    return {file.wstring(), file, {}, fs::file_size(file, ignored), live.wstring()};
 }
 
 } // namespace
@@ -109,4 +116,42 @@ TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotalRedrawnInPlaceAtEachPe
         EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), returns) << inPlace;
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), lines) << inPlace;
     }
+}
+
+TEST(ItemSampleCheck, ReadsTheFirstAndLastMibOnceEachAndComparesTheLiveSize) {
+    const std::uint64_t mib = client::sample_size;
+    const fs::path samples = fresh_folder("samples");
+    const fs::path big = samples / "big.vhdx", small = samples / "small.vmcx", empty = samples / "empty.vmrs",
+                   grown = samples / "grown.vhdx";
+    write_file(big, std::string(3 * mib + 5, 'x'));
+    write_file(small, std::string(10, 'x'));
+    write_file(empty, "");
+    write_file(grown, std::string(3 * mib + 6, 'x'));
+    std::uint64_t told = 0;
+    const client::bytes_copied_t tell = [&told](std::uint64_t bytes) { told += bytes; };
+    EXPECT_EQ(client::SampleItem(sampled(big, big), tell), 2 * mib);
+    EXPECT_EQ(client::SampleItem(sampled(small, "/no/live/file"), tell), 10u);
+    EXPECT_EQ(client::SampleItem(sampled(empty, empty), tell), 0u);
+    EXPECT_EQ(told, 2 * mib + 10);
+
+    // A live file that grew since the snapshot, and a file gone from the shadow copy.
+    try {
+        client::SampleItem(sampled(big, grown), tell);
+        ADD_FAILURE() << "a size that differs from the live file's must fail";
+    } catch (const exc::runtime_exc_t& e) {
+        EXPECT_NE(exc::exception_text(e).find("has 3145733 bytes on the shadow copy"), std::string::npos)
+            << exc::exception_text(e);
+    }
+    std::vector<client::vm_copy_t> vms(2);
+    vms[0].items = {sampled(big, big), sampled(small, small)};
+    vms[1].items = {sampled(samples / "gone.vhdx", "")};
+    vms[1].items[0].size = 0; // planned empty, then gone: the bar still ends at its total
+    std::ostringstream out;
+    client::CheckVmItems(vms, out);
+    EXPECT_EQ(vms[0].filesCopied, 2u);
+    EXPECT_EQ(vms[0].bytesCopied, 2 * mib + 10);
+    EXPECT_TRUE(vms[0].Complete());
+    ASSERT_EQ(vms[1].failures.size(), 1u);
+    EXPECT_NE(vms[1].failures[0].find("Failed to open the file"), std::string::npos) << vms[1].failures[0];
+    EXPECT_NE(out.str().find("100%  2.0 MiB / 2.0 MiB\n"), std::string::npos) << out.str();
 }

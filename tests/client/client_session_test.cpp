@@ -62,26 +62,15 @@ TEST(ClientSession, CommandsAnswerInTurnAndTheTraceShowsThem) {
     EXPECT_TRUE(has_line_ending_with(lines, "prx| Closing pipe invoke server."));
 }
 
+// The server's answers to bad frames are read where the server is tested; here, over a pipe,
+// that the next command is served after those only a pipe can carry: none, and one too long.
 TEST(ClientSession, BadFramesGetErrorFramesAndTheNextCommandIsServed) {
     test_server_t server;
     auto connection = CInvokeClient::Connect(server.name());
-    const auto frame_of = [](const std::wstring& text) { return win::pipes::EncodeFrameText(text); };
-    win::pipes::byte_buffer_t unterminated = frame_of(L"cmd:Nothing xml:<InputArguments/>");
-    unterminated.erase(unterminated.end() - 2, unterminated.end());
-    win::pipes::byte_buffer_t huge = frame_of(std::wstring(5 * 1024 * 1024, L'x'));
-    win::pipes::byte_buffer_t lone_surrogate =
-        frame_of(L"cmd:Echo xml:<InputArguments><Text value=\"?\"/></InputArguments>");
-    lone_surrogate[2 * 37] = 0x00;
-    lone_surrogate[2 * 37 + 1] = 0xD8;
-
     const std::vector<std::pair<win::pipes::byte_buffer_t, std::wstring>> cases = {
-        {frame_of(L"hello"), L"err:Unknown type of request: 'hello'."},
-        {frame_of(L"cmd:Nothing xml:this is no XML"), L"err:"},
-        {frame_of(L"cmd:Missing xml:<InputArguments/>"), L"err:Command [Missing] not found"},
         {{}, L"err:Unknown type of request: ''."},
-        {unterminated, L"err:Unknown type of request: 'cmd:Nothing xml:<InputArguments/>'."},
-        {huge, L"err:Unknown type of request: 'xxxx"},
-        {lone_surrogate, L"err:"},
+        {win::pipes::EncodeFrameText(std::wstring(5 * 1024 * 1024, L'x')),
+         L"err:Unknown type of request: 'xxxx"},
     };
     for (const auto& [message, expected] : cases) {
         ASSERT_TRUE(connection->SendMessage(message));

@@ -3,7 +3,6 @@
 #include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/snapshot_ids.h"
-#include "hostsim/host_access.h"
 #include "lab/sample_host.h"
 #include "snapshot/snapshot_result.h"
 #include "spec/hv_backup_spec.h"
@@ -69,16 +68,6 @@ std::vector<GUID> host_and_proxy_t::OffhostVms() const {
     return ids;
 }
 
-void host_and_proxy_t::Overwrite(const std::wstring& windowsPath, const std::string& content) const {
-    const char* selected = std::getenv("MIRRACK_HOST");
-    const std::string before = selected ? selected : "";
-    SelectHost();
-    const auto file = hostsim::map_path(windowsPath);
-    ::setenv("MIRRACK_HOST", before.c_str(), 1);
-    if (file)
-        std::ofstream(*file, std::ios::binary | std::ios::trunc) << content;
-}
-
 std::vector<std::string> host_and_proxy_t::Shadows(const fs::path& dir) const {
     return lines_of(dir / "state" / "shadows.txt");
 }
@@ -110,11 +99,6 @@ ItemsList AllItems(const host_snapshot_t& snapshot) {
     for (const auto& entry : snapshot.items)
         all.insert(all.end(), entry.second.begin(), entry.second.end());
     return all;
-}
-
-std::string ReadThrough(const std::wstring& windowsPath) {
-    const auto file = hostsim::map_path(windowsPath);
-    return file ? read_file(*file) : std::string();
 }
 
 } // namespace import_test

@@ -18,6 +18,7 @@ namespace import_test {
 
 using snapshot_test::failure_lines;
 using snapshot_test::log_capture_t;
+using snapshot_test::read_through;
 
 class host_and_proxy_t {
 public:
@@ -33,8 +34,6 @@ public:
     std::string OffhostSpec() const;
     // The ids of the off-host specification's VMs, in its order.
     std::vector<GUID> OffhostVms() const;
-    // Rewrites a file of the host's volumes, found by its Windows path.
-    void Overwrite(const std::wstring& windowsPath, const std::string& content) const;
     // The lines of state/shadows.txt: one per live shadow copy.
     std::vector<std::string> Shadows(const std::filesystem::path& dir) const;
     // The journal's op names (with their arguments, tab-separated), in order.
@@ -58,10 +57,6 @@ host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts);
 
 // Every item of the snapshot, in VM order.
 ItemsList AllItems(const host_snapshot_t& snapshot);
-
-// A file's content through the selected host's mapping of Windows paths; empty when
-// the path leads nowhere.
-std::string ReadThrough(const std::wstring& windowsPath);
 
 using test_support::contains;
 using test_support::read_file;

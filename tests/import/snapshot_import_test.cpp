@@ -1,6 +1,9 @@
 // The import itself, on the test's thread: a transportable snapshot taken on the host
 // comes over to the proxy from the backup document, with the writers checked while
-// it comes; or the import gives its own failure and nothing stays on the proxy.
+// it comes; or the import gives its own failure and nothing stays on the proxy. Then the host's
+// volume-name paths converted to the imported shadow copies: which items move, how the rest of
+// a path is joined to the device, and what stays as it came.
+#include "import/import_snapshot_result.h"
 #include "import/vss_import_snapshot.h"
 #include "import_test_support.h"
 
@@ -36,6 +39,34 @@ std::size_t FirstCall(const std::vector<std::string>& calls, const std::string& 
     const auto at =
         std::find_if(calls.begin(), calls.end(), [&](const std::string& c) { return c.rfind(call, 0) == 0; });
     return static_cast<std::size_t>(at - calls.begin());
+}
+
+const std::wstring volumeC = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
+const std::wstring volumeD = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000002}\\";
+const std::wstring shadow7 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7";
+const std::wstring shadow8 = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy8";
+const VSSUtils::VSS_SNAPSHOT_INFO c7{GUID_NULL, volumeC, shadow7}, d8{GUID_NULL, volumeD, shadow8};
+
+hv::CVssImportSnapshotResult ResultOf(std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots) {
+    return hv::CVssImportSnapshotResult(
+        std::make_shared<const std::vector<VSSUtils::VSS_SNAPSHOT_INFO>>(std::move(snapshots)));
+}
+
+CFilesListItem Item(const std::wstring& fullPath, const std::wstring& relativePath = L"disk.vhdx") {
+    return CFilesListItem(L"C:\\VMs\\vm1\\", L"*.vhdx", 1, relativePath, fullPath);
+}
+
+ItemsList Convert(const hv::CVssImportSnapshotResult& result, const ItemsList& items) {
+    ItemsList converted;
+    DeserializeItemsListUtf8(result.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
+    return converted;
+}
+
+std::vector<std::wstring> FullPaths(const ItemsList& items) {
+    std::vector<std::wstring> paths;
+    for (const CFilesListItem& item : items)
+        paths.push_back(item.fullPath);
+    return paths;
 }
 
 } // namespace
@@ -89,4 +120,63 @@ TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmp
         EXPECT_TRUE(contains(all, c.expected)) << all;
         EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty()) << all;
     }
+}
+
+TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
+    const auto result = ResultOf({c7, d8});
+    const ItemsList items{Item(volumeC + L"VMs\\vm1\\disk.vhdx"), Item(volumeD + L"data\\d.vhdx", L"d.vhdx"),
+                          Item(L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx"),
+                          Item(L"C:\\VMs\\vm1\\disk.vhdx"), Item(L"\\\\?\\Vol")};
+
+    const ItemsList converted = Convert(result, items);
+    EXPECT_EQ(FullPaths(converted),
+              (std::vector<std::wstring>{shadow7 + L"\\VMs\\vm1\\disk.vhdx", shadow8 + L"\\data\\d.vhdx",
+                                         items[2].fullPath, items[3].fullPath, items[4].fullPath}));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        EXPECT_EQ(converted[i].path, items[i].path) << "only FullPath changes";
+        EXPECT_EQ(converted[i].mask, items[i].mask);
+        EXPECT_EQ(converted[i].recursive, items[i].recursive);
+        EXPECT_EQ(converted[i].relativePath, items[i].relativePath);
+    }
+}
+
+// A path's volume is matched in any case, one closing separator is taken off each part and one
+// put between, and each snapshot walks the list once in the result's order.
+TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
+    const auto one = [](std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots, const std::wstring& fullPath) {
+        return FullPaths(Convert(ResultOf(std::move(snapshots)), {Item(fullPath)})).at(0);
+    };
+    std::wstring upper = volumeC;
+    for (wchar_t& c : upper)
+        c = static_cast<wchar_t>(std::towupper(c));
+    EXPECT_EQ(one({c7}, upper + L"VMs\\Vm1\\Disk.VHDX"), shadow7 + L"\\VMs\\Vm1\\Disk.VHDX");
+    EXPECT_EQ(one({c7}, volumeC), shadow7) << "the volume itself";
+    EXPECT_EQ(one({{GUID_NULL, volumeC, shadow7 + L"\\"}}, volumeC + L"a.vhd"), shadow7 + L"\\a.vhd");
+    EXPECT_EQ(one({{GUID_NULL, volumeC.substr(0, volumeC.size() - 1), shadow7}}, volumeC + L"a.vhd"),
+              shadow7 + L"\\\\a.vhd")
+        << "an old volume without its separator leaves the rest's in place";
+    const std::wstring nested = volumeD + L"inner";
+    EXPECT_EQ(one({{GUID_NULL, volumeC, nested}, d8}, volumeC + L"a.vhd"), shadow8 + L"\\inner\\a.vhd")
+        << "a device that begins with a later snapshot's volume is rewritten again";
+    EXPECT_EQ(one({d8, {GUID_NULL, volumeC, nested}}, volumeC + L"a.vhd"), nested + L"\\a.vhd");
+}
+
+TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyListAndUnreadableItemsFailThisCallOnly) {
+    const auto result = ResultOf({c7, d8});
+    log_capture_t log;
+    ItemsList none;
+    DeserializeItemsListUtf8(result.ConvertOffhostPaths("<FilesList/>"), none);
+    EXPECT_TRUE(none.empty());
+    EXPECT_TRUE(log.has("Obtaining paths to shadow copies of the specified files.")) << log.text();
+    EXPECT_TRUE(log.has("XML specification: [<FilesList/>].")) << log.text();
+    EXPECT_TRUE(log.has("Old volume: [" + to_ansi(volumeD) + "], new volume: [" + to_ansi(shadow8) + "]"))
+        << log.text();
+    EXPECT_EQ(log.count("Updating paths for files on volume ["), 2u) << log.text();
+    EXPECT_EQ(log.count(" ok."), 0u) << "the blocks close without a closing line\n" << log.text();
+    // Unreadable items fail this call only.
+    const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");
+    EXPECT_EQ(FullPaths(Convert(result, {Item(volumeC + L"a.vhd")})),
+              (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
 }

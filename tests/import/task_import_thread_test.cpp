@@ -94,5 +94,19 @@ TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
     const ItemsList converted = Converted(*task, AllItems(taken));
     ASSERT_FALSE(converted.empty());
     EXPECT_TRUE(converted[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
-    EXPECT_EQ(ReadThrough(converted[0].fullPath), "") << "a path that leads nowhere any more";
+    EXPECT_EQ(read_through(converted[0].fullPath), "") << "a path that leads nowhere any more";
+}
+
+TEST(ImportTask, WhileImportingPathsAreRefusedAndClosingCancelsTheImport) {
+    host_and_proxy_t hosts(R"(<Fault op="ImportSnapshots" delayMs="600000"/>)");
+    const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
+    log_capture_t log;
+    auto task = StartTask(taken);
+    ASSERT_TRUE(Eventually([&] { return log.has("Waiting until VSS import task finishes."); })) << log.text();
+    EXPECT_FALSE(task->GetOperationInfo()->IsCompleted());
+    EXPECT_EQ(failure_lines([&] { task->ConvertOffhostPaths("<FilesList/>"); }),
+              std::vector<std::string>{"There is no successfully imported snapshot."});
+    task.reset();
+    EXPECT_TRUE(log.has("Import snapshot task has been cancelled.")) << log.text();
+    EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty());
 }

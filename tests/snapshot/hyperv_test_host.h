@@ -4,7 +4,9 @@
 // MIRRACK_HOST for as long as the object lives.
 #pragma once
 
+#include "hostsim/host_access.h"
 #include "tests/support/host_folder.h"
+#include "tests/support/text_file.h"
 
 #include <string>
 #include <vector>
@@ -88,6 +90,13 @@ inline std::vector<spec_vm_t> three_vms() {
     return {{local_vm, false, {R"(C:\VMs\local\notes.txt)"}}, {csv_vm}, {smb_vm, true}};
 }
 
+// A file's content through the selected host's mapping of Windows paths; empty when the path
+// leads nowhere.
+inline std::string read_through(const std::wstring& windowsPath) {
+    const auto file = hostsim::map_path(windowsPath);
+    return file ? test_support::read_file(*file) : std::string();
+}
+
 class hyperv_host_t : public test_support::host_folder_t {
 public:
     explicit hyperv_host_t(const std::string& extra = "", const std::string& systemProvider = "")
@@ -129,12 +138,6 @@ public:
             if (all[i].substr(0, all[i].find('\t')) == op)
                 return i;
         return std::string::npos;
-    }
-    // The op called right before the first call of op.
-    std::string call_before(const std::string& op) const {
-        const auto all = calls();
-        const std::size_t at = first_call(op);
-        return at == std::string::npos || at == 0 ? "" : all[at - 1].substr(0, all[at - 1].find('\t'));
     }
 
     // No shadow copy lives and no file of a cluster shared volume is prepared for backup.

@@ -1,12 +1,20 @@
-// A snapshot task as the dispatcher holds it: answers while it runs, verdicts
-// handed to the writer at close, and a worker that ends the holding by itself.
+// A snapshot task as the dispatcher holds it: answers while it runs, its outcome seen whole,
+// verdicts handed to the writer at close, and a worker that ends the holding by itself; what
+// escapes a worker's body, and a worker that outlives its join. The hold and its end by the close
+// event or by its limit are read through the snapshot and import tasks.
 #include "snapshot_test_support.h"
 
 #include "common/exc/convert.h"
+#include "common/exc/exc.h"
+#include "common/win/event.h"
+#include "snapshot/operation_info.h"
+#include "snapshot/task_core.h"
+#include "snapshot/task_worker.h"
 #include "snapshot/vss_snapshot_thread.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -22,13 +30,14 @@ std::unique_ptr<CVssSnapshotThread2> start_task(const std::vector<spec_vm_t>& vm
                                                  parse_spec(spec_xml(vms, usual_providers)), limits);
 }
 
+void wait_for(const std::function<bool()>& condition) {
+    while (!condition())
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
 SOperationStatus wait_for_verdict(CVssSnapshotThread2& task) {
-    for (;;) {
-        SOperationStatus status = task.GetOperationInfo()->Read();
-        if (status.isCompleted)
-            return status;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    wait_for([&] { return task.GetOperationInfo()->IsCompleted(); });
+    return task.GetOperationInfo()->Read();
 }
 
 } // namespace
@@ -78,12 +87,57 @@ TEST(SnapshotTask, ASilentServersTaskCompletesByItselfAndKeepsItsResult) {
     limits.holdMs = 0;
     auto task = start_task({{local_vm}}, limits);
     ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
-    while (host.state_lines("shadows.txt").size() != 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    wait_for([&] { return host.state_lines("shadows.txt").empty(); });
 
     EXPECT_EQ(host.state_lines("backups.txt").back(),
               std::string("component\t") + local_vm + "\tnot-reported");
     EXPECT_FALSE(task->GetCreatedInfo()->BackupDoc.empty());
     EXPECT_NE(task->GetVmFiles(string_to_guid(std::string(local_vm))).find("local.vhdx"), std::string::npos);
     EXPECT_TRUE(task->GetOperationInfo()->Read().isSucceeded);
+}
+
+TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
+    COperationInfo info(threadTaskId, 1);
+    std::thread worker([&] { info.MarkFailed(L"line one\nline two", 99); });
+    SOperationStatus status = info.Read();
+    while (!status.isCompleted) {
+        // Until completion is published the outcome fields stay at their start values.
+        EXPECT_TRUE(status.isSucceeded);
+        EXPECT_EQ(status.errDescription, L"");
+        std::this_thread::yield();
+        status = info.Read();
+    }
+    worker.join();
+    EXPECT_FALSE(status.isSucceeded);
+    EXPECT_EQ(status.errDescription, L"line one\nline two");
+    EXPECT_EQ(status.completedTime, 99);
+}
+
+TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndAWorkerThatOutlivesItsJoinKeepsItsData) {
+    log_capture_t log;
+    impl::CTaskWorker worker("TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
+                             [] { throw exc::runtime_exc_t("Body gave up."); });
+    wait_for([&] { return worker.HasEnded(); });
+    worker.Stop();
+    EXPECT_TRUE(log.has("Body gave up.")) << log.text();
+    // The joiner gives up and goes on; the worker finishes later on what its body holds.
+    auto gate = std::make_shared<win::win_manual_reset_event_t>();
+    auto data = std::make_shared<std::vector<int>>();
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    {
+        impl::CTaskWorker outliving(
+            "TestWorker", std::make_shared<win::win_manual_reset_event_t>(),
+            [gate, data, done] {
+                impl::WaitForClose(*gate);
+                data->assign(1000, 7);
+                *done = true;
+            },
+            50);
+        outliving.Stop();
+    }
+    EXPECT_TRUE(log.has("Thread failed to stop during specified timeout: [50].")) << log.text();
+    EXPECT_EQ(impl::CTaskWorker::ReapAbandoned(), 1u);
+    gate->set();
+    wait_for([&] { return done->load(); });
+    wait_for([] { return impl::CTaskWorker::ReapAbandoned() == 0; });
 }

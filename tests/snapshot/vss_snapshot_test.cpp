@@ -1,10 +1,14 @@
-// A whole snapshot taken on the test's thread: what each VM's items say, in their order, and how
-// an off-host snapshot differs. What the shadow paths lead to is read through the tool.
+// A snapshot taken on the test's thread and its steps: which VMs a specification selects, the
+// provider each volume gets, the file set of each VM and where its items move, and how an off-host
+// snapshot differs. What the shadow paths lead to is read through the tool.
 #include "snapshot_test_support.h"
 
 #include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/snapshot_ids.h"
+#include "snapshot/provider_choice.h"
+#include "snapshot/shadow_paths.h"
+#include "snapshot/vm_file_set.h"
 #include "spec/hv_backup_spec.h"
 
 #include <gtest/gtest.h>
@@ -111,4 +115,126 @@ TEST(Snapshot, AProviderThatRefusesOnceIsAskedAgainAfterThePauseAndServes) {
     EXPECT_EQ(host.count("IsVolumeSupported"), 2u);
     EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
     EXPECT_FALSE(items_of(*snapshot->BuildResult(), local_vm).empty());
+}
+
+TEST(VmSelection, IdsMatchTheWritersNamesInAnyLetterCaseAndKeepTheWritersSpelling) {
+    hyperv_host_t host;
+    std::string lower = csv_vm;
+    for (auto& c : lower)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    auto snapshot = take_snapshot(spec_xml({lower}, usual_providers));
+    ASSERT_EQ(snapshot->GetVms().size(), 1u);
+    EXPECT_EQ(snapshot->GetVms().begin()->first, to_unicode(csv_vm));
+}
+
+// Nothing stops the task before the snapshot, and VSS accepts a set without volumes.
+TEST(VmSelection, AnEmptyListReadsNoComponentAndGoesOnWithAnEmptySet) {
+    hyperv_host_t host;
+    auto snapshot = take_snapshot(spec_xml({}, usual_providers));
+    EXPECT_TRUE(snapshot->GetVms().empty());
+    EXPECT_EQ(host.count("GetComponent"), 0u);
+    EXPECT_EQ(host.count("AddToSnapshotSet"), 0u);
+    EXPECT_EQ(host.count("DoSnapshotSet"), 1u);
+}
+
+// The matched VMs go with the task: one missing VM fails the whole of it.
+TEST(VmSelection, MissingVmsFailTheTaskWithTheirIdsJoined) {
+    struct case_t {
+        std::vector<spec_vm_t> vms;
+        std::string listed;
+    };
+    for (const case_t& c :
+         {case_t{{{local_vm}, {"a"}, {"b"}}, "a;b"},
+          case_t{{{csv_vm}, {std::string("{") + local_vm + "}"}}, std::string("{") + local_vm + "}"},
+          case_t{{{local_vm}, {local_vm}}, local_vm}}) {
+        SCOPED_TRACE(c.listed);
+        hyperv_host_t host;
+        log_capture_t log;
+        const auto lines = failure_lines([&] { take_snapshot(spec_xml(c.vms, usual_providers)); });
+        EXPECT_EQ(lines,
+                  (std::vector<std::string>{
+                      "There is no VSS metadata for VMs, or they are not registered on Hyper-V host. VMs: '" +
+                          c.listed + "'.",
+                      "Failed to specify VMs that should be backed up."}));
+        EXPECT_EQ(log.count("Excluding VM from backup list"), c.vms.size() - 1);
+        EXPECT_EQ(host.count("StartSnapshotSet"), 0u);
+    }
+}
+
+TEST(ProviderChoice, FollowsTheTypeOfTheVolumesEntry) {
+    const std::string other = "{12345678-aaaa-bbbb-cccc-1234567890ab}";
+    struct case_t {
+        const char* name;
+        std::string providers;
+        std::wstring mountPoint;
+        std::string id;
+        std::string line;
+    };
+    for (const case_t& c :
+         {case_t{"NothingSpecified", "", L"C:\\", "{00000000-0000-0000-0000-000000000000}",
+                 "Snapshot provider is not specified for volume [C:\\]. Default one will be used."},
+          case_t{"SystemIgnoresItsId", "<VSSProvider type=\"1\" id=\"" + other + "\"/>", L"C:\\",
+                 "{b5946137-7b9f-4925-af80-51abd60b20d5}", "System provider will be used for volume [C:\\]."},
+          case_t{"FileShare",
+                 "<volumes><volProvider type=\"4\" id=\"" + other +
+                     "\" volMountPoint=\"\\\\fs\\s\"/></volumes>",
+                 L"\\\\FS\\S\\", "{89300202-3cec-4981-9171-19f59559e0f2}",
+                 "File share provider will be used for the volume [\\\\FS\\S\\]."},
+          case_t{"CsvByPathEquality",
+                 "<volumes><volProvider type=\"5\" id=\"" + other +
+                     "\" volMountPoint=\"C:\\CS\\V1\"/></volumes>",
+                 L"c:\\cs\\v1\\", "{400a2ff4-5eb1-44b0-8a05-1fcac0bcf9ff}",
+                 "CSV provider will be used for the volume [c:\\cs\\v1\\]."},
+          case_t{"Software", "<VSSProvider type=\"2\" id=\"" + other + "\"/>", L"C:\\", other,
+                 "Software provider [" + other + "] will be used for volume [C:\\]."},
+          case_t{"UnknownTypeCountsAsHardware", "<VSSProvider type=\"7\" id=\"" + other + "\"/>", L"C:\\",
+                 other, "Hardware provider [" + other + "] will be used for the volume [C:\\]."}}) {
+        SCOPED_TRACE(c.name);
+        auto spec = parse_spec(spec_xml({}, c.providers));
+        log_capture_t log;
+        EXPECT_EQ(guid_to_string(impl::ChooseProvider(*spec, c.mountPoint)), c.id);
+        EXPECT_TRUE(log.has(c.line)) << log.text();
+    }
+}
+
+TEST(ShadowPaths, ItemsOnTheOldVolumeInAnyCaseMoveToTheNewOneOthersStayAndTheResultAnswersPerVm) {
+    const std::wstring oldVolume = L"\\\\?\\Volume{aa}\\";
+    const std::wstring device = L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7";
+    ItemsList items{CFilesListItem(L"p", L"m", 0, L"r", L"\\\\?\\VOLUME{AA}\\VMs\\a.vhdx"),
+                    CFilesListItem(L"p", L"m", 0, L"r", oldVolume),
+                    CFilesListItem(L"p", L"m", 0, L"r", L"\\\\?\\Volume{bb}\\VMs\\a.vhdx")};
+    impl::MapVmItems(items, oldVolume, device);
+    EXPECT_EQ(items[0].fullPath, device + L"\\VMs\\a.vhdx");
+    EXPECT_EQ(items[1].fullPath, device);
+    EXPECT_EQ(items[2].fullPath, L"\\\\?\\Volume{bb}\\VMs\\a.vhdx");
+    EXPECT_EQ(items[0].relativePath, L"r");
+    // The result lists a VM by its id and refuses others.
+    const GUID known = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+    const GUID unknown = {9, 9, 9, {9, 9, 9, 9, 9, 9, 9, 9}};
+    CVssSnapshotResult result(std::make_shared<impl::CSnapshotInfo>(),
+                              {{known, {CFilesListItem(L"p", L"m", 0, L"r", L"f")}}});
+    EXPECT_NE(result.ListVmFiles(known).find("FullPath=\"f\""), std::string::npos);
+    EXPECT_EQ(failure_lines([&] { result.ListVmFiles(unknown); }),
+              std::vector<std::string>{"Cannot find VM with ID: [{00000009-0009-0009-0909-090909090909}]"});
+}
+
+TEST(VmFileSet, AFailedSearchNamesEveryLevelOfTheWalkAndAuxFilesAreAddedOnceUnchecked) {
+    hyperv_host_t host(R"(<Fault op="FindNextFileW" match="Snapdeep" err="5"/>)");
+    ItemsList items;
+    const auto lines =
+        failure_lines([&] { impl::SearchFiles(items, L"%VmRoot%\\local\\", L"Snap*", true, L""); });
+    ASSERT_GE(lines.size(), 4u);
+    EXPECT_EQ(lines[1],
+              "File search operation has failed. Search mask: [C:\\VMs\\local\\Snapshots\\Snapdeep\\Snap*].");
+    const std::string level =
+        "Failed to search the directory [%VmRoot%\\local\\] for a file [Snap*]. Is search recursive: [true].";
+    EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()), std::vector<std::string>(3, level));
+    // Aux files are added once, by path equality, without being checked.
+    ItemsList listed{CFilesListItem(L"C:\\VMs\\", L"a.vhdx", 0, L"a.vhdx", L"C:\\VMs\\a.vhdx")};
+    impl::AddAuxFiles(listed,
+                      {"c:\\vms\\\\A.VHDX", "C:\\VMs\\notes.txt", "C:\\VMs\\notes.txt\\", "bare.txt"});
+    EXPECT_EQ(listed,
+              (ItemsList{CFilesListItem(L"C:\\VMs\\", L"a.vhdx", 0, L"a.vhdx", L"C:\\VMs\\a.vhdx"),
+                         CFilesListItem(L"C:\\VMs", L"notes.txt", 0, L"notes.txt", L"C:\\VMs\\notes.txt"),
+                         CFilesListItem(L"", L"bare.txt", 0, L"bare.txt", L"bare.txt")}));
 }

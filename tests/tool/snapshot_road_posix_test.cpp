@@ -1,15 +1,14 @@
 // POSIX only: the road runs on a simulated host made by mirrack-lab.
 // The road of a snapshot through the real tool on a simulated Hyper-V host: from
 // BeginSnapshotCreation to the close, as the backup server drives it, and the
-// failures on the way, a worker killed by a signal among them. Whatever happens, the tool
-// goes on serving and the host is left without shadow copies.
+// failures on the way, a worker killed by a signal and a second tool on the host among them.
+// Whatever happens, the tool goes on serving and the host is left without shadow copies.
 #include "tool_job.h"
 
 #include "client/invoke_client.h"
 #include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "documents/files_list.h"
-#include "hostsim/host_access.h"
 #include "lab/host_state_report.h"
 #include "lab/lab_commands.h"
 #include "tests/snapshot/hyperv_test_host.h"
@@ -33,10 +32,6 @@ using client::CResponse;
 namespace {
 
 using test_support::contains;
-
-std::string ReadThrough(const std::wstring& windowsPath) {
-    return read_file(hostsim::map_path(windowsPath).value_or(""));
-}
 
 GUID VmId(const char* id) {
     return string_to_guid(std::string(id));
@@ -84,6 +79,16 @@ long WorkerThreadId(const std::string& log, const std::string& role) {
     return id == std::string::npos ? 0 : std::strtol(log.c_str() + id + marker.size(), nullptr, 10);
 }
 
+// A host whose faults are gone serves the next backup, and is left clean after it.
+void ExpectTheNextBackupSucceeds(const hyperv_host_t& host, const std::vector<spec_vm_t>& vms) {
+    host.write("host.xml", hyperv_host_xml());
+    ToolJob next(host.dir());
+    ASSERT_TRUE(next.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    EXPECT_TRUE(next.Succeeds());
+    next.Close();
+    EXPECT_TRUE(host.is_clean());
+}
+
 } // namespace
 
 TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVerdictsToTheWriter) {
@@ -106,15 +111,12 @@ TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVe
     road.host.write("shares/fs01-vms/smb/smb.vhdx", "smb disk, after");
     const ItemsList local = road.FilesOf(local_vm);
     ASSERT_EQ(local.size(), 6u);
-    EXPECT_EQ(local[0].path, L"C:\\VMs\\local\\");
-    EXPECT_EQ(local[0].mask, L"local.vhdx");
-    EXPECT_EQ(local[0].relativePath, L"local.vhdx");
-    EXPECT_EQ(ReadThrough(local[0].fullPath), "local disk, before");
+    EXPECT_EQ(read_through(local[0].fullPath), "local disk, before");
     for (const char* vm : {csv_vm, smb_vm}) {
         const ItemsList items = road.FilesOf(vm);
         ASSERT_FALSE(items.empty());
         EXPECT_TRUE(items[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
-        EXPECT_TRUE(ReadThrough(items[0].fullPath).ends_with("disk, before")) << to_ansi(items[0].fullPath);
+        EXPECT_TRUE(read_through(items[0].fullPath).ends_with("disk, before")) << to_ansi(items[0].fullPath);
     }
 
     road.Report(local_vm, true);
@@ -127,7 +129,8 @@ TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVe
                                         std::string("component\t") + csv_vm + "\tfailed",
                                         std::string("component\t") + smb_vm + "\tnot-reported"}));
     EXPECT_TRUE(road.host.state_lines("shadows.txt").empty());
-    EXPECT_EQ(road.host.call_before("PrepareForBackup"), "SetBackupState");
+    EXPECT_EQ(road.host.calls().at(road.host.first_call("PrepareForBackup") - 1).rfind("SetBackupState", 0),
+              0u);
     EXPECT_EQ(road.host.count("SetContext"), 0u);
     EXPECT_EQ(road.host.count("AddComponent"), 3u);
     EXPECT_EQ(road.host.count("AddComponent", idle_vm), 0u);
@@ -181,11 +184,6 @@ const road_failure_t failures[] = {
      .expected = {"Writer 'Microsoft Hyper-V VSS Writer' is failed at 'VSS_WS_FAILED_AT_FREEZE'.",
                   createFailed},
      .neverCalled = "GetSnapshotProperties"},
-    {.name = "AsyncError",
-     .hostExtra = R"(<Fault op="DoSnapshotSet" status="0x80042306"/>)",
-     .expected = {"Unknown status of async operation\n", createFailed},
-     .neverCalled = "GetSnapshotProperties",
-     .afterPrepare = true},
     // Cancelled by VSS itself: the operation ends without its effect. Without the writers'
     // metadata the walk's next call is refused.
     {.name = "GatherCancelledByVss",
@@ -236,17 +234,43 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
     EXPECT_TRUE(road.host.state_lines("creation.txt").empty());
 
-    road.host.write("host.xml", hyperv_host_xml());
-    ToolJob next(road.host.dir());
-    ASSERT_TRUE(next.Begin(spec_xml(c.vms, usual_providers)).IsSuccess());
-    EXPECT_TRUE(next.Succeeds());
-    next.Close();
+    ExpectTheNextBackupSucceeds(road.host, c.vms);
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
-    EXPECT_TRUE(road.host.is_clean());
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SnapshotRoadFailure, ::testing::ValuesIn(failures),
                          [](const auto& instance) { return std::string(instance.param.name); });
+
+// One shadow-copy creation runs at a time on a host: a second tool's fails and leaves the first's alone.
+TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouched) {
+    // The first job's snapshot takes a while, long enough for the second to reach StartSnapshotSet.
+    Road first(R"(<Fault op="DoSnapshotSet" delayMs="3000"/>)");
+    ToolJob second(first.host.dir());
+    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
+    ASSERT_TRUE(first.Begin(vms).IsSuccess());
+    first.WaitForCall("DoSnapshotSet");
+    const std::string csvStateOfTheFirst = read_file(first.host.dir() / "state" / "csv.txt");
+
+    ASSERT_TRUE(second.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    const CResponse status = second.WaitForVerdict();
+    EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
+    const std::string description = to_ansi(status.Value(L"ErrDescription"));
+    EXPECT_TRUE(contains(description,
+                         "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
+                         "already in progress. Wait a few moments and try again.\n--tr:Failed to "
+                         "perform pre-backup tasks."))
+        << description;
+    EXPECT_EQ(first.host.count("StartSnapshotSet"), 2u);
+    EXPECT_EQ(first.host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
+    EXPECT_EQ(read_file(first.host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
+    second.Close();
+
+    ASSERT_TRUE(first.Succeeds());
+    first.Close();
+    EXPECT_TRUE(first.host.is_clean());
+    EXPECT_EQ(first.host.state_lines("backups.txt").size(), 3u) << "the first job's backup and its two VMs";
+    ExpectTheNextBackupSucceeds(first.host, vms);
+}
 
 // The report is taken at its word; only the writer, at the close, can't be told about it.
 TEST(SnapshotRoad, AVerdictForAVmOutsideTheTaskFailsTheWorkerAtTheCloseBeforeTheBackupCompletes) {

@@ -46,7 +46,6 @@ public:
     std::string OutputText() const;
 
     const std::filesystem::path& PipeFolder() const { return pipeFolder; }
-    const std::filesystem::path& Folder() const { return folder; }
     long long Pid() const { return pid; }
 
 private:

@@ -1,4 +1,6 @@
-// How the tool starts and ends, seen from outside: exit status, log, pipe.
+// How the tool starts and ends, seen from outside: exit status, log, pipe. On POSIX also names
+// made of bytes (a pipe's socket, a native log path), a broken pipe on standard output and the
+// simulated host, which exist only there.
 #include "tool_expectations.h"
 #include "tool_job.h"
 
@@ -10,11 +12,14 @@
 #include <fstream>
 #include <thread>
 
-namespace {
+#ifndef _WIN32
+#include "common/win/native_name_posix.h"
+#include "tests/support/host_folder.h"
+
+#include <cstdlib>
+#endif
 
 using test_support::contains;
-
-} // namespace
 
 TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
     const std::pair<std::vector<std::string>, std::string> refusals[] = {
@@ -68,3 +73,50 @@ TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
     EXPECT_FALSE(contains(second.LogText(), tool_expect::normalEnd));
     first.Close();
 }
+
+#ifndef _WIN32
+// A backup server that passes a name which is not UTF-8 finds the socket under the same bytes;
+// the texts show the name with U+FFFD in place of what is not UTF-8. Standard output and error
+// that nobody reads are no reason to stop: the pipe is served.
+TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytesAndUnreadOutputsLeaveItServed) {
+    const std::string name = "bad\xff";
+    ToolRun run({"-p", "-n", name, "-o", "L"}, {}, {}, ToolRun::output_t::closed_pipe);
+    run.DirectClients();
+    auto client = client::CInvokeClient::Connect(win::wide_from_name_bytes(name));
+    EXPECT_TRUE(std::filesystem::exists(run.PipeFolder() / name));
+    EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
+    client->Disconnect();
+    EXPECT_EQ(run.WaitForExit(), 0);
+    const std::string log = run.LogText();
+    EXPECT_TRUE(contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
+    EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
+}
+
+// A native log path names its folder by bytes, as the pipe name does: no folder with U+FFFD in
+// place of what is not UTF-8.
+TEST(ToolStartup, LogPathThatIsNotUtf8NamesItsFolderWithItsBytes) {
+    std::string base = (std::filesystem::temp_directory_path() / "mirrack-log-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(base.data()), nullptr);
+    const std::filesystem::path folder = std::filesystem::path(base) / "bad\xff";
+    ToolRun run({"-log", (folder / "tool.log").string()});
+    EXPECT_EQ(run.WaitForExit(), 0);
+    EXPECT_TRUE(contains(read_file(folder / "tool.log"), tool_expect::notPipeMode));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(base) / "bad\xef\xbf\xbd"));
+    std::filesystem::remove_all(base);
+}
+
+// A host that cannot be read fails every simulated call and says so once, naming the file; the
+// tool's own native log needs no host and is written all the same.
+TEST(ToolStartup, AHostThatCannotBeReadSaysSoOnceAndTakesNotTheNativeLogAway) {
+    test_support::host_folder_t host("mirrack-unreadable");
+    std::filesystem::create_directories(host.dir() / "host.xml");
+    ToolJob job(host.dir());
+    const std::string log = job.End();
+    EXPECT_TRUE(contains(log, "Start pipe invoker server.")) << log;
+    const std::string said = job.run.OutputText();
+    const std::string complaint =
+        "Simulated host is unusable: " + (host.dir() / "host.xml").string() + ": the host cannot be read: ";
+    EXPECT_TRUE(contains(said, complaint + "Is a directory\n")) << said;
+    EXPECT_EQ(said.find(complaint), said.rfind(complaint)) << said;
+}
+#endif
