@@ -1,8 +1,8 @@
 // The calling thread's last Win32 error (GetLastError / SetLastError).
 #pragma once
 
-#include "common/exc/convert.h"
 #include "common/exc/exc.h"
+#include "common/format/format.h"
 #include "compat/win_types.h"
 
 #include <string>

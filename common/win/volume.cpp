@@ -1,5 +1,6 @@
 #include "common/win/volume.h"
 
+#include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "common/win/last_error.h"
 #include "common/win/volume_os.h"
