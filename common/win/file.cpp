@@ -81,8 +81,8 @@ DWORD file_read(win_file_t& file, void* buffer, DWORD length) {
 
 std::uint64_t file_size(win_file_t& file) {
     std::uint64_t size = 0;
-    throw_if_failed(detail::os_file_size(file.handle->handle(), size), "WINAPI: Cannot get file size. File: [%1].",
-                    file.path);
+    throw_if_failed(detail::os_file_size(file.handle->handle(), size),
+                    "WINAPI: Cannot get file size. File: [%1].", file.path);
     return size;
 }
 
