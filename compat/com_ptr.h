@@ -33,13 +33,6 @@ public:
 
     ~com_ptr_t() { reset(); }
 
-    // Adopts a reference the caller already owns (an out-parameter of a platform call).
-    static com_ptr_t attach(T* p) noexcept {
-        com_ptr_t result;
-        result.p_ = p;
-        return result;
-    }
-
     // Gives up the reference without releasing it.
     T* detach() noexcept { return std::exchange(p_, nullptr); }
 

@@ -24,14 +24,11 @@ typedef std::uint32_t ULONG;
 typedef std::int32_t INT;
 typedef std::uint32_t UINT;
 typedef std::int64_t LONGLONG;
-typedef std::uint64_t ULONGLONG;
 typedef std::int32_t BOOL;
 typedef wchar_t WCHAR;
 typedef WCHAR OLECHAR;
 typedef WCHAR* LPWSTR;
 typedef const WCHAR* LPCWSTR;
-typedef char* LPSTR;
-typedef const char* LPCSTR;
 typedef void* LPVOID;
 typedef void* HANDLE;
 typedef LONG HRESULT;
@@ -55,19 +52,15 @@ typedef std::size_t SIZE_T;
 
 #define SUCCEEDED(hr) (((HRESULT)(hr)) >= 0)
 #define FAILED(hr) (((HRESULT)(hr)) < 0)
-#define HRESULT_FROM_WIN32(x)                                                                                \
-    ((HRESULT)(x) <= 0 ? ((HRESULT)(x)) : ((HRESULT)(((x)&0x0000FFFF) | (7 << 16) | 0x80000000)))
 
 #define S_OK ((HRESULT)0L)
 #define S_FALSE ((HRESULT)1L)
 #define E_NOTIMPL ((HRESULT)0x80004001L)
 #define E_NOINTERFACE ((HRESULT)0x80004002L)
 #define E_POINTER ((HRESULT)0x80004003L)
-#define E_ABORT ((HRESULT)0x80004004L)
 #define E_FAIL ((HRESULT)0x80004005L)
 #define E_UNEXPECTED ((HRESULT)0x8000FFFFL)
 #define E_ACCESSDENIED ((HRESULT)0x80070005L)
-#define E_HANDLE ((HRESULT)0x80070006L)
 #define E_OUTOFMEMORY ((HRESULT)0x8007000EL)
 #define E_INVALIDARG ((HRESULT)0x80070057L)
 
@@ -79,7 +72,6 @@ typedef std::size_t SIZE_T;
 #define ERROR_ACCESS_DENIED 5L
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_NOT_ENOUGH_MEMORY 8L
-#define ERROR_INVALID_DATA 13L
 #define ERROR_NOT_SAME_DEVICE 17L
 #define ERROR_NO_MORE_FILES 18L
 #define ERROR_WRITE_PROTECT 19L
@@ -93,7 +85,6 @@ typedef std::size_t SIZE_T;
 #define ERROR_DISK_FULL 112L
 #define ERROR_CALL_NOT_IMPLEMENTED 120L
 #define ERROR_SEM_TIMEOUT 121L
-#define ERROR_INSUFFICIENT_BUFFER 122L
 #define ERROR_INVALID_NAME 123L
 #define ERROR_DIR_NOT_EMPTY 145L
 #define ERROR_BAD_PATHNAME 161L
@@ -114,7 +105,6 @@ typedef std::size_t SIZE_T;
 #define ERROR_NOT_FOUND 1168L
 #define ERROR_TIMEOUT 1460L
 #define ERROR_CANT_RESOLVE_FILENAME 1921L
-#define RPC_S_INVALID_STRING_UUID 1705L
 
 #define MAX_PATH 260
 
@@ -138,7 +128,6 @@ struct GUID {
 typedef GUID IID;
 typedef GUID CLSID;
 #define REFIID const IID&
-#define REFGUID const GUID&
 
 inline bool operator==(const GUID& a, const GUID& b) {
     if (a.Data1 != b.Data1 || a.Data2 != b.Data2 || a.Data3 != b.Data3)

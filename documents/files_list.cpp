@@ -45,16 +45,12 @@ CFilesListItem::CFilesListItem(std::wstring specPath, std::wstring specMask, std
 namespace {
 
 template <class Write> auto serialize(const Write& write) {
-    try {
-        return write();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to serialize files list to XML.", e);
-    }
+    return exc::traced("Failed to serialize files list to XML.", [&] { return write(); });
 }
 
 // Every child counts as an item, whatever its name.
 template <class Load> void deserialize(const Load& load, ItemsList& items) {
-    try {
+    exc::traced("Failed to de-serialize XML to the items list.", [&] {
         const dom_element_t root = dom_required_child(load(), names().root);
         const std::vector<dom_element_t> children = dom_child_elements(root);
         ItemsList read;
@@ -67,9 +63,7 @@ template <class Load> void deserialize(const Load& load, ItemsList& items) {
         else
             items.insert(items.end(), std::make_move_iterator(read.begin()),
                          std::make_move_iterator(read.end()));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to de-serialize XML to the items list.", e);
-    }
+    });
 }
 
 } // namespace

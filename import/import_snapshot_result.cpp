@@ -47,7 +47,7 @@ std::string ItemsLogLine(const std::string& itemsXml) {
 } // namespace
 
 std::string CVssImportSnapshotResult::ConvertOffhostPaths(const std::string& itemsXml) const {
-    try {
+    return exc::traced("Failed to obtain paths to shadow items on imported snapshot.", [&] {
         log_scope_t scope(logging::tool_logger(), "Obtaining paths to shadow copies of the specified files.");
         log_info(logging::tool_logger(), ItemsLogLine(itemsXml));
         ItemsList items;
@@ -59,9 +59,7 @@ std::string CVssImportSnapshotResult::ConvertOffhostPaths(const std::string& ite
         std::string converted = SerializeItemsListUtf8(items);
         scope.close_quietly();
         return converted;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to obtain paths to shadow items on imported snapshot.", e);
-    }
+    });
 }
 
 } // namespace hv

@@ -12,7 +12,7 @@ namespace hv {
 std::shared_ptr<CVssImportSnapshotResult>
 EnumerateImportedVolumes(VSSUtils::BackupComponentsPtr components,
                          const std::shared_ptr<CImportSnapshotContext>& context) {
-    try {
+    return exc::traced("Failed to enumerate mount points for imported snapshots.", [&] {
         log_scope_t scope(logging::tool_logger(), "Enumerating mount points for imported snapshots.");
         SnapshotIdList ids;
         DeserializeSnapshotIds(context->snapshotIdsList, ids);
@@ -26,9 +26,7 @@ EnumerateImportedVolumes(VSSUtils::BackupComponentsPtr components,
         auto result = std::make_shared<CVssImportSnapshotResult>(std::move(snapshots));
         scope.close_quietly();
         return result;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to enumerate mount points for imported snapshots.", e);
-    }
+    });
 }
 
 } // namespace hv

@@ -31,7 +31,7 @@ CVssImportSnapshotThread::CVssImportSnapshotThread(const std::wstring& jobName,
                                                    const std::wstring& backupConsole, const GUID& snapshotId,
                                                    std::shared_ptr<CImportSnapshotContext> context,
                                                    const SSnapshotTaskLimits& limits) {
-    try {
+    exc::traced("Failed to starting snapshot import thread.", [&] {
         shared =
             std::make_shared<SShared>(impl::STaskIdentity{jobName, backupConsole, snapshotId}, limits.holdMs);
         shared->context = std::move(context);
@@ -39,9 +39,7 @@ CVssImportSnapshotThread::CVssImportSnapshotThread(const std::wstring& jobName,
                           guid_to_string(snapshotId), to_ansi_nothrow(jobName));
         thread = impl::StartTaskWorker(importWorker, shared, ImportProc, limits.joinMs);
         scope.close_quietly();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to starting snapshot import thread.", e);
-    }
+    });
 }
 
 CVssImportSnapshotThread::~CVssImportSnapshotThread() {

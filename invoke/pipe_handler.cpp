@@ -11,11 +11,6 @@ namespace win::pipes {
 
 namespace {
 
-// The pipe layer belongs to the common library and logs under its handle.
-const logger_t& pipe_logger() {
-    return logging::lib_logger();
-}
-
 void wait_for_client_in_time(pipe_channel_t& pipe, const std::shared_ptr<win_manual_reset_event_t>& cancel,
                              const std::shared_ptr<win_manual_reset_event_t>& stop) {
     // The caller's limit is not consulted: a backup server that is slower than this is gone.
@@ -98,7 +93,8 @@ void CPipeHandler::WaitClient(const std::shared_ptr<win_manual_reset_event_t>& s
 bool CPipeHandler::ReadMessage(byte_buffer_t& result) {
     try {
         pipe_channel_t& channel = Pipe();
-        log_scope_t scope(log_scope_t::silent, pipe_logger(), "Reading data from pipe '%1'.",
+        // The pipe layer belongs to the common library and logs under its handle.
+        log_scope_t scope(log_scope_t::silent, logging::lib_logger(), "Reading data from pipe '%1'.",
                           to_ansi_nothrow(pipePath));
         const bool complete = ReadWholeMessage(channel, result);
         scope.close_quietly();
@@ -111,7 +107,7 @@ bool CPipeHandler::ReadMessage(byte_buffer_t& result) {
 bool CPipeHandler::WriteMessage(const byte_buffer_t& data) {
     try {
         pipe_channel_t& channel = Pipe();
-        log_scope_t scope(log_scope_t::silent, pipe_logger(), "Writing data into pipe '%1'.",
+        log_scope_t scope(log_scope_t::silent, logging::lib_logger(), "Writing data into pipe '%1'.",
                           to_ansi_nothrow(pipePath));
         const bool sent = WriteWholeMessage(channel, data);
         scope.close_quietly();

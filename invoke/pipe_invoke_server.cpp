@@ -42,13 +42,11 @@ CPipeInvokeSrv::~CPipeInvokeSrv() {
 }
 
 void CPipeInvokeSrv::WaitClientConnection() {
-    try {
+    exc::traced("Failed to create client connection.", [&] {
         log_scope_t scope(server_logger(), "Waiting input connection.");
         pipe->WaitClient(stopEvent, win::pipes::client_wait_limit_ms);
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create client connection.", e);
-    }
+    });
 }
 
 void CPipeInvokeSrv::DispatchLoop() {
@@ -59,7 +57,7 @@ void CPipeInvokeSrv::DispatchLoop() {
 }
 
 bool CPipeInvokeSrv::ProcessCommand() {
-    try {
+    return exc::traced("Failed to execute client command.", [&] {
         log_scope_t scope(log_scope_t::silent, server_logger(), "Processing command.");
         win::pipes::byte_buffer_t message;
         if (!pipe->ReadMessage(message)) {
@@ -73,9 +71,7 @@ bool CPipeInvokeSrv::ProcessCommand() {
                         to_ansi_nothrow(win::pipes::DecodeFrameText(response).text));
         scope.close_quietly();
         return sent;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to execute client command.", e);
-    }
+    });
 }
 
 win::pipes::byte_buffer_t CPipeInvokeSrv::ExecuteFrame(const win::pipes::byte_buffer_t& message) {

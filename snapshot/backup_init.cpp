@@ -11,7 +11,7 @@
 namespace impl {
 
 void CVssSnapshot::InitBackup() {
-    try {
+    exc::traced("Failed to initialize VSS backup.", [&] {
         log_scope_t scope(logging::tool_logger(), "Initializing VSS backup.");
         backupComponents = VSSUtils::CreateBackupComponents();
         VSSUtils::InitBackupComponents(backupComponents, std::wstring());
@@ -23,31 +23,25 @@ void CVssSnapshot::InitBackup() {
         if (IsTransportable())
             EnableTransportable();
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to initialize VSS backup.", e);
-    }
+    });
 }
 
 void CVssSnapshot::CollectMetadata(VSSUtils::ITestCancelCallback& probe) {
-    try {
+    exc::traced("Failed to collect Hyper-V writer metadata.", [&] {
         log_scope_t scope(logging::tool_logger(), "Collecting Hyper-V writer metadata.");
         VSSUtils::CVssMetaCache cache(HyperVWriterId);
         VSSUtils::EnumWritersMetadata(backupComponents, cache, &probe);
         hyperVWriterMetadata = cache.Get(HyperVWriterId);
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to collect Hyper-V writer metadata.", e);
-    }
+    });
 }
 
 void CVssSnapshot::EnableTransportable() {
-    try {
+    exc::traced("Failed to enable transportable shadow copy.", [&] {
         log_scope_t scope(logging::tool_logger(), "Enabling transportable shadow copy");
         VSSUtils::SetVssContext(backupComponents, VSS_VOLSNAP_ATTR_TRANSPORTABLE);
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to enable transportable shadow copy.", e);
-    }
+    });
 }
 
 } // namespace impl

@@ -16,7 +16,7 @@ void MapVmItems(ItemsList& items, const std::wstring& oldVolume, const std::wstr
 }
 
 void CVssSnapshot::MapItemsToShadow() {
-    try {
+    exc::traced("Failed to create matching between VM items and  shadow items.", [&] {
         log_scope_t scope(logging::tool_logger(), "Mapping VM items to its shadow copies.");
         for (const VSS_ID& snapshotId : snapshotIds) {
             const VSSUtils::VSS_SNAPSHOT_INFO snapshot =
@@ -25,20 +25,16 @@ void CVssSnapshot::MapItemsToShadow() {
                 MapVmItems(entry.second->files, snapshot.oldVolume, snapshot.newVolume);
         }
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create matching between VM items and  shadow items.", e);
-    }
+    });
 }
 
 // Nothing is opened on the shadow copies here: a file missing from them is the
 // reader's to find.
 void CVssSnapshot::CheckItemsOnSnapshot() {
-    try {
+    exc::traced("Failed to filter not snapshotted VM items.", [&] {
         log_scope_t scope(logging::tool_logger(), "Checking whether all files exist on snapshot volumes.");
         scope.finish("Check finished.");
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to filter not snapshotted VM items.", e);
-    }
+    });
 }
 
 } // namespace impl

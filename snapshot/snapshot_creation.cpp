@@ -34,7 +34,7 @@ void TakeSnapshot(VSSUtils::BackupComponentsPtr components, VSSUtils::ITestCance
 
 void CreateSnapshot(VSSUtils::BackupComponentsPtr components,
                     const std::shared_ptr<win::win_manual_reset_event_t>& cancelEvent) {
-    try {
+    exc::traced("Failed to create VSS snapshot.", [&] {
         log_scope_t scope(logging::tool_logger(), "Creating snapshot.");
         // Late on purpose: the components and volumes are in the set by now.
         VSSUtils::SetBackupState(components);
@@ -42,9 +42,7 @@ void CreateSnapshot(VSSUtils::BackupComponentsPtr components,
         PrepareWriters(components, probe);
         TakeSnapshot(components, probe);
         scope.finish("Volumes snapshot is created.");
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create VSS snapshot.", e);
-    }
+    });
 }
 
 } // namespace impl

@@ -38,7 +38,7 @@ std::shared_ptr<VSSUtils::CVolumesHolder> CVssSnapshot::CollectVolumes() {
 }
 
 void CVssSnapshot::AddVolumesToSet(const std::shared_ptr<VSSUtils::CVolumesHolder>& volumes) {
-    try {
+    exc::traced("Failed to add volumes to the snapshot set.", [&] {
         log_scope_t scope(logging::tool_logger(), "Adding volumes to the snapshot set");
         for (const std::wstring& volumeName : volumes->volumesToSnapshot) {
             const GUID providerId = ChooseProvider(*specification, volumes->FindMountPoint(volumeName));
@@ -48,9 +48,7 @@ void CVssSnapshot::AddVolumesToSet(const std::shared_ptr<VSSUtils::CVolumesHolde
             snapshotIds.push_back(VSSUtils::AddVolumeToSnapshotSet(backupComponents, volumeName, providerId));
         }
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to add volumes to the snapshot set.", e);
-    }
+    });
 }
 
 } // namespace impl

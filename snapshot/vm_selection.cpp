@@ -40,7 +40,7 @@ std::string JoinIds(const PendingVms& vms) {
 } // namespace
 
 void CVssSnapshot::SelectVms() {
-    try {
+    exc::traced("Failed to specify VMs that should be backed up.", [&] {
         log_scope_t scope(logging::tool_logger(), "Selecting specified VMs for backup.");
         PendingVms pending(specification->vms.begin(), specification->vms.end());
         const VSSUtils::WriterMetadataPtr metadata = hyperVWriterMetadata->metadata;
@@ -60,9 +60,7 @@ void CVssSnapshot::SelectVms() {
         if (!pending.empty())
             ReportMissingVms(pending);
         scope.ok();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to specify VMs that should be backed up.", e);
-    }
+    });
 }
 
 // One missing VM fails the task: a backup without it is not what was asked for.

@@ -40,7 +40,7 @@ bool CVssSnapshot::IsTransportable() const {
 }
 
 void CVssSnapshot::PreBackup() {
-    try {
+    exc::traced("Failed to perform pre-backup tasks.", [&] {
         log_scope_t scope(logging::tool_logger(), "Performing pre-backup steps.");
         const VSS_ID setId = VSSUtils::StartSnapshotSet(backupComponents);
         log_info(logging::tool_logger(), "Snapshot set id: %1.", guid_to_string(setId));
@@ -61,9 +61,7 @@ void CVssSnapshot::PreBackup() {
         if (IsTransportable())
             snapshotsDocument = SerializeSnapshotIds(snapshotIds);
         scope.finish("Pre-backup phase succeeded.");
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to perform pre-backup tasks.", e);
-    }
+    });
 }
 
 std::shared_ptr<CVssSnapshotResult> CVssSnapshot::BuildResult() {

@@ -41,16 +41,14 @@ void SnapshotProc(CVssSnapshotThread2::SShared& task) {
 CVssSnapshotThread2::CVssSnapshotThread2(const std::wstring& jobName, const std::wstring& backupConsole,
                                          const GUID& snapshotId, std::shared_ptr<CHvBackupSpec> specification,
                                          const SSnapshotTaskLimits& limits) {
-    try {
+    exc::traced("Failed to starting snapshot creation thread.", [&] {
         shared =
             std::make_shared<SShared>(impl::STaskIdentity{jobName, backupConsole, snapshotId}, limits.holdMs);
         shared->specification = std::move(specification);
         log_info(logging::tool_logger(), "Starting VSS backup thread (Snapshot id: '%1', job-owner: '%2').",
                  guid_to_string(snapshotId), to_ansi_nothrow(jobName));
         thread = impl::StartTaskWorker(snapshotWorker, shared, SnapshotProc, limits.joinMs);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to starting snapshot creation thread.", e);
-    }
+    });
 }
 
 CVssSnapshotThread2::~CVssSnapshotThread2() {

@@ -40,7 +40,7 @@ bool read_crash_consistent(const xml_node_t& vm) {
 
 // A disk without text ends the list quietly: it and every later one are dropped.
 std::vector<std::string> read_excluded_disks(const xml_node_t& vm) {
-    try {
+    return exc::traced("Unable to parse list of excluded disks.", [&] {
         std::vector<std::string> disks;
         const xml_node_t exclusions = find_child(vm, "DiskExclusions");
         if (exclusions.is_null())
@@ -52,53 +52,41 @@ std::vector<std::string> read_excluded_disks(const xml_node_t& vm) {
             disks.push_back(node_name(content.front()));
         }
         return disks;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Unable to parse list of excluded disks.", e);
-    }
+    });
 }
 
 std::vector<std::string> read_aux_files(const xml_node_t& vm) {
-    try {
+    return exc::traced("Failed to parse list of auxiliary files.", [&] {
         std::vector<std::string> files;
         for (const xml_node_t& child : get_children(vm))
             if (node_name(child) == "aux_file")
                 files.push_back(get_attr(child, "path"));
         return files;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse list of auxiliary files.", e);
-    }
+    });
 }
 
 CHvBackupSpec::vm_ptr_t read_vm(const xml_node_t& vm) {
-    try {
+    return exc::traced("Failed to parse Hyper-V backup spec.", [&] {
         std::string id = get_attr(vm, "id");
         const bool crashConsistent = read_crash_consistent(vm);
         std::vector<std::string> disks = read_excluded_disks(vm);
         std::vector<std::string> auxFiles = read_aux_files(vm);
         return std::make_shared<CHvVmBackupSpec>(std::move(id), std::move(disks), std::move(auxFiles),
                                                  crashConsistent);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse Hyper-V backup spec.", e);
-    }
+    });
 }
 
 CHvBackupSpec::vm_ptr_t make_vm(const xml_node_t& vm) {
-    try {
-        return read_vm(vm);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse VM specification.", e);
-    }
+    return exc::traced("Failed to parse VM specification.", [&] { return read_vm(vm); });
 }
 
 std::vector<CHvBackupSpec::vm_ptr_t> parse_vm_list(const xml_node_t& root) {
-    try {
+    return exc::traced("Failed to parse list of VMs.", [&] {
         std::vector<CHvBackupSpec::vm_ptr_t> vms;
         for (const xml_node_t& vm : child_elements_named(get_child(root, "VMs"), "VM"))
             vms.push_back(make_vm(vm));
         return vms;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse list of VMs.", e);
-    }
+    });
 }
 
 // Anything but an element leaves the default provider: type 0, nil id, no mount point.
@@ -113,15 +101,12 @@ CHvBackupSpec::provider_ptr_t make_provider(const xml_node_t& node) {
 }
 
 CHvBackupSpec::provider_ptr_t parse_default_provider(const xml_node_t& root) {
-    try {
-        return make_provider(find_child(root, "VSSProvider"));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse default VSS provider settings", e);
-    }
+    return exc::traced("Failed to parse default VSS provider settings",
+                       [&] { return make_provider(find_child(root, "VSSProvider")); });
 }
 
 std::vector<CHvBackupSpec::provider_ptr_t> parse_volume_providers(const xml_node_t& root) {
-    try {
+    return exc::traced("Failed to parse list of volumes to snapshot.", [&] {
         std::vector<CHvBackupSpec::provider_ptr_t> providers;
         const xml_node_t volumes = find_child(root, "volumes");
         if (!volumes.is_element())
@@ -129,30 +114,24 @@ std::vector<CHvBackupSpec::provider_ptr_t> parse_volume_providers(const xml_node
         for (const xml_node_t& provider : child_elements_named(volumes, "volProvider"))
             providers.push_back(make_provider(provider));
         return providers;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse list of volumes to snapshot.", e);
-    }
+    });
 }
 
 std::shared_ptr<COffhostInfo> parse_offhost(const xml_node_t& root) {
-    try {
+    return exc::traced("Failed to parse off-host backup settings.", [&] {
         const xml_node_t offhost = find_child(root, "Offhost");
         if (!offhost.is_element())
             return std::make_shared<COffhostInfo>();
         return std::make_shared<COffhostInfo>(get_attr_int(offhost, "type"));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse off-host backup settings.", e);
-    }
+    });
 }
 
 bool parse_use_csv_writer(const xml_node_t& root) {
-    try {
+    return exc::traced("Failed to parse additional backup settings.", [&] {
         const xml_node_t settings = find_child(root, "Settings");
         std::string text;
         return !settings.is_null() && find_attr(settings, "UseCsvVssWriter", text) && string_to_bool(text);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse additional backup settings.", e);
-    }
+    });
 }
 
 } // namespace

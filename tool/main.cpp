@@ -24,11 +24,8 @@ namespace {
 const int exitCodeTasksNotReleased = -2;
 
 std::vector<std::wstring> CollectArguments() {
-    try {
-        return logging::platform::process_arguments();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse command line", e);
-    }
+    return exc::traced("Failed to parse command line",
+                       [&] { return logging::platform::process_arguments(); });
 }
 
 } // namespace

@@ -63,15 +63,13 @@ void InitBackupComponents(BackupComponentsPtr components, const std::wstring& sa
 }
 
 BackupComponentsPtr CreateVssBackupObject(const std::wstring& savedDocument) {
-    try {
+    return exc::traced("Failed to create VSS backup object.", [&] {
         log_scope_t scope(logging::tool_logger(), "Creating VSS backup object.");
         BackupComponentsPtr components = CreateBackupComponents();
         InitBackupComponents(components, savedDocument);
         scope.close_quietly();
         return components;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to create VSS backup object.", e);
-    }
+    });
 }
 
 void SetVssContext(BackupComponentsPtr components, std::uint32_t contextFlags) {

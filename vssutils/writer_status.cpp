@@ -76,7 +76,7 @@ const char* FailedWriterStateName(int state) {
 }
 
 bool VerifyWriters(BackupComponentsPtr components, ITestCancelCallback* probe, bool logEachWriter) {
-    try {
+    return exc::traced("Failed to verify writers state.", [&] {
         AsyncPtr async;
         CheckVss(components->GatherWriterStatus(async.put()), "Failed to collect writers status");
         if (!WaitForAsync(async, probe))
@@ -86,9 +86,7 @@ bool VerifyWriters(BackupComponentsPtr components, ITestCancelCallback* probe, b
         for (UINT index = 0; index < count; ++index)
             check_writer(components, index, logEachWriter);
         return true;
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to verify writers state.", e);
-    }
+    });
 }
 
 bool CheckWritersStatus(BackupComponentsPtr components, ITestCancelCallback* probe) {

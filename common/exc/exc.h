@@ -117,6 +117,15 @@ std::string com_error_text(std::int32_t code);
 [[noreturn]] void rethrow_with_trace(const std::string& fmt, const std::string& a1, const std::string& a2,
                                      const std::string& a3, const std::exception& cause);
 
+// Runs the work; a failure that leaves it gets the line text added on its way out.
+template <class Work> decltype(auto) traced(const char* text, Work&& work) {
+    try {
+        return work();
+    } catch (const std::exception& e) {
+        rethrow_with_trace(text, e);
+    }
+}
+
 // what() of any exception, or "Exception message is not available." when it is null.
 std::string exception_text(const std::exception& e);
 

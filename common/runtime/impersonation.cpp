@@ -126,7 +126,7 @@ std::shared_ptr<win_impersonation_counter_t> impersonation_counters_t::for_threa
 win_impersonation_session_t::win_impersonation_session_t(shared_handle_t token,
                                                          std::shared_ptr<win_impersonation_counter_t> counter)
     : source_token_(std::move(token)), counter_(std::move(counter)) {
-    try {
+    exc::traced("Failed to impersonate user.", [&] {
         if (!source_token_ || !source_token_->valid())
             return;
         const std::shared_ptr<token_calls_t> calls = token_calls();
@@ -141,9 +141,7 @@ win_impersonation_session_t::win_impersonation_session_t(shared_handle_t token,
         }
         impersonated_ = 1;
         counter_->add(current_thread_id());
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to impersonate user.", e);
-    }
+    });
 }
 
 win_impersonation_session_t::~win_impersonation_session_t() {

@@ -30,11 +30,7 @@ std::optional<std::size_t> find_token(const std::vector<std::wstring>& arguments
 }
 
 std::vector<std::wstring> command_line_arguments() {
-    try {
-        return platform::process_arguments();
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to parse command line", e);
-    }
+    return exc::traced("Failed to parse command line", [&] { return platform::process_arguments(); });
 }
 
 void log_module_lines(const logger_t& h) {

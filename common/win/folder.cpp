@@ -65,8 +65,7 @@ void create_folder_steps(const std::wstring& given) {
     // asked for is there, and that is all the caller wants.
     if (error == ERROR_ALREADY_EXISTS && folder_exists(path))
         return;
-    if (error != ERROR_SUCCESS)
-        throw exc::win_sys_exc_t("CreateDirectory(%1) function call failed.", to_ansi_nothrow(path), error);
+    throw_if_failed(error, "CreateDirectory(%1) function call failed.", path);
 }
 
 } // namespace

@@ -15,8 +15,7 @@ win_reg_key_t open_subkey(reg_handle_t parent, const std::wstring& path, DWORD a
     const DWORD error = detail::os_reg_open(parent, path, access, key);
     if (is_not_there(error))
         return win_reg_key_t();
-    if (error != ERROR_SUCCESS)
-        throw exc::win_sys_exc_t("Failed to open subkey. Path: [%1].", to_ansi_nothrow(path), error);
+    throw_if_failed(error, "Failed to open subkey. Path: [%1].", path);
     return win_reg_key_t(key);
 }
 

@@ -63,11 +63,8 @@ GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& na
 }
 
 std::vector<dom_element_t> dom_child_elements(const dom_node_t& node) {
-    try {
-        return dom_platform::child_elements(node);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to retrieve children of the XML node.", e);
-    }
+    return exc::traced("Failed to retrieve children of the XML node.",
+                       [&] { return dom_platform::child_elements(node); });
 }
 
 std::vector<dom_element_t> dom_child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,

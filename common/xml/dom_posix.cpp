@@ -313,19 +313,11 @@ dom_document_t dom_load_utf8(std::string_view xml) {
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
-    try {
-        return from_utf8(serialized(document));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
-    }
+    return exc::traced(dom_platform::serialize_failed_text, [&] { return from_utf8(serialized(document)); });
 }
 
 std::string dom_serialize_utf8(const dom_document_t& document) {
-    try {
-        return serialized(document);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace(dom_platform::serialize_failed_text, e);
-    }
+    return exc::traced(dom_platform::serialize_failed_text, [&] { return serialized(document); });
 }
 
 dom_document_t dom_owner_document(const dom_node_t& node) {
