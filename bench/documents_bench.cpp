@@ -104,7 +104,7 @@ void BM_PugixmlAlone_WriteFilesListResponse(benchmark::State& state) {
         response.append_child("OutputArguments")
             .append_child("FilesList")
             .append_attribute("value")
-            .set_value(base64_encode(save(list)).c_str());
+            .set_value(wrap::base64_encode(save(list)).c_str());
         benchmark::DoNotOptimize(save(response));
     }
     state.SetItemsProcessed(state.iterations() * item_count);
@@ -117,8 +117,8 @@ void BM_PugixmlAlone_ReadFilesListRequest(benchmark::State& state) {
     for (auto _ : state) {
         pugi::xml_document document;
         document.load_buffer(request.data(), request.size());
-        const std::string list_text =
-            base64_decode(document.child("InputArguments").child("InPathsXML").attribute("value").value());
+        const std::string list_text = wrap::base64_decode(
+            document.child("InputArguments").child("InPathsXML").attribute("value").value());
         pugi::xml_document list;
         list.load_buffer(list_text.data(), list_text.size());
         std::vector<utf8_item_t> items;

@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
     const wrap::CRequestComScope com;
     // The requests are served with the allocator set as the tool sets it; the floor runs with
     // the same setting.
-    KeepFreedMemoryForNextRequests();
+    tool::KeepFreedMemoryForNextRequests();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

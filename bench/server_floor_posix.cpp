@@ -53,7 +53,7 @@ BENCHMARK(BM_PugixmlAlone_GetAsyncOpStatus)->Unit(benchmark::kMicrosecond);
     pugi::xml_document input;
     input.load_buffer(request.data(), request.size());
     const std::string list_text =
-        base64_decode(input.child("InputArguments").child("InPathsXML").attribute("value").value());
+        wrap::base64_decode(input.child("InputArguments").child("InPathsXML").attribute("value").value());
     pugi::xml_document list;
     list.load_buffer(list_text.data(), list_text.size());
     pugi::xml_document out_list;
@@ -65,7 +65,7 @@ BENCHMARK(BM_PugixmlAlone_GetAsyncOpStatus)->Unit(benchmark::kMicrosecond);
     }
     pugi::xml_document output;
     output.append_child("OutputArguments").append_child("OutPathsXML").append_attribute("value") =
-        base64_encode(save(out_list)).c_str();
+        wrap::base64_encode(save(out_list)).c_str();
     return save(output);
 }
 

@@ -188,7 +188,7 @@ std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) 
 [[gnu::noinline]] unique_bstr_t msxml_files_list_round(const std::wstring& request, const texts_t& texts) {
     const com_ptr_t<IXMLDOMDocument> input = load(bstr_of(request).get());
     const std::string list_text =
-        base64_decode(attribute_utf8(argument_of(input, texts.in_paths), texts.value.get()));
+        wrap::base64_decode(attribute_utf8(argument_of(input, texts.in_paths), texts.value.get()));
     const com_ptr_t<IXMLDOMDocument> list = load(bstr_from_utf8(list_text).get());
 
     const com_ptr_t<IXMLDOMDocument> out_list = new_document();
@@ -207,7 +207,7 @@ std::string attribute_utf8(const com_ptr_t<IXMLDOMElement>& element, BSTR name) 
             check(set, "setAttribute");
         }
     }
-    const unique_bstr_t encoded = bstr_from_utf8(base64_encode(utf8_of(view_of(xml_of(out_list)))));
+    const unique_bstr_t encoded = bstr_from_utf8(wrap::base64_encode(utf8_of(view_of(xml_of(out_list)))));
 
     const com_ptr_t<IXMLDOMDocument> output = new_document();
     const com_ptr_t<IXMLDOMElement> root = append_element(output, output.get(), texts.output_arguments.get());

@@ -59,7 +59,7 @@ std::string narrow(const std::wstring& ascii) {
 
 std::wstring files_list_request(int item_count) {
     return L"cmd:ConvertOffhostPaths xml:<InputArguments><InPathsXML value=\"" +
-           widen(base64_encode(narrow(SerializeItemsList(make_items(item_count))))) +
+           widen(wrap::base64_encode(narrow(SerializeItemsList(make_items(item_count))))) +
            L"\"/></InputArguments>";
 }
 

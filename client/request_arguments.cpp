@@ -28,7 +28,7 @@ CRequestArguments& CRequestArguments::AddEncoded(const std::wstring& name, const
 }
 
 CRequestArguments& CRequestArguments::AddEncodedBytes(const std::wstring& name, const std::string& bytes) {
-    const std::string encoded = base64_encode(bytes);
+    const std::string encoded = wrap::base64_encode(bytes);
     return AddText(name, std::wstring(encoded.begin(), encoded.end()));
 }
 

@@ -93,7 +93,7 @@ std::wstring DecodeEncodedValue(const std::wstring& value) {
         if (value[i] < 0x80)
             ascii[i] = static_cast<char>(value[i]);
     }
-    std::string bytes = base64_decode(ascii);
+    std::string bytes = wrap::base64_decode(ascii);
     bytes.resize(bytes.find('\0') == std::string::npos ? bytes.size() : bytes.find('\0'));
     return from_utf8(bytes);
 }

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace ascii {
+namespace compat {
 
 template <class Char> constexpr Char fold(Char c) {
     return (c >= Char('A') && c <= Char('Z')) ? static_cast<Char>(c - Char('A') + Char('a')) : c;
@@ -50,4 +50,4 @@ struct less_t {
     bool operator()(std::wstring_view a, std::wstring_view b) const { return compare(a, b) < 0; }
 };
 
-} // namespace ascii
+} // namespace compat

@@ -14,7 +14,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace text_blocks {
+namespace compat {
 
 inline constexpr std::size_t block = 16;
 
@@ -137,4 +137,4 @@ inline void widen_to_units(const char* bytes, std::uint8_t* out) {
 #endif
 }
 
-} // namespace text_blocks
+} // namespace compat

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace unicode {
+namespace compat {
 
 inline constexpr char32_t replacement_character = 0xFFFD;
 
@@ -120,4 +120,4 @@ inline decoded_t decode_utf16(std::u16string_view text) {
     return {replacement_character, 1, false};
 }
 
-} // namespace unicode
+} // namespace compat

@@ -11,7 +11,7 @@
 
 namespace compat {
 
-namespace uuid_text_impl {
+namespace detail {
 
 inline int hex_value(wchar_t c) {
     if (c >= L'0' && c <= L'9')
@@ -34,11 +34,11 @@ inline bool read_hex(std::wstring_view text, std::size_t pos, std::size_t digits
     return true;
 }
 
-} // namespace uuid_text_impl
+} // namespace detail
 
 // Exactly 36 characters, hex digits of any case, no braces; nullopt for anything else.
 inline std::optional<GUID> parse_uuid_text(std::wstring_view text) {
-    using uuid_text_impl::read_hex;
+    using detail::read_hex;
     if (text.size() != 36 || text[8] != L'-' || text[13] != L'-' || text[18] != L'-' || text[23] != L'-')
         return std::nullopt;
     GUID id{};

@@ -7,26 +7,26 @@
 
 #include <utility>
 
-namespace files_list_impl {
+namespace documents::detail {
 
 const list_names_t& names() {
     static const list_names_t instance;
     return instance;
 }
 
-} // namespace files_list_impl
+} // namespace documents::detail
 
 namespace {
 
-using files_list_impl::list_names_t;
-using files_list_impl::names;
+using documents::detail::list_names_t;
+using documents::detail::names;
 
 CFilesListItem read_item(const dom_element_t& element) {
     const list_names_t& n = names();
-    const std::uint32_t recursive =
-        iequals(dom_get_attribute_utf8(element, n.recursive), std::string(files_list_impl::ascii::true_text))
-            ? 1
-            : 0;
+    const std::uint32_t recursive = iequals(dom_get_attribute_utf8(element, n.recursive),
+                                            std::string(documents::detail::ascii::true_text))
+                                        ? 1
+                                        : 0;
     std::wstring path = dom_get_attribute(element, n.path);
     std::wstring mask = dom_get_attribute(element, n.mask);
     std::wstring fullPath = dom_get_attribute(element, n.full_path);
@@ -69,11 +69,11 @@ template <class Load> void deserialize(const Load& load, ItemsList& items) {
 } // namespace
 
 std::wstring SerializeItemsList(const ItemsList& items) {
-    return serialize([&] { return files_list_impl::write_document(items); });
+    return serialize([&] { return documents::detail::write_document(items); });
 }
 
 std::string SerializeItemsListUtf8(const ItemsList& items) {
-    return serialize([&] { return files_list_impl::write_document_utf8(items); });
+    return serialize([&] { return documents::detail::write_document_utf8(items); });
 }
 
 void DeserializeItemsList(const std::wstring& xml, ItemsList& items) {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace files_list_impl {
+namespace documents::detail {
 
 // The document's names as the code spells them.
 namespace ascii {
@@ -46,4 +46,4 @@ const list_names_t& names();
 std::wstring write_document(const ItemsList& items);
 std::string write_document_utf8(const ItemsList& items);
 
-} // namespace files_list_impl
+} // namespace documents::detail

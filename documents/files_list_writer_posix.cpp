@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace files_list_impl {
+namespace documents::detail {
 
 namespace {
 
@@ -51,9 +51,9 @@ private:
 struct wide_output_t {
     using char_type = wchar_t;
 
-    static bool is_plain(std::uint32_t u) { return !is_escaped(u) && unicode::is_scalar_value(u); }
+    static bool is_plain(std::uint32_t u) { return !is_escaped(u) && compat::is_scalar_value(u); }
     static void put_other(text_cursor_t<wchar_t>& out, std::uint32_t u) {
-        out.put(static_cast<wchar_t>(unicode::scalar_or_replacement(u)));
+        out.put(static_cast<wchar_t>(compat::scalar_or_replacement(u)));
     }
     static const wchar_t* copy_plain(const wchar_t* from, const wchar_t* end, text_cursor_t<wchar_t>& out) {
         while (from != end && is_plain(static_cast<std::uint32_t>(*from)))
@@ -68,18 +68,18 @@ struct utf8_output_t {
 
     static bool is_plain(std::uint32_t u) { return u < 0x80 && !is_escaped(u); }
     static void put_other(text_cursor_t<char>& out, std::uint32_t u) {
-        out.at = unicode::put_utf8(out.at, unicode::scalar_or_replacement(u));
+        out.at = compat::put_utf8(out.at, compat::scalar_or_replacement(u));
     }
 
     // Values run to hundreds of characters, nearly all of them plain: a block at a time is
     // narrowed into the storage (made ready for more than that), judged there, and the cursor
     // then moves over the plain ones alone.
     static const wchar_t* copy_plain(const wchar_t* from, const wchar_t* end, text_cursor_t<char>& out) {
-        using text_blocks::block;
+        using compat::block;
         while (static_cast<std::size_t>(end - from) >= block) {
-            text_blocks::narrow_wide(from, out.at);
-            const unsigned other = text_blocks::bytes_outside(out.at, 0x20, 0x7F) |
-                                   text_blocks::bytes_among<'&', '<', '"'>(out.at);
+            compat::narrow_wide(from, out.at);
+            const unsigned other =
+                compat::bytes_outside(out.at, 0x20, 0x7F) | compat::bytes_among<'&', '<', '"'>(out.at);
             const auto plain_count = static_cast<std::size_t>(std::countr_zero(other | 1u << block));
             from += plain_count;
             out.at += plain_count;
@@ -190,4 +190,4 @@ std::string write_document_utf8(const ItemsList& items) {
     return write<utf8_output_t>(items);
 }
 
-} // namespace files_list_impl
+} // namespace documents::detail

@@ -3,7 +3,7 @@
 #include "common/exc/convert.h"
 #include "common/xml/dom.h"
 
-namespace files_list_impl {
+namespace documents::detail {
 
 namespace {
 
@@ -32,4 +32,4 @@ std::string write_document_utf8(const ItemsList& items) {
     return to_utf8(write_document(items));
 }
 
-} // namespace files_list_impl
+} // namespace documents::detail

@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const CHvBackupSpec::provider_ptr_t& provider : spec->volumeProviders) {
         fuzz::require(provider != nullptr, "every volume provider exists");
         const CHvBackupSpec::provider_ptr_t found = spec->FindVolumeProvider(provider->mountPoint);
-        fuzz::require(found && SamePath(found->mountPoint, provider->mountPoint),
+        fuzz::require(found && spec::SamePath(found->mountPoint, provider->mountPoint),
                       "a mount point finds a provider of that mount point");
     }
     fuzz::require(spec->FindVolumeProvider(L"") != nullptr, "every path finds a provider");

@@ -21,16 +21,16 @@ std::size_t decoded_prefix_length(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string input(fuzz::bytes_of(data, size));
 
-    const std::string encoded = base64_encode(input);
+    const std::string encoded = wrap::base64_encode(input);
     fuzz::require(encoded.size() == (input.size() + 2) / 3 * 4, "encoding pads to whole groups of four");
     fuzz::require(decoded_prefix_length(encoded) + 2 >= encoded.size(), "only padding follows the alphabet");
-    fuzz::require(base64_decode(encoded) == input, "decoding restores what was encoded");
+    fuzz::require(wrap::base64_decode(encoded) == input, "decoding restores what was encoded");
 
-    const std::string decoded = base64_decode(input);
+    const std::string decoded = wrap::base64_decode(input);
     const std::size_t used = decoded_prefix_length(input);
     fuzz::require(decoded.size() == used * 3 / 4, "every six bits read give their share of bytes");
     if (used % 4 == 0)
-        fuzz::require(base64_encode(decoded) == input.substr(0, used),
+        fuzz::require(wrap::base64_encode(decoded) == input.substr(0, used),
                       "whole groups encode back to their text");
     return 0;
 }

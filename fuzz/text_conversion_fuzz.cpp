@@ -9,7 +9,7 @@ namespace {
 
 bool is_well_formed_utf8(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
-        const unicode::decoded_t c = unicode::decode_utf8(text.substr(at));
+        const compat::decoded_t c = compat::decode_utf8(text.substr(at));
         if (!c.well_formed)
             return false;
         at += c.units;
@@ -21,7 +21,7 @@ std::wstring with_replacements(const std::wstring& text) {
     std::wstring replaced;
     for (const wchar_t c : text)
         replaced.push_back(
-            static_cast<wchar_t>(unicode::scalar_or_replacement(static_cast<std::uint32_t>(c))));
+            static_cast<wchar_t>(compat::scalar_or_replacement(static_cast<std::uint32_t>(c))));
     return replaced;
 }
 

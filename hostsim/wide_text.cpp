@@ -11,11 +11,11 @@ namespace hostsim {
 std::string to_utf8(std::wstring_view text) {
     std::size_t size = 0;
     for (const wchar_t wc : text)
-        size += unicode::utf8_length(static_cast<char32_t>(wc));
+        size += compat::utf8_length(static_cast<char32_t>(wc));
     std::string out(size, '\0');
     char* cursor = out.data();
     for (const wchar_t wc : text)
-        cursor = unicode::put_utf8(cursor, static_cast<char32_t>(wc));
+        cursor = compat::put_utf8(cursor, static_cast<char32_t>(wc));
     return out;
 }
 
@@ -25,7 +25,7 @@ std::wstring from_utf8(std::string_view text) {
     std::wstring out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
-        const unicode::decoded_t c = unicode::decode_utf8(text.substr(i));
+        const compat::decoded_t c = compat::decode_utf8(text.substr(i));
         out += c.well_formed ? static_cast<wchar_t>(c.value)
                              : static_cast<wchar_t>(static_cast<unsigned char>(text[i]));
         i += c.well_formed ? c.units : 1;
@@ -35,7 +35,8 @@ std::wstring from_utf8(std::string_view text) {
 
 bool icontains(std::wstring_view text, std::wstring_view part) {
     return std::search(text.begin(), text.end(), part.begin(), part.end(),
-                       [](wchar_t a, wchar_t b) { return ascii::fold(a) == ascii::fold(b); }) != text.end() ||
+                       [](wchar_t a, wchar_t b) { return compat::fold(a) == compat::fold(b); }) !=
+               text.end() ||
            part.empty();
 }
 

@@ -16,8 +16,8 @@ namespace hostsim {
 std::string to_utf8(std::wstring_view text);
 std::wstring from_utf8(std::string_view text);
 
-using ascii::iequals;
-using ascii::istarts_with;
+using compat::iequals;
+using compat::istarts_with;
 bool icontains(std::wstring_view text, std::wstring_view part);
 
 // With or without braces, any case.

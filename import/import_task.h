@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+namespace hv {
+
 class IImportTask {
 public:
     virtual ~IImportTask() = default;
@@ -20,3 +22,5 @@ public:
     // Throws "There is no successfully imported snapshot." until the import stands.
     virtual std::string ConvertOffhostPaths(const std::string& itemsXml) = 0;
 };
+
+} // namespace hv

@@ -102,7 +102,7 @@ namespace {
 // The decoded bytes up to their first zero. Decoding cannot fail but for want of memory.
 std::string decoded_bytes(const dom_document_t& document, const std::string& name) {
     std::string bytes;
-    lend_multibyte(document, name, [&](std::string_view encoded) { bytes = base64_decode(encoded); });
+    lend_multibyte(document, name, [&](std::string_view encoded) { bytes = wrap::base64_decode(encoded); });
     const std::size_t zero = bytes.find('\0');
     if (zero != std::string::npos)
         bytes.resize(zero);
@@ -152,7 +152,7 @@ void OutputArguments_t::WriteEncoded(const std::string& name, const std::wstring
 }
 
 void OutputArguments_t::WriteEncodedUtf8(const std::string& name, std::string_view value) {
-    dom_add_child_with_attribute(root_, name, value_attribute, base64_encode(value).c_str());
+    dom_add_child_with_attribute(root_, name, value_attribute, wrap::base64_encode(value).c_str());
 }
 
 std::wstring OutputArguments_t::Serialize() const {

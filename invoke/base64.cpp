@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace wrap {
+
 namespace {
 
 constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -120,3 +122,5 @@ std::string base64_decode(std::string_view text) {
     bytes.resize(static_cast<std::size_t>(out - bytes.data()));
     return bytes;
 }
+
+} // namespace wrap

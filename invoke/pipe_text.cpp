@@ -15,7 +15,7 @@ namespace {
 constexpr bool wide_is_utf16 = sizeof(wchar_t) == 2;
 // Frames run to megabytes of plain text: blocks of this many units that need no care (no zero,
 // no surrogate, nothing beyond one unit) are copied in a few vector steps.
-constexpr std::size_t plain_block = text_blocks::block;
+constexpr std::size_t plain_block = compat::block;
 
 char16_t unit_at(const byte_buffer_t& bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
@@ -31,11 +31,11 @@ char32_t encodable(wchar_t character) {
     const auto code_point = static_cast<char32_t>(character);
     if (wide_is_utf16)
         return code_point & 0xFFFF;
-    return code_point > 0x10FFFF ? unicode::replacement_character : code_point;
+    return code_point > 0x10FFFF ? compat::replacement_character : code_point;
 }
 
 std::uint8_t* put_code_point(std::uint8_t* out, char32_t code_point) {
-    unicode::put_utf16(code_point, [&out](char32_t unit) { out = put_unit(out, unit); });
+    compat::put_utf16(code_point, [&out](char32_t unit) { out = put_unit(out, unit); });
     return out;
 }
 
@@ -59,12 +59,12 @@ bool plain_units_at(const byte_buffer_t& bytes, std::size_t first, char16_t (&un
 }
 
 bool is_single_unit_block(const wchar_t* text) {
-    return wide_is_utf16 || text_blocks::any_bits(text) < 0x10000;
+    return wide_is_utf16 || compat::any_bits(text) < 0x10000;
 }
 
 std::uint8_t* put_single_unit_block(std::uint8_t* out, const wchar_t* text) {
     char16_t units[plain_block];
-    text_blocks::convert(units, text);
+    compat::convert(units, text);
     if constexpr (std::endian::native == std::endian::little) {
         std::memcpy(out, units, sizeof units);
         return out + sizeof units;
@@ -108,9 +108,9 @@ frame_text_t DecodeFrameText(const byte_buffer_t& bytes) {
             frame.terminated = true;
             break;
         }
-        if (!wide_is_utf16 && unicode::is_high_surrogate(unit) && i < units &&
-            unicode::is_low_surrogate(unit_at(bytes, i))) {
-            *out++ = static_cast<wchar_t>(unicode::from_surrogates(unit, unit_at(bytes, i++)));
+        if (!wide_is_utf16 && compat::is_high_surrogate(unit) && i < units &&
+            compat::is_low_surrogate(unit_at(bytes, i))) {
+            *out++ = static_cast<wchar_t>(compat::from_surrogates(unit, unit_at(bytes, i++)));
             continue;
         }
         *out++ = static_cast<wchar_t>(unit);

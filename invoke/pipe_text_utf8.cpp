@@ -12,14 +12,14 @@ namespace {
 
 // Frames run to megabytes of ASCII: a block of characters that are all ASCII (and no zero, which
 // ends a frame) is moved in a few vector steps.
-using text_blocks::block;
+using compat::block;
 
 char16_t unit_at(const std::uint8_t* bytes, std::size_t index) {
     return static_cast<char16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8);
 }
 
 bool is_ascii_without_zero(const char* bytes) {
-    return text_blocks::bytes_outside(bytes, 1, 0x7F) == 0;
+    return compat::bytes_outside(bytes, 1, 0x7F) == 0;
 }
 
 // Output goes through a small staging block and is appended to its container a block at a time:
@@ -58,7 +58,7 @@ private:
 struct utf8_counter_t {
     std::size_t size = 0;
     void ascii_block(const char*) { size += block; }
-    void put(char32_t c) { size += unicode::utf8_length(c); }
+    void put(char32_t c) { size += compat::utf8_length(c); }
     void unpaired() {}
 };
 
@@ -74,7 +74,7 @@ struct utf8_writer_t {
         std::memcpy(to, narrowed, block);
         out.advance(to + block);
     }
-    void put(char32_t c) { out.advance(unicode::put_utf8(out.room(4), c)); }
+    void put(char32_t c) { out.advance(compat::put_utf8(out.room(4), c)); }
 };
 
 enum class walk_until_t { frame_end, non_ascii };
@@ -88,7 +88,7 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
     while (i < units) {
         char narrowed[block];
         if (units - i >= block) {
-            text_blocks::narrow_units(bytes + 2 * i, narrowed);
+            compat::narrow_units(bytes + 2 * i, narrowed);
             if (is_ascii_without_zero(narrowed)) {
                 sink.ascii_block(narrowed);
                 i += block;
@@ -104,7 +104,7 @@ bool walk_frame(const std::uint8_t* bytes, std::size_t units, std::size_t& i, Si
             return false;
         ++i;
         const char16_t pair[2] = {unit, i < units ? unit_at(bytes, i) : char16_t(0)};
-        const unicode::decoded_t decoded = unicode::decode_utf16({pair, i < units ? 2u : 1u});
+        const compat::decoded_t decoded = compat::decode_utf16({pair, i < units ? 2u : 1u});
         if (!decoded.well_formed)
             sink.unpaired();
         sink.put(decoded.value);
@@ -117,7 +117,7 @@ struct utf16_writer_t {
     staged_output_t<byte_buffer_t> out;
     void ascii_block(const char* text) {
         std::uint8_t* const to = out.room(2 * block);
-        text_blocks::widen_to_units(text, to);
+        compat::widen_to_units(text, to);
         out.advance(to + 2 * block);
     }
     void put_unit(char32_t unit) {
@@ -127,7 +127,7 @@ struct utf16_writer_t {
         out.advance(to + 2);
     }
     void put(char32_t c) {
-        unicode::put_utf16(c, [this](char32_t unit) { put_unit(unit); });
+        compat::put_utf16(c, [this](char32_t unit) { put_unit(unit); });
     }
 };
 
@@ -139,7 +139,7 @@ template <class Sink> void walk_utf8(std::string_view text, Sink& sink) {
             i += block;
             continue;
         }
-        const unicode::decoded_t decoded = unicode::decode_utf8(text.substr(i));
+        const compat::decoded_t decoded = compat::decode_utf8(text.substr(i));
         sink.put(decoded.value);
         i += decoded.units;
     }

@@ -13,10 +13,10 @@ bool parse(std::basic_string_view<Char> request, std::basic_string_view<Char>& c
            std::basic_string_view<Char>& document) {
     constexpr std::string_view command_prefix = "cmd:";
     constexpr std::string_view document_prefix = "xml:";
-    if (!ascii::istarts_with(request, command_prefix) || request.size() == command_prefix.size())
+    if (!compat::istarts_with(request, command_prefix) || request.size() == command_prefix.size())
         return false;
     const std::size_t space = request.find(Char(' '), command_prefix.size());
-    if (space == request.npos || !ascii::istarts_with(request.substr(space + 1), document_prefix))
+    if (space == request.npos || !compat::istarts_with(request.substr(space + 1), document_prefix))
         return false;
     command = request.substr(command_prefix.size(), space - command_prefix.size());
     document = request.substr(space + 1 + document_prefix.size());

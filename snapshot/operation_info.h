@@ -17,6 +17,8 @@
 #include <memory>
 #include <string>
 
+namespace impl {
+
 // What a reader sees at one moment: the record's fields as values.
 struct SOperationStatus {
     GUID snapshotId;
@@ -26,6 +28,8 @@ struct SOperationStatus {
     std::int64_t creationTime;
     std::int64_t completedTime;
 };
+
+} // namespace impl
 
 class COperationInfo {
 public:
@@ -58,8 +62,8 @@ public:
 
     // Reader side. While the task runs its outcome fields may be under the
     // worker's hands; they are reported with their values at task creation.
-    SOperationStatus Read() const {
-        SOperationStatus status{
+    impl::SOperationStatus Read() const {
+        impl::SOperationStatus status{
             snapshotId, std::wstring(), false, true, static_cast<std::int64_t>(creationTime), 0};
         if (!IsCompleted())
             return status;

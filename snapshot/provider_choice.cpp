@@ -22,15 +22,15 @@ struct fixed_provider_t {
 };
 
 const fixed_provider_t fixed_providers[] = {
-    {HV_PROVIDER_TYPE_SYSTEM, SystemProviderId, "System provider will be used for volume [%1]."},
-    {HV_PROVIDER_TYPE_FILESHARE, FileShareProviderId,
+    {spec::HV_PROVIDER_TYPE_SYSTEM, SystemProviderId, "System provider will be used for volume [%1]."},
+    {spec::HV_PROVIDER_TYPE_FILESHARE, FileShareProviderId,
      "File share provider will be used for the volume [%1]."},
-    {HV_PROVIDER_TYPE_CSV, CsvProviderId, "CSV provider will be used for the volume [%1]."},
+    {spec::HV_PROVIDER_TYPE_CSV, CsvProviderId, "CSV provider will be used for the volume [%1]."},
 };
 
 GUID ProviderOf(const CVolVssProviderInfo& provider, const std::string& mountPoint) {
     const logger_t& log = logging::tool_logger();
-    if (provider.providerType == HV_PROVIDER_TYPE_UNKNOWN) {
+    if (provider.providerType == spec::HV_PROVIDER_TYPE_UNKNOWN) {
         log_info(log, "Snapshot provider is not specified for volume [%1]. Default one will be used.",
                  mountPoint);
         return GUID_NULL;
@@ -41,7 +41,7 @@ GUID ProviderOf(const CVolVssProviderInfo& provider, const std::string& mountPoi
             return fixed.id;
         }
     const std::string id = guid_to_string(provider.providerId);
-    if (provider.providerType == HV_PROVIDER_TYPE_SOFTWARE)
+    if (provider.providerType == spec::HV_PROVIDER_TYPE_SOFTWARE)
         log_info(log, "Software provider [%1] will be used for volume [%2].", id, mountPoint);
     else
         log_info(log, "Hardware provider [%1] will be used for the volume [%2].", id, mountPoint);

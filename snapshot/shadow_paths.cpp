@@ -11,7 +11,7 @@ namespace impl {
 
 void MapVmItems(ItemsList& items, const std::wstring& oldVolume, const std::wstring& newVolume) {
     for (CFilesListItem& item : items)
-        if (ascii::istarts_with(item.fullPath, oldVolume))
+        if (compat::istarts_with(item.fullPath, oldVolume))
             item.fullPath = win::path_join(newVolume, item.fullPath.substr(oldVolume.size()));
 }
 

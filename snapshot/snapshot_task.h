@@ -13,6 +13,8 @@
 
 class CHvBackupSpec;
 
+namespace impl {
+
 class ISnapshotTask {
 public:
     virtual ~ISnapshotTask() = default;
@@ -26,3 +28,5 @@ public:
     virtual void SetVmCompletion(const GUID& vmId, bool succeeded) = 0;
     virtual std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() = 0;
 };
+
+} // namespace impl

@@ -26,7 +26,7 @@ bool IsDotEntry(const std::wstring& name) {
 
 bool IsInFileSet(const ItemsList& items, const std::wstring& path) {
     return std::any_of(items.begin(), items.end(),
-                       [&](const CFilesListItem& item) { return SamePath(item.fullPath, path); });
+                       [&](const CFilesListItem& item) { return spec::SamePath(item.fullPath, path); });
 }
 
 // One file spec's search: what every level of the walk shares, each level with its own

@@ -32,7 +32,7 @@ namespace impl {
 
 class CVssSnapshot {
 public:
-    using VmMap = std::map<std::wstring, std::shared_ptr<CBackupVmInfo>, ascii::less_t>;
+    using VmMap = std::map<std::wstring, std::shared_ptr<CBackupVmInfo>, compat::less_t>;
 
     // The cancel event stops the waits of the creation; setting it fails the creation.
     CVssSnapshot(std::shared_ptr<const CHvBackupSpec> specification,

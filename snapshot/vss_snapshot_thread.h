@@ -16,7 +16,7 @@
 
 class CHvBackupSpec;
 
-class CVssSnapshotThread2 final : public ISnapshotTask {
+class CVssSnapshotThread2 final : public impl::ISnapshotTask {
 public:
     // Starts the worker and returns at once.
     CVssSnapshotThread2(const std::wstring& jobName, const std::wstring& backupConsole,

@@ -136,6 +136,8 @@ bool parse_use_csv_writer(const xml_node_t& root) {
 
 } // namespace
 
+namespace spec {
+
 bool SamePath(const std::wstring& a, const std::wstring& b) {
     const std::vector<std::wstring> left = win::path_components(a);
     const std::vector<std::wstring> right = win::path_components(b);
@@ -146,6 +148,8 @@ bool SamePath(const std::wstring& a, const std::wstring& b) {
             return false;
     return true;
 }
+
+} // namespace spec
 
 CHvVmBackupSpec::CHvVmBackupSpec(std::string vmId_, std::vector<std::string> excludedDisks_,
                                  std::vector<std::string> auxFiles_, bool crashConsistent_)
@@ -181,7 +185,7 @@ CHvBackupSpec::parsed_t CHvBackupSpec::Parse(const std::string& document) {
 
 CHvBackupSpec::provider_ptr_t CHvBackupSpec::FindVolumeProvider(const std::wstring& path) const {
     for (const provider_ptr_t& provider : volumeProviders)
-        if (SamePath(provider->mountPoint, path))
+        if (spec::SamePath(provider->mountPoint, path))
             return provider;
     return defaultProvider;
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace spec {
+
 // Provider types: 0..4 as the platform's VSS_PROVIDER_TYPE, 5 our own.
 enum : std::uint32_t {
     HV_PROVIDER_TYPE_UNKNOWN = 0,
@@ -25,6 +27,8 @@ std::string ProviderTypeToString(std::uint32_t type);
 // The path equality of mount points and files: same number of components, each
 // equal without regard to ASCII case; a trailing separator makes no difference.
 bool SamePath(const std::wstring& a, const std::wstring& b);
+
+} // namespace spec
 
 class CHvVmBackupSpec {
 public:
@@ -43,7 +47,7 @@ public:
     CVolVssProviderInfo(const GUID& providerId, std::uint32_t providerType, std::wstring mountPoint);
 
     const GUID providerId = GUID_NULL;
-    const std::uint32_t providerType = HV_PROVIDER_TYPE_UNKNOWN;
+    const std::uint32_t providerType = spec::HV_PROVIDER_TYPE_UNKNOWN;
     const std::wstring mountPoint;
 };
 

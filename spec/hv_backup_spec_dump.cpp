@@ -9,7 +9,7 @@ namespace {
 void dump_provider(const logger_t& log, const CVolVssProviderInfo& provider) {
     log_info(log, "Provider ID: '%1'. Type: '%2'. Mount point: '%3'.",
              to_ansi_nothrow(guid_to_wstring(provider.providerId)),
-             ProviderTypeToString(provider.providerType), to_ansi_nothrow(provider.mountPoint));
+             spec::ProviderTypeToString(provider.providerType), to_ansi_nothrow(provider.mountPoint));
 }
 
 void dump_vms(const logger_t& log, const std::vector<CHvBackupSpec::vm_ptr_t>& vms) {
@@ -47,6 +47,8 @@ void dump_offhost(const logger_t& log, const std::shared_ptr<COffhostInfo>& offh
 
 } // namespace
 
+namespace spec {
+
 std::string ProviderTypeToString(std::uint32_t type) {
     switch (type) {
     case HV_PROVIDER_TYPE_UNKNOWN:
@@ -65,6 +67,8 @@ std::string ProviderTypeToString(std::uint32_t type) {
         return num_to_string(static_cast<std::uint64_t>(type));
     }
 }
+
+} // namespace spec
 
 void CHvBackupSpec::DumpToLog() const {
     const logger_t& log = logging::tool_logger();

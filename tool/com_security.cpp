@@ -4,6 +4,8 @@
 #include "common/logging/log.h"
 #include "tool/process_platform.h"
 
+namespace tool {
+
 void SetProcessComSecurity() {
     log_info(logging::tool_logger(), "Initializing COM security");
     const HRESULT result = InitializeComSecurityForProcess();
@@ -11,3 +13,5 @@ void SetProcessComSecurity() {
         log_exception(logging::tool_logger(),
                       exc::com_exc_t(result, "Failed to set COM security value for the process."));
 }
+
+} // namespace tool

@@ -4,7 +4,7 @@
 #include "invoke/arguments.h"
 #include "tool/snapshot_task_holder.h"
 
-namespace handlers {
+namespace tool {
 
 namespace {
 
@@ -22,7 +22,7 @@ void BeginSnapshotCreation(InputArguments_t& input, OutputArguments_t& output) {
 }
 
 void GetAsyncOpStatus(InputArguments_t&, OutputArguments_t& output) {
-    const SOperationStatus status = Holder().GetAsyncOpStatus()->Read();
+    const impl::SOperationStatus status = Holder().GetAsyncOpStatus()->Read();
     output.WriteGuid("SnapshotId", status.snapshotId);
     output.WriteText("ErrDescription", status.errDescription);
     output.WriteBool("IsCompleted", status.isCompleted);
@@ -74,4 +74,4 @@ void GetLockerJobInfo(InputArguments_t&, OutputArguments_t& output) {
     dom_set_attribute(locks, L"JobName", job->jobName);
 }
 
-} // namespace handlers
+} // namespace tool

@@ -5,7 +5,7 @@
 class InputArguments_t;
 class OutputArguments_t;
 
-namespace handlers {
+namespace tool {
 
 void BeginSnapshotCreation(InputArguments_t& input, OutputArguments_t& output);
 void GetAsyncOpStatus(InputArguments_t& input, OutputArguments_t& output);
@@ -17,4 +17,4 @@ void ConvertOffhostPaths(InputArguments_t& input, OutputArguments_t& output);
 void CloseSnapshot(InputArguments_t& input, OutputArguments_t& output);
 void GetLockerJobInfo(InputArguments_t& input, OutputArguments_t& output);
 
-} // namespace handlers
+} // namespace tool

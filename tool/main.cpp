@@ -31,25 +31,25 @@ std::vector<std::wstring> CollectArguments() {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    KeepWritesToClosedOutputsHarmless();
+    tool::KeepWritesToClosedOutputsHarmless();
     try {
-        KeepFreedMemoryForNextRequests();
+        tool::KeepFreedMemoryForNextRequests();
         const std::vector<std::wstring> arguments = CollectArguments();
-        logging::start_common_library("Mirrack.log", arguments);
+        runtime::start_common_library("Mirrack.log", arguments);
 
         // The same COM scope that each request of the server opens.
         const wrap::CRequestComScope com;
-        SetProcessComSecurity();
+        tool::SetProcessComSecurity();
 
         const std::shared_ptr<wrap::CToolCmdLineOptions> options = wrap::ParseToolCmdLine(argc, argv);
         const std::shared_ptr<wrap::IInvokeDispatcher> dispatcher = std::make_shared<CMirrackDispatcher>();
-        wrap::RunPipeInvokeServer(PipeNameFromCommandLine(options->pipeName), dispatcher);
+        wrap::RunPipeInvokeServer(tool::PipeNameFromCommandLine(options->pipeName), dispatcher);
 
         if (!CSnapshotTaskHolder::Instance().ClearResources()) {
             // A task that would not let go may still hold the snapshot: leave
             // without running anything else that could wait on it.
             log_error(logging::tool_logger(), "Process will be terminated.");
-            TerminateProcessNow(exitCodeTasksNotReleased);
+            tool::TerminateProcessNow(exitCodeTasksNotReleased);
         }
         log_info(logging::tool_logger(), "Process will be finished normally.");
     } catch (const std::exception& e) {

@@ -6,15 +6,15 @@
 
 CMirrackDispatcher::CMirrackDispatcher()
     : commands{
-          {L"BeginSnapshotCreation", &handlers::BeginSnapshotCreation},
-          {L"GetAsyncOpStatus", &handlers::GetAsyncOpStatus},
-          {L"BeginSnapshotImport", &handlers::BeginSnapshotImport},
-          {L"GetSnapshotInfo", &handlers::GetSnapshotInfo},
-          {L"GetVMFilesList", &handlers::GetVMFilesList},
-          {L"SetVmBackupStatus", &handlers::SetVmBackupStatus},
-          {L"ConvertOffhostPaths", &handlers::ConvertOffhostPaths},
-          {L"CloseSnapshot", &handlers::CloseSnapshot},
-          {L"GetLockerJobInfo", &handlers::GetLockerJobInfo},
+          {L"BeginSnapshotCreation", &tool::BeginSnapshotCreation},
+          {L"GetAsyncOpStatus", &tool::GetAsyncOpStatus},
+          {L"BeginSnapshotImport", &tool::BeginSnapshotImport},
+          {L"GetSnapshotInfo", &tool::GetSnapshotInfo},
+          {L"GetVMFilesList", &tool::GetVMFilesList},
+          {L"SetVmBackupStatus", &tool::SetVmBackupStatus},
+          {L"ConvertOffhostPaths", &tool::ConvertOffhostPaths},
+          {L"CloseSnapshot", &tool::CloseSnapshot},
+          {L"GetLockerJobInfo", &tool::GetLockerJobInfo},
       } {}
 
 void CMirrackDispatcher::Invoke(const std::wstring& command, InputArguments_t& input,

@@ -19,5 +19,5 @@ public:
 private:
     // Fixed at construction: nothing a client sends can add to it. Names are ordered with ASCII
     // letters folded, so a client may write a command in any case.
-    const std::map<std::wstring, CommandHandler, ascii::less_t> commands;
+    const std::map<std::wstring, CommandHandler, compat::less_t> commands;
 };

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace tool {
+
 // The process-wide COM security settings; where there is no COM this succeeds
 // without doing anything.
 HRESULT InitializeComSecurityForProcess();
@@ -23,3 +25,5 @@ void KeepWritesToClosedOutputsHarmless();
 
 // The pipe's name as the command line gave it, in the wide form that the pipe server takes.
 std::wstring PipeNameFromCommandLine(const std::string& name);
+
+} // namespace tool

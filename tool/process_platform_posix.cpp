@@ -7,6 +7,8 @@
 #include <malloc.h>
 #include <unistd.h>
 
+namespace tool {
+
 HRESULT InitializeComSecurityForProcess() {
     return S_OK;
 }
@@ -34,3 +36,5 @@ void TerminateProcessNow(int exitCode) {
 std::wstring PipeNameFromCommandLine(const std::string& name) {
     return win::wide_from_name_bytes(name);
 }
+
+} // namespace tool

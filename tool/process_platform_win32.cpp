@@ -2,6 +2,8 @@
 
 #include "common/exc/convert.h"
 
+namespace tool {
+
 HRESULT InitializeComSecurityForProcess() {
     return CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,
                                 RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_STATIC_CLOAKING, nullptr);
@@ -20,3 +22,5 @@ void TerminateProcessNow(int exitCode) {
 std::wstring PipeNameFromCommandLine(const std::string& name) {
     return to_unicode(name);
 }
+
+} // namespace tool

@@ -3,4 +3,8 @@
 
 #include "compat/win_types.h"
 
+namespace tool {
+
 GUID NewSnapshotId();
+
+} // namespace tool

@@ -65,13 +65,13 @@ CSnapshotTaskHolder::~CSnapshotTaskHolder() {
     snapshotTask.reset();
 }
 
-ISnapshotTask& CSnapshotTaskHolder::RequireSnapshotTask() const {
+impl::ISnapshotTask& CSnapshotTaskHolder::RequireSnapshotTask() const {
     if (!snapshotTask)
         throw exc::runtime_exc_t(notInitializedText);
     return *snapshotTask;
 }
 
-IImportTask& CSnapshotTaskHolder::RequireImportTask() const {
+hv::IImportTask& CSnapshotTaskHolder::RequireImportTask() const {
     if (!importTask)
         throw exc::runtime_exc_t(notInitializedText);
     return *importTask;
@@ -88,7 +88,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotCreation(const std::wstring& specText, co
         [&](log_scope_t& block) {
             auto spec = std::make_shared<CHvBackupSpec>(to_ansi(specText));
             spec->DumpToLog();
-            const GUID id = NewSnapshotId();
+            const GUID id = tool::NewSnapshotId();
             // The previous task, if any, is released only now, inside this command.
             snapshotTask = makeSnapshotTask({jobName, backupConsole, id}, spec);
             block.finish("VSS backup is started. Snapshot ID: [%1]", guid_to_string(id));
@@ -106,7 +106,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotImport(const std::shared_ptr<hv::CImportS
                        console),
         format_message("Failed to import off-host snapshot. Job: '%1'. Backup console: '%2'.", job, console),
         [&](log_scope_t& block) {
-            const GUID id = NewSnapshotId();
+            const GUID id = tool::NewSnapshotId();
             importTask = makeImportTask({jobName, backupConsole, id}, context);
             block.finish("Snapshot import task was successfully created. Snapshot ID: '%1'.",
                          guid_to_string(id));

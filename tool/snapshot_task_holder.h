@@ -14,9 +14,9 @@
 
 class CSnapshotTaskHolder {
 public:
-    using SnapshotTaskFactory = std::function<std::shared_ptr<ISnapshotTask>(
+    using SnapshotTaskFactory = std::function<std::shared_ptr<impl::ISnapshotTask>(
         const impl::STaskIdentity& identity, const std::shared_ptr<CHvBackupSpec>& spec)>;
-    using ImportTaskFactory = std::function<std::shared_ptr<IImportTask>(
+    using ImportTaskFactory = std::function<std::shared_ptr<hv::IImportTask>(
         const impl::STaskIdentity& identity, const std::shared_ptr<hv::CImportSnapshotContext>& context)>;
 
     // The process-wide holder, made on first use and destroyed at normal exit.
@@ -45,13 +45,13 @@ public:
     bool ClearResources();
 
 private:
-    ISnapshotTask& RequireSnapshotTask() const;
-    IImportTask& RequireImportTask() const;
+    impl::ISnapshotTask& RequireSnapshotTask() const;
+    hv::IImportTask& RequireImportTask() const;
     // Releases one task, the snapshot task first; false when both slots were empty.
     bool ReleaseOneTask();
 
-    std::shared_ptr<ISnapshotTask> snapshotTask;
-    std::shared_ptr<IImportTask> importTask;
+    std::shared_ptr<impl::ISnapshotTask> snapshotTask;
+    std::shared_ptr<hv::IImportTask> importTask;
     SnapshotTaskFactory makeSnapshotTask;
     ImportTaskFactory makeImportTask;
 };

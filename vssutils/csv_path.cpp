@@ -26,7 +26,7 @@ bool IsPathOnCsv(const std::wstring& path) {
     std::wstring probed = nearest_existing(path);
     if (ClusterIsPathOnSharedVolume(probed.c_str()))
         return true;
-    if (ascii::istarts_with(probed, win::cluster_storage_root()))
+    if (compat::istarts_with(probed, win::cluster_storage_root()))
         throw exc::runtime_exc_t("Failed to call function 'ClusterIsPathOnSharedVolume'. Path: '%1'.",
                                  to_ansi_nothrow(path));
     return false;

@@ -104,7 +104,7 @@ void CVolumesHolder::AddVolume(const std::wstring& mountPoint, const std::wstrin
 
 std::wstring CVolumesHolder::FindMountPoint(const std::wstring& volumeName) const {
     for (const auto& [mountPoint, name] : mountPoints)
-        if (ascii::iequals(name, volumeName))
+        if (compat::iequals(name, volumeName))
             return mountPoint;
     throw exc::runtime_exc_t("Unable to lookup volume mount point by volume name '%1'.",
                              to_ansi_nothrow(volumeName));

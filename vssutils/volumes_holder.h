@@ -34,7 +34,7 @@ public:
     // One entry per preparation, in order.
     std::vector<std::wstring> preparedCsvFiles;
     // Mount point to volume name.
-    std::map<std::wstring, std::wstring, ascii::less_t> mountPoints;
+    std::map<std::wstring, std::wstring, compat::less_t> mountPoints;
     // In order of first appearance, without duplicates.
     std::vector<std::wstring> volumesToSnapshot;
 
@@ -46,7 +46,7 @@ private:
     void ClearCsvState() noexcept;
 
     // Index over volumesToSnapshot, so that a new item costs no scan of the earlier ones.
-    std::set<std::wstring, ascii::less_t> knownVolumes_;
+    std::set<std::wstring, compat::less_t> knownVolumes_;
 };
 
 // The item's path with the mount point's length cut off its front and the volume name put there.

@@ -9,11 +9,11 @@
 
 namespace {
 
-using format_impl::code_page_t;
+using format::code_page_t;
 
 std::string narrow(code_page_t code_page, const std::wstring& text, const char* failure) {
     std::uint32_t error = 0;
-    std::optional<std::string> result = format_impl::narrow_up_to_zero(code_page, text, error);
+    std::optional<std::string> result = format::narrow_up_to_zero(code_page, text, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, error);
     return std::move(*result);
@@ -21,7 +21,7 @@ std::string narrow(code_page_t code_page, const std::wstring& text, const char* 
 
 std::wstring widen(code_page_t code_page, const std::string& text, const char* failure) {
     std::uint32_t error = 0;
-    std::optional<std::wstring> result = format_impl::widen_up_to_zero(code_page, text, error);
+    std::optional<std::wstring> result = format::widen_up_to_zero(code_page, text, error);
     if (!result)
         throw exc::win_sys_exc_t(failure, text, error);
     return std::move(*result);
@@ -29,7 +29,7 @@ std::wstring widen(code_page_t code_page, const std::string& text, const char* f
 
 std::string recode_utf8(code_page_t code_page, const std::string& source) {
     std::string text = source.substr(0, source.find('\0'));
-    if (format_impl::recode_utf8_in_place(code_page, text))
+    if (format::recode_utf8_in_place(code_page, text))
         return text;
     const std::wstring wide = from_utf8(text);
     return code_page == code_page_t::utf8 ? to_utf8(wide) : to_ansi(wide);

@@ -6,7 +6,7 @@
 
 std::wstring expand_env(const std::wstring& text) {
     std::uint32_t error = 0;
-    std::optional<std::wstring> expanded = format_impl::expand_environment(text, error);
+    std::optional<std::wstring> expanded = format::expand_environment(text, error);
     if (!expanded)
         throw exc::win_sys_exc_t("Cannot expand environment variables for the specified string: [%1]",
                                  to_ansi_nothrow(text), error);

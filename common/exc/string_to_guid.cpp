@@ -13,7 +13,7 @@ GUID string_to_guid(const std::wstring& text) {
             bare.pop_back();
     }
     GUID guid = GUID_NULL;
-    const std::uint32_t status = format_impl::uuid_from_text(bare, guid);
+    const std::uint32_t status = format::uuid_from_text(bare, guid);
     if (status != 0)
         throw exc::win_sys_exc_t("Failed to convert string [%1] to UUID.", to_ansi_nothrow(text), status);
     return guid;

@@ -8,23 +8,23 @@
 #include <cstdint>
 #include <string_view>
 
-namespace format_impl::ascii {
+namespace format {
 
-inline constexpr std::size_t block = text_blocks::block;
+inline constexpr std::size_t block = compat::block;
 
 inline bool is_ascii_block(const wchar_t* text) {
-    return text_blocks::any_bits(text) < 0x80;
+    return compat::any_bits(text) < 0x80;
 }
 
 inline bool is_ascii_block(const char* bytes) {
-    return text_blocks::bytes_outside(bytes, 0, 0x7F) == 0;
+    return compat::bytes_outside(bytes, 0, 0x7F) == 0;
 }
 
 // The length of the text's leading ASCII, narrowed into out (room for the whole text).
 inline std::size_t narrow_prefix(std::wstring_view text, char* out) {
     std::size_t pos = 0;
     for (; text.size() - pos >= block; pos += block) {
-        text_blocks::narrow_wide(text.data() + pos, out + pos);
+        compat::narrow_wide(text.data() + pos, out + pos);
         if (!is_ascii_block(out + pos))
             break;
     }
@@ -37,10 +37,10 @@ inline std::size_t narrow_prefix(std::wstring_view text, char* out) {
 inline std::size_t widen_prefix(std::string_view text, wchar_t* out) {
     std::size_t pos = 0;
     for (; text.size() - pos >= block && is_ascii_block(text.data() + pos); pos += block)
-        text_blocks::convert(out + pos, text.data() + pos);
+        compat::convert(out + pos, text.data() + pos);
     for (; pos < text.size() && static_cast<unsigned char>(text[pos]) < 0x80; ++pos)
         out[pos] = static_cast<wchar_t>(text[pos]);
     return pos;
 }
 
-} // namespace format_impl::ascii
+} // namespace format

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace format_impl {
+namespace format {
 
 enum class code_page_t { ansi, utf8 };
 
@@ -27,4 +27,4 @@ std::optional<std::wstring> widen_up_to_zero(code_page_t code_page, const std::s
 // it in turn would, where that needs no wide text between; false, the text untouched, where it does.
 bool recode_utf8_in_place(code_page_t code_page, std::string& text);
 
-} // namespace format_impl
+} // namespace format

@@ -8,13 +8,13 @@
 #include "common/format/ascii_runs.h"
 #include "compat/unicode.h"
 
-namespace format_impl {
+namespace format {
 
 namespace {
 
-using format_impl::ascii::is_ascii_block;
-using unicode::scalar_or_replacement;
-constexpr std::size_t ascii_block = format_impl::ascii::block;
+using compat::scalar_or_replacement;
+using format::is_ascii_block;
+constexpr std::size_t ascii_block = format::block;
 
 std::size_t utf8_size_of(std::wstring_view text) {
     std::size_t size = 0;
@@ -25,7 +25,7 @@ std::size_t utf8_size_of(std::wstring_view text) {
             pos += ascii_block;
             continue;
         }
-        size += unicode::utf8_length(scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
+        size += compat::utf8_length(scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
     }
     return size;
 }
@@ -38,7 +38,7 @@ std::size_t append_ascii_prefix(std::wstring_view text, std::string& out) {
     std::size_t pos = 0;
     while (pos < text.size()) {
         const std::wstring_view part = text.substr(pos, stage_size);
-        const std::size_t narrowed = ascii::narrow_prefix(part, stage);
+        const std::size_t narrowed = format::narrow_prefix(part, stage);
         out.append(stage, narrowed);
         pos += narrowed;
         if (narrowed < part.size())
@@ -61,11 +61,11 @@ std::optional<std::string> wide_to_multibyte(code_page_t, std::wstring_view text
     char* cursor = out.data() + pos;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = text_blocks::convert(cursor, text.data() + pos);
+            cursor = compat::convert(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
-        cursor = unicode::put_utf8(cursor, scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
+        cursor = compat::put_utf8(cursor, scalar_or_replacement(static_cast<std::uint32_t>(text[pos++])));
     }
     return out;
 }
@@ -77,11 +77,11 @@ std::optional<std::wstring> multibyte_to_wide(code_page_t, std::string_view text
     std::size_t pos = 0;
     while (pos < text.size()) {
         if (text.size() - pos >= ascii_block && is_ascii_block(text.data() + pos)) {
-            cursor = text_blocks::convert(cursor, text.data() + pos);
+            cursor = compat::convert(cursor, text.data() + pos);
             pos += ascii_block;
             continue;
         }
-        const unicode::decoded_t c = unicode::decode_utf8(text.substr(pos));
+        const compat::decoded_t c = compat::decode_utf8(text.substr(pos));
         *cursor++ = static_cast<wchar_t>(c.value);
         pos += c.units;
     }
@@ -99,7 +99,7 @@ bool recode_utf8_in_place(code_page_t, std::string& text) {
             pos += ascii_block;
             continue;
         }
-        const unicode::decoded_t c = unicode::decode_utf8(view.substr(pos));
+        const compat::decoded_t c = compat::decode_utf8(view.substr(pos));
         if (!c.well_formed)
             break;
         pos += c.units;
@@ -110,12 +110,12 @@ bool recode_utf8_in_place(code_page_t, std::string& text) {
     repaired.reserve(view.size() + view.size() / 2);
     char encoded[4];
     while (pos < view.size()) {
-        const unicode::decoded_t c = unicode::decode_utf8(view.substr(pos));
-        repaired.append(encoded, unicode::put_utf8(encoded, c.value));
+        const compat::decoded_t c = compat::decode_utf8(view.substr(pos));
+        repaired.append(encoded, compat::put_utf8(encoded, c.value));
         pos += c.units;
     }
     text = std::move(repaired);
     return true;
 }
 
-} // namespace format_impl
+} // namespace format

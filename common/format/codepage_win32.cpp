@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace format_impl {
+namespace format {
 
 namespace {
 
@@ -53,4 +53,4 @@ bool recode_utf8_in_place(code_page_t, std::string&) {
     return false;
 }
 
-} // namespace format_impl
+} // namespace format

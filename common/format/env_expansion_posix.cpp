@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string_view>
 
-namespace format_impl {
+namespace format {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::optional<std::wstring> expand_environment(const std::wstring& text, std::ui
     return expand_names(std::wstring_view(text.c_str()), error);
 }
 
-} // namespace format_impl
+} // namespace format

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace format_impl {
+namespace format {
 
 std::optional<std::wstring> expand_environment(const std::wstring& text, std::uint32_t& error) {
     const DWORD size = ExpandEnvironmentStringsW(text.c_str(), nullptr, 0);
@@ -21,4 +21,4 @@ std::optional<std::wstring> expand_environment(const std::wstring& text, std::ui
     return std::wstring(buffer.data());
 }
 
-} // namespace format_impl
+} // namespace format

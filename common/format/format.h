@@ -33,7 +33,7 @@ std::wstring guid_to_wstring(const GUID& guid);
 std::string guid_to_string(const GUID& guid);
 // Lower-case text, for comparisons without regard to case.
 std::wstring to_lower(const std::wstring& text);
-using ascii::iequals;
+using compat::iequals;
 
 std::string shorten_for_log(const std::string& text);
 

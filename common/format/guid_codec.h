@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace format_impl {
+namespace format {
 
 // Lower-case text without braces; empty when the platform yields none.
 std::wstring uuid_to_text(const GUID& guid);
@@ -17,4 +17,4 @@ bool uuid_to_ascii(const GUID& guid, char* text);
 // 0 on success, else the platform's status.
 std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid);
 
-} // namespace format_impl
+} // namespace format

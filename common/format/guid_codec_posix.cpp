@@ -3,7 +3,7 @@
 
 #include "compat/uuid_text.h"
 
-namespace format_impl {
+namespace format {
 
 namespace {
 
@@ -28,4 +28,4 @@ std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid) {
     return 0;
 }
 
-} // namespace format_impl
+} // namespace format

@@ -3,7 +3,7 @@
 
 #include <rpc.h>
 
-namespace format_impl {
+namespace format {
 
 std::wstring uuid_to_text(const GUID& guid) {
     UUID copy = guid; // older SDKs take the UUID by non-const pointer
@@ -29,4 +29,4 @@ std::uint32_t uuid_from_text(const std::wstring& text, GUID& guid) {
     return static_cast<std::uint32_t>(UuidFromStringW(reinterpret_cast<RPC_WSTR>(copy.data()), &guid));
 }
 
-} // namespace format_impl
+} // namespace format

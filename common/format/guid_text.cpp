@@ -20,13 +20,13 @@ template <class Text> Text braced(const std::wstring& text) {
 } // namespace
 
 std::wstring guid_to_wstring(const GUID& guid) {
-    return braced<std::wstring>(format_impl::uuid_to_text(guid));
+    return braced<std::wstring>(format::uuid_to_text(guid));
 }
 
 // Every status poll's answer carries an id: it is written narrow at once.
 std::string guid_to_string(const GUID& guid) {
-    char text[format_impl::uuid_ascii_length];
-    if (!format_impl::uuid_to_ascii(guid, text))
+    char text[format::uuid_ascii_length];
+    if (!format::uuid_to_ascii(guid, text))
         return std::string();
     std::string out(sizeof text + 2, '{');
     std::copy(text, text + sizeof text, out.begin() + 1);

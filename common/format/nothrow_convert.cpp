@@ -3,7 +3,7 @@
 #include "common/format/codepage.h"
 #include "common/format/format.h"
 
-namespace format_impl {
+namespace format {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::optional<std::wstring> widen_up_to_zero(code_page_t code_page, const std::s
         text, [&](std::string_view input) { return multibyte_to_wide(code_page, input, error); });
 }
 
-} // namespace format_impl
+} // namespace format
 
 namespace {
 
@@ -35,7 +35,7 @@ template <class Out, class In, class Convert>
 Out converted_or(const In& text, Convert convert, const typename Out::value_type* failed) noexcept {
     try {
         std::uint32_t error = 0;
-        if (std::optional<Out> out = convert(format_impl::code_page_t::ansi, text, error))
+        if (std::optional<Out> out = convert(format::code_page_t::ansi, text, error))
             return std::move(*out);
     } catch (const std::exception&) {
     }
@@ -45,9 +45,9 @@ Out converted_or(const In& text, Convert convert, const typename Out::value_type
 } // namespace
 
 std::string to_ansi_nothrow(const std::wstring& text) noexcept {
-    return converted_or<std::string>(text, &format_impl::narrow_up_to_zero, "UNICODE->ANSI failed");
+    return converted_or<std::string>(text, &format::narrow_up_to_zero, "UNICODE->ANSI failed");
 }
 
 std::wstring to_unicode_nothrow(const std::string& text) noexcept {
-    return converted_or<std::wstring>(text, &format_impl::widen_up_to_zero, L"ANSI -> UNICODE failed.");
+    return converted_or<std::wstring>(text, &format::widen_up_to_zero, L"ANSI -> UNICODE failed.");
 }

@@ -4,6 +4,6 @@
 
 std::wstring to_lower(const std::wstring& text) {
     std::wstring lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), ascii::fold<wchar_t>);
+    std::transform(lower.begin(), lower.end(), lower.begin(), compat::fold<wchar_t>);
     return lower;
 }

@@ -4,8 +4,8 @@
 
 #include "common/win/file_search.h"
 
-namespace win {
+namespace runtime {
 
-win_file_search_t search_or_warn(const std::wstring& mask);
+win::win_file_search_t search_or_warn(const std::wstring& mask);
 
-} // namespace win
+} // namespace runtime

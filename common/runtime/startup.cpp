@@ -15,7 +15,7 @@
 #include <atomic>
 #include <optional>
 
-namespace logging {
+namespace runtime {
 
 namespace {
 
@@ -30,27 +30,28 @@ std::optional<std::size_t> find_token(const std::vector<std::wstring>& arguments
 }
 
 std::vector<std::wstring> command_line_arguments() {
-    return exc::traced("Failed to parse command line", [&] { return platform::process_arguments(); });
+    return exc::traced("Failed to parse command line",
+                       [&] { return logging::platform::process_arguments(); });
 }
 
-void log_module_lines(const logger_t& h) {
+void log_module_lines(const logging::logger_t& h) {
     std::string module_path;
     try {
-        module_path = platform::executable_module_path();
+        module_path = logging::platform::executable_module_path();
         log_info(h, "Path to the executable module:%1", module_path);
     } catch (const std::exception& e) {
         log_exception(h, e);
     }
     try {
-        log_info(h, "Module version:%1", platform::module_version(module_path));
+        log_info(h, "Module version:%1", logging::platform::module_version(module_path));
     } catch (const std::exception& e) {
         log_exception(h, e);
     }
 }
 
-void log_os_lines(const logger_t& h) {
+void log_os_lines(const logging::logger_t& h) {
     try {
-        const platform::os_version_t os = platform::os_version();
+        const logging::platform::os_version_t os = logging::platform::os_version();
         log_info(h, "OS version: %1", os.version);
         log_info(h, "OS build: %1", os.build);
         log_info(h, "OS description: %1", os.description);
@@ -60,7 +61,7 @@ void log_os_lines(const logger_t& h) {
 }
 
 void write_banner() {
-    const logger_t& h = startup_logger();
+    const logging::logger_t& h = logging::startup_logger();
     log_info(h, "");
     log_info(h, std::string(77, '='));
     log_info(h, "{");
@@ -78,7 +79,7 @@ std::wstring log_path_from_arguments(const std::wstring& default_log_name,
     // The token may stand anywhere; the tool's own parser has to tolerate it.
     if (auto at = find_token(arguments, L"-log"); at && *at + 1 < arguments.size())
         return arguments[*at + 1];
-    return log_directory() + L"\\" + default_log_name;
+    return logging::log_directory() + L"\\" + default_log_name;
 }
 
 std::string start_common_library(const std::string& default_log_name) {
@@ -89,11 +90,11 @@ std::string start_common_library(const std::string& default_log_name,
                                  const std::vector<std::wstring>& arguments) {
     const std::wstring path = log_path_from_arguments(to_unicode(default_log_name), arguments);
     verbose_flag = find_token(arguments, L"-verbose").has_value();
-    const std::string narrow_path = platform::narrow_log_path(path);
+    const std::string narrow_path = logging::platform::narrow_log_path(path);
     // The context is made after the handles and so ends before them, with its last line in the log.
     CCommonLibCtx::get();
-    install_log(narrow_path);
-    install_debug_log();
+    logging::install_log(narrow_path);
+    logging::install_debug_log();
     write_banner();
     return narrow_path;
 }
@@ -102,4 +103,4 @@ bool verbose_requested() {
     return verbose_flag;
 }
 
-} // namespace logging
+} // namespace runtime

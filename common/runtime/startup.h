@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace logging {
+namespace runtime {
 
 // Decides the log file from the process command line ("-log <path>", else the log directory and
 // default_log_name), opens the log and writes the start banner. Returns the log path, narrowed.
@@ -21,4 +21,4 @@ std::wstring log_path_from_arguments(const std::wstring& default_log_name,
 // Whether "-verbose" was on the command line. Accepted and kept; nothing reads it in this tool.
 bool verbose_requested();
 
-} // namespace logging
+} // namespace runtime

@@ -36,7 +36,7 @@ std::vector<token_t> tokens_of(const std::wstring& mask) {
         else if (mask[i] == L'.' && (next == L'?' || next == L'*' || next == L'\0'))
             tokens.push_back({token_kind_t::dos_dot, 0});
         else
-            tokens.push_back({token_kind_t::literal, ascii::fold(mask[i])});
+            tokens.push_back({token_kind_t::literal, compat::fold(mask[i])});
     }
     return tokens;
 }
@@ -85,7 +85,7 @@ private:
     bool step(std::size_t s, wchar_t c, bool is_last_dot) {
         switch (tokens_[s].kind) {
         case token_kind_t::literal:
-            return take(s + 1, ascii::fold(c) == tokens_[s].folded);
+            return take(s + 1, compat::fold(c) == tokens_[s].folded);
         case token_kind_t::star:
             return take(s, true);
         case token_kind_t::dos_star:

@@ -16,7 +16,7 @@ std::wstring wide_from_native_name(const char* name) {
     const std::string_view bytes(name);
     std::wstring wide;
     for (std::size_t at = 0; at < bytes.size();) {
-        const unicode::decoded_t c = unicode::decode_utf8(bytes.substr(at));
+        const compat::decoded_t c = compat::decode_utf8(bytes.substr(at));
         if (!c.well_formed) {
             wide.clear();
             for (const char byte : bytes)
@@ -33,7 +33,7 @@ std::wstring wide_from_name_bytes(const std::string& bytes) {
     const std::string_view text(bytes);
     std::wstring wide;
     for (std::size_t at = 0; at < text.size();) {
-        const unicode::decoded_t c = unicode::decode_utf8(text.substr(at));
+        const compat::decoded_t c = compat::decode_utf8(text.substr(at));
         if (c.well_formed)
             wide.push_back(static_cast<wchar_t>(c.value));
         else
@@ -54,7 +54,7 @@ std::string native_name_bytes(const std::wstring& name) {
             continue;
         }
         char encoded[4];
-        bytes.append(encoded, unicode::put_utf8(encoded, unicode::scalar_or_replacement(unit)));
+        bytes.append(encoded, compat::put_utf8(encoded, compat::scalar_or_replacement(unit)));
     }
     return bytes;
 }

@@ -22,15 +22,15 @@ bool is_drive(const std::wstring& text) {
 }
 
 bool begins_with_volume_guid(const std::wstring& component) {
-    return component.size() > 7 && ascii::iequals(component.substr(0, 7), L"Volume{");
+    return component.size() > 7 && compat::iequals(component.substr(0, 7), L"Volume{");
 }
 
 bool is_device_root(const std::vector<std::wstring>& parts) {
     // parts[0] is "?" or "."
     if (parts.size() == 2)
         return begins_with_volume_guid(parts[1]) || is_drive(parts[1]);
-    return parts.size() == 4 && ascii::iequals(parts[1], L"GLOBALROOT") &&
-           ascii::iequals(parts[2], L"Device");
+    return parts.size() == 4 && compat::iequals(parts[1], L"GLOBALROOT") &&
+           compat::iequals(parts[2], L"Device");
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include "common/format/format.h"
 #include "common/xml/dom_platform.h"
 
-namespace dom_platform {
+namespace xml::detail {
 
 void rethrow_child_failure(const std::string& name, const std::exception& error) {
     exc::rethrow_with_trace("Failed to create child node '%1'.", name, error);
@@ -17,10 +17,10 @@ void throw_unexpected_attribute_type(int variant_type, const std::wstring& name)
                              num_to_string(static_cast<std::int32_t>(variant_type)), to_ansi_nothrow(name));
 }
 
-} // namespace dom_platform
+} // namespace xml::detail
 
 void dom_refuse_utf8(std::string_view xml) {
-    throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, std::string(xml));
+    throw exc::com_exc_t(S_FALSE, xml::detail::load_failed_text, std::string(xml));
 }
 
 dom_node_t::dom_node_t(const dom_document_t& document) : dom_node_t(dom_as_node(document)) {}
@@ -33,9 +33,9 @@ namespace {
 template <class Parent, class Name, class ShowName>
 dom_element_t add_child(const Parent& parent, const Name& name, const ShowName& show_name) {
     try {
-        return dom_platform::append_new_element(parent, name);
+        return xml::detail::append_new_element(parent, name);
     } catch (const std::exception& e) {
-        dom_platform::rethrow_child_failure(show_name(), e);
+        xml::detail::rethrow_child_failure(show_name(), e);
     }
 }
 
@@ -64,13 +64,13 @@ GUID dom_get_guid_attribute(const dom_element_t& element, const std::wstring& na
 
 std::vector<dom_element_t> dom_child_elements(const dom_node_t& node) {
     return exc::traced("Failed to retrieve children of the XML node.",
-                       [&] { return dom_platform::child_elements(node); });
+                       [&] { return xml::detail::child_elements(node); });
 }
 
 std::vector<dom_element_t> dom_child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
                                                      std::size_t limit) {
     try {
-        return dom_platform::child_elements_by_tag(node, tag, limit);
+        return xml::detail::child_elements_by_tag(node, tag, limit);
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to enumerate child nodes having the specified tag '%1'.",
                                 to_ansi_nothrow(tag), e);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace dom_platform {
+namespace xml::detail {
 
 inline constexpr char load_failed_text[] = "Failed to load XML document '%1'.";
 inline constexpr char serialize_failed_text[] = "Failed to serialize XML document to string.";
@@ -29,4 +29,4 @@ std::vector<dom_element_t> child_elements(const dom_node_t& node);
 std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const std::wstring& tag,
                                                  std::size_t limit);
 
-} // namespace dom_platform
+} // namespace xml::detail

@@ -134,7 +134,7 @@ public:
     }
     explicit c_text_t(const std::wstring& text) {
         // A zero character ends the text here as it ends the converted one.
-        if (text.size() < sizeof(short_) && format_impl::ascii::narrow_prefix(text, short_) == text.size())
+        if (text.size() < sizeof(short_) && format::narrow_prefix(text, short_) == text.size())
             use_short(text.size());
         else
             use_long(to_utf8(text));
@@ -163,7 +163,7 @@ private:
 std::wstring widen_value(const char* value) {
     const std::string_view text(value);
     std::wstring wide(text.size(), L'\0');
-    if (format_impl::ascii::widen_prefix(text, wide.data()) != text.size())
+    if (format::widen_prefix(text, wide.data()) != text.size())
         return from_utf8(std::string(text));
     return wide;
 }
@@ -271,15 +271,15 @@ namespace {
 // given, which the caller still has.
 template <class ShowGiven>
 dom_document_t load_source(std::shared_ptr<dom_document_native_t> document, const ShowGiven& show_given) {
-    xml_text_verdict_t verdict = judge_xml_text(document->source);
+    xml::detail::xml_text_verdict_t verdict = xml::detail::judge_xml_text(document->source);
     if (verdict.refused)
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+        throw exc::com_exc_t(S_FALSE, xml::detail::load_failed_text, show_given());
     if (verdict.expanded)
         document->source = std::move(*verdict.expanded);
     const pugi::xml_parse_result parsed = document->tree.load_buffer_inplace(
         document->source.data(), document->source.size(), parse_options, pugi::encoding_utf8);
     if (!parsed || !is_well_formed(document->tree))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, show_given());
+        throw exc::com_exc_t(S_FALSE, xml::detail::load_failed_text, show_given());
     return dom_document_t(std::move(document));
 }
 
@@ -296,12 +296,12 @@ dom_document_t dom_load(const std::wstring& xml) {
     // A surrogate without its partner is no character of XML, and the conversion would make it
     // U+FFFD: the text is refused as the platform's parser refuses it.
     if (!std::all_of(xml.begin(), xml.end(),
-                     [](wchar_t c) { return unicode::is_scalar_value(static_cast<std::uint32_t>(c)); }))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
+                     [](wchar_t c) { return compat::is_scalar_value(static_cast<std::uint32_t>(c)); }))
+        throw exc::com_exc_t(S_FALSE, xml::detail::load_failed_text, to_ansi_nothrow(xml));
     try {
         document->source = to_utf8(xml);
     } catch (const std::exception& e) {
-        exc::rethrow_with_trace(dom_platform::load_failed_text, to_ansi_nothrow(xml), e);
+        exc::rethrow_with_trace(xml::detail::load_failed_text, to_ansi_nothrow(xml), e);
     }
     return load_source(std::move(document), [&] { return to_ansi_nothrow(xml); });
 }
@@ -313,11 +313,11 @@ dom_document_t dom_load_utf8(std::string_view xml) {
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
-    return exc::traced(dom_platform::serialize_failed_text, [&] { return from_utf8(serialized(document)); });
+    return exc::traced(xml::detail::serialize_failed_text, [&] { return from_utf8(serialized(document)); });
 }
 
 std::string dom_serialize_utf8(const dom_document_t& document) {
-    return exc::traced(dom_platform::serialize_failed_text, [&] { return serialized(document); });
+    return exc::traced(xml::detail::serialize_failed_text, [&] { return serialized(document); });
 }
 
 dom_document_t dom_owner_document(const dom_node_t& node) {
@@ -351,7 +351,7 @@ const char* attribute_value(const dom_element_t& element, const std::wstring& na
     const pugi::xml_attribute attribute =
         native.node.attribute(c_text_t(name).c_str(), native.next_attribute);
     if (!attribute)
-        dom_platform::throw_unexpected_attribute_type(1, name);
+        xml::detail::throw_unexpected_attribute_type(1, name);
     return attribute.value();
 }
 
@@ -396,7 +396,7 @@ pugi::xml_attribute appended_child_attribute(const dom_element_t& parent, std::s
     try {
         child = appended_child(native_of(parent).node, c_text_t(ascii_name).c_str());
     } catch (const std::exception& e) {
-        dom_platform::rethrow_child_failure(std::string(ascii_name), e);
+        xml::detail::rethrow_child_failure(std::string(ascii_name), e);
     }
     return child.append_attribute(c_text_t(ascii_attribute).c_str());
 }
@@ -413,7 +413,7 @@ void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view 
     appended_child_attribute(parent, ascii_name, ascii_attribute).set_value(c_text_t(value).c_str());
 }
 
-namespace dom_platform {
+namespace xml::detail {
 
 namespace {
 
@@ -453,7 +453,7 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
     std::vector<dom_element_t> elements;
     for (pugi::xml_node child = parent.node.first_child(); child && elements.size() < limit;
          child = child.next_sibling()) {
-        if (!ascii::iequals(node_name_of(child), tag_utf8.c_str()))
+        if (!compat::iequals(node_name_of(child), tag_utf8.c_str()))
             continue;
         if (child.type() != pugi::node_element)
             throw exc::com_exc_t(E_NOINTERFACE, "XML node does not support IXMLDOMElement interface.");
@@ -462,4 +462,4 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
     return elements;
 }
 
-} // namespace dom_platform
+} // namespace xml::detail

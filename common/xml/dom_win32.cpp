@@ -115,10 +115,10 @@ namespace {
 bool is_refused_before_parsing(const std::wstring& xml) {
     if (nests_deeper_than(std::wstring_view(xml), max_element_depth))
         return true;
-    if (!declares_document_type(std::wstring_view(xml)))
+    if (!xml::detail::declares_document_type(std::wstring_view(xml)))
         return false;
     try {
-        return judge_xml_text(to_utf8(xml)).refused;
+        return xml::detail::judge_xml_text(to_utf8(xml)).refused;
     } catch (const std::exception&) {
         return true;
     }
@@ -131,7 +131,7 @@ bool is_refused_before_parsing(const std::wstring& xml) {
 // document names: the tool runs as an administrator, and the document comes from the pipe.
 dom_document_t dom_load(const std::wstring& xml) {
     if (is_refused_before_parsing(xml))
-        throw exc::com_exc_t(S_FALSE, dom_platform::load_failed_text, to_ansi_nothrow(xml));
+        throw exc::com_exc_t(S_FALSE, xml::detail::load_failed_text, to_ansi_nothrow(xml));
     const dom_document_t document = dom_create_document();
     IXMLDOMDocument* ptr = native_of(document).ptr.get();
     check(ptr->put_validateOnParse(VARIANT_FALSE), "Failed to disable document validation.");
@@ -140,13 +140,13 @@ dom_document_t dom_load(const std::wstring& xml) {
     const compat::unique_bstr_t text = bstr_arg(xml);
     const HRESULT hr = ptr->loadXML(text.get(), &loaded);
     if (FAILED(hr) || loaded == VARIANT_FALSE)
-        throw exc::com_exc_t(hr, dom_platform::load_failed_text, to_ansi_nothrow(xml));
+        throw exc::com_exc_t(hr, xml::detail::load_failed_text, to_ansi_nothrow(xml));
     return document;
 }
 
 std::wstring dom_serialize(const dom_document_t& document) {
     compat::unique_bstr_t text;
-    check(native_of(document).ptr->get_xml(text.put()), dom_platform::serialize_failed_text);
+    check(native_of(document).ptr->get_xml(text.put()), xml::detail::serialize_failed_text);
     return text.text();
 }
 
@@ -205,7 +205,7 @@ std::wstring dom_get_attribute(const dom_element_t& element, const std::wstring&
     if (FAILED(hr))
         throw exc::com_exc_t(hr, "Failed to get value of the attribute '%1'.", to_ansi_nothrow(name));
     if (value.get().vt != VT_BSTR)
-        dom_platform::throw_unexpected_attribute_type(value.get().vt, name);
+        xml::detail::throw_unexpected_attribute_type(value.get().vt, name);
     const BSTR text = value.get().bstrVal;
     return text != nullptr ? std::wstring(text, SysStringLen(text)) : L"";
 }
@@ -232,7 +232,7 @@ void dom_add_child_with_attribute(const dom_element_t& parent, std::string_view 
                       std::wstring(ascii_attribute.begin(), ascii_attribute.end()), value);
 }
 
-namespace dom_platform {
+namespace xml::detail {
 
 dom_element_t append_new_element(const dom_node_t& parent, const std::wstring& name) {
     const dom_document_t owner = dom_owner_document(parent);
@@ -294,4 +294,4 @@ std::vector<dom_element_t> child_elements_by_tag(const dom_node_t& node, const s
     return elements;
 }
 
-} // namespace dom_platform
+} // namespace xml::detail

@@ -9,7 +9,7 @@
 
 inline constexpr std::size_t max_element_depth = 256;
 
-namespace nesting_depth_impl {
+namespace xml::detail {
 
 template <class Char>
 std::size_t end_of(std::basic_string_view<Char> text, std::size_t from, const Char* close) {
@@ -50,10 +50,10 @@ std::size_t end_of_tag(std::basic_string_view<Char> text, std::size_t pos, bool&
     return pos;
 }
 
-} // namespace nesting_depth_impl
+} // namespace xml::detail
 
 template <class Char> bool nests_deeper_than(std::basic_string_view<Char> text, std::size_t limit) {
-    using namespace nesting_depth_impl;
+    using namespace xml::detail;
     static constexpr Char comment_end[] = {'-', '-', '>', 0};
     static constexpr Char cdata_end[] = {']', ']', '>', 0};
     static constexpr Char instruction_end[] = {'?', '>', 0};

@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <vector>
 
+namespace xml::detail {
+
 namespace {
 
 // Documents run to megabytes of plain text, so they are searched a block at a time for what
 // needs a closer look.
-using text_blocks::block;
+using compat::block;
 
 // The byte of a character XML leaves out: a control below U+0020, or the lead of the three-byte
 // forms of the surrogates (ED) and of U+FFFE and U+FFFF (EF).
@@ -21,14 +23,14 @@ bool may_be_refused_character(unsigned char c) {
 }
 
 unsigned refused_character_mask(const char* text) {
-    return text_blocks::bytes_outside(text, 0x20, 0xFF) | text_blocks::bytes_among<0xED, 0xEF>(text);
+    return compat::bytes_outside(text, 0x20, 0xFF) | compat::bytes_among<0xED, 0xEF>(text);
 }
 
 // Where the first of the bytes in Set stands from `from` on; npos for none.
 template <char... Set> std::size_t find_any(std::string_view text, std::size_t from) {
     std::size_t pos = std::min(from, text.size());
     for (; text.size() - pos >= block; pos += block)
-        if (const unsigned mask = text_blocks::bytes_among<Set...>(text.data() + pos))
+        if (const unsigned mask = compat::bytes_among<Set...>(text.data() + pos))
             return pos + static_cast<std::size_t>(std::countr_zero(mask));
     for (; pos < text.size(); ++pos)
         if (((text[pos] == Set) || ...))
@@ -410,7 +412,7 @@ private:
                 const std::optional<std::uint32_t> c = character_reference(name.substr(1));
                 require(c.has_value());
                 char encoded[4];
-                replacement.append(encoded, unicode::put_utf8(encoded, *c));
+                replacement.append(encoded, compat::put_utf8(encoded, *c));
             } else {
                 require(std::all_of(name.begin(), name.end(), is_name_byte));
                 replacement.append(literal.substr(at, end + 1 - at));
@@ -440,3 +442,5 @@ private:
 xml_text_verdict_t judge_xml_text(std::string_view utf8) {
     return judge_t(utf8).run();
 }
+
+} // namespace xml::detail

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+namespace xml::detail {
+
 // How much larger than its own text a document may grow by the expansion of its entities: far
 // above any real document, far below what a few lines of entities of entities make (gigabytes).
 inline constexpr std::size_t max_entity_growth = 10;
@@ -29,3 +31,5 @@ template <class Char> bool declares_document_type(std::basic_string_view<Char> t
     static constexpr Char doctype[] = {'<', '!', 'D', 'O', 'C', 'T', 'Y', 'P', 'E', 0};
     return text.find(doctype) != text.npos;
 }
+
+} // namespace xml::detail

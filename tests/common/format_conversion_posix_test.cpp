@@ -84,13 +84,13 @@ TEST(ReplacingConversion, EachMaximalSubpartBecomesOneReplacementAtAnyPosition) 
 
 TEST(ReplacingConversion, Utf16PairsJoinAndLoneSurrogatesAreReplaced) {
     const std::u16string pair = u"\U0001F600";
-    EXPECT_EQ(unicode::decode_utf16(pair).value, U'\U0001F600');
-    EXPECT_EQ(unicode::decode_utf16(pair).units, 2u);
+    EXPECT_EQ(compat::decode_utf16(pair).value, U'\U0001F600');
+    EXPECT_EQ(compat::decode_utf16(pair).units, 2u);
     for (const std::u16string& lone :
          {std::u16string(1, u'\xDC00'), std::u16string(1, u'\xD800'), std::u16string{u'\xD800', u'a'},
           std::u16string{u'\xDC00', u'\xDC00'}}) {
-        EXPECT_EQ(unicode::decode_utf16(lone).value, unicode::replacement_character);
-        EXPECT_EQ(unicode::decode_utf16(lone).units, 1u);
+        EXPECT_EQ(compat::decode_utf16(lone).value, compat::replacement_character);
+        EXPECT_EQ(compat::decode_utf16(lone).units, 1u);
     }
 }
 

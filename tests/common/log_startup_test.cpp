@@ -41,7 +41,7 @@ TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_director
     if (!test_env::simulated_host)
         GTEST_SKIP() << "The registry and the fallback folder are the simulated host's on POSIX only.";
     scoped_env data("MIRRACK_DATA_DIR", "/data");
-    using logging::log_path_from_arguments;
+    using runtime::log_path_from_arguments;
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"--pipemode", L"-LOG", L"D:\\x.log", L"-p"}),
               L"D:\\x.log");
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"-log"}),
@@ -59,7 +59,7 @@ TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_
     win_test::selected_host_t host(log_directory_host((folder_ / "plain" / "logs").string()));
     scoped_env data("MIRRACK_DATA_DIR", (folder_ / "data").string());
     testing::internal::CaptureStdout();
-    const std::string path = logging::start_common_library("Mirrack.log", {L"prog"});
+    const std::string path = runtime::start_common_library("Mirrack.log", {L"prog"});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "LOG: Initializing log file ...\n");
     EXPECT_EQ(path, (folder_ / "plain" / "logs").string() + "\\Mirrack.log");
     EXPECT_EQ(logging::main_log()->receiver()->path(),
@@ -70,10 +70,10 @@ TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_
 TEST_F(log_startup_test, banner_tells_program_and_system) {
     const fs::path log = folder_ / "banner.log";
     testing::internal::CaptureStdout();
-    EXPECT_EQ(logging::start_common_library("Mirrack.log",
+    EXPECT_EQ(runtime::start_common_library("Mirrack.log",
                                             {L"prog", L"-log", from_utf8(log.string()), L"-VERBOSE"}),
               log.string());
-    EXPECT_TRUE(logging::verbose_requested());
+    EXPECT_TRUE(runtime::verbose_requested());
     testing::internal::GetCapturedStdout();
     const auto lines = file_lines(log);
     ASSERT_EQ(lines.size(), 9u);
@@ -101,7 +101,7 @@ TEST_F(log_startup_test, library_context_ends_at_process_exit_with_its_last_line
     const scoped_env handed_on("MIRRACK_TEST_EXIT_LOG", log.string());
     EXPECT_EXIT(
         {
-            logging::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())});
+            runtime::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())});
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");

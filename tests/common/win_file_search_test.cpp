@@ -13,7 +13,7 @@ namespace {
 
 std::set<std::wstring> names_found(const std::wstring& pattern) {
     std::set<std::wstring> names;
-    for (win_file_search_t search = win::search_or_warn(pattern); search.found(); search.next())
+    for (win_file_search_t search = runtime::search_or_warn(pattern); search.found(); search.next())
         names.insert(search.current().name);
     return names;
 }

@@ -99,7 +99,7 @@ TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
     EXPECT_TRUE(folder_exists(L"C:\\"));
     // Failures name their mask.
     host.tree().add_file("volumes/c/locked/a.vhdx");
-    EXPECT_FALSE(search_or_warn(L"C:\\locked\\*").found());
+    EXPECT_FALSE(runtime::search_or_warn(L"C:\\locked\\*").found());
     EXPECT_EQ(sys_failure([] { win_file_search_t(L"C:\\locked\\*"); }),
               "5 File search operation has failed. Search mask: [C:\\locked\\*].");
 

@@ -61,13 +61,13 @@ TEST(Registry, TheSystemsOwnValuesReadAsTheirTypeAndNoOther) {
 
 // An empty text is the one the system's conversions refuse; the wrappers never hand it on.
 TEST(CodePages, TheSystemsRefusalIsNoTextAndItsError) {
-    using format_impl::code_page_t;
+    using format::code_page_t;
     for (const code_page_t code_page : {code_page_t::ansi, code_page_t::utf8}) {
         std::uint32_t error = 0;
-        EXPECT_FALSE(format_impl::wide_to_multibyte(code_page, L"", error).has_value());
+        EXPECT_FALSE(format::wide_to_multibyte(code_page, L"", error).has_value());
         EXPECT_EQ(error, static_cast<std::uint32_t>(ERROR_INVALID_PARAMETER));
         error = 0;
-        EXPECT_FALSE(format_impl::multibyte_to_wide(code_page, "", error).has_value());
+        EXPECT_FALSE(format::multibyte_to_wide(code_page, "", error).has_value());
         EXPECT_EQ(error, static_cast<std::uint32_t>(ERROR_INVALID_PARAMETER));
     }
 }

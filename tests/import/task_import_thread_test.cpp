@@ -33,7 +33,7 @@ template <typename Condition> bool Eventually(Condition condition) {
     return false;
 }
 
-SOperationStatus WaitForVerdict(hv::CVssImportSnapshotThread& task) {
+impl::SOperationStatus WaitForVerdict(hv::CVssImportSnapshotThread& task) {
     Eventually([&] { return task.GetOperationInfo()->IsCompleted(); });
     return task.GetOperationInfo()->Read();
 }
@@ -52,7 +52,7 @@ TEST(ImportTask, AnswersAtOnceWhileImportingConvertsPathsFromCompletionAndHoldsT
     log_capture_t log;
     auto task = StartTask(taken);
 
-    const SOperationStatus running = task->GetOperationInfo()->Read();
+    const impl::SOperationStatus running = task->GetOperationInfo()->Read();
     EXPECT_FALSE(running.isCompleted);
     EXPECT_TRUE(running.isSucceeded);
     EXPECT_EQ(running.completedTime, 0);
@@ -64,7 +64,7 @@ TEST(ImportTask, AnswersAtOnceWhileImportingConvertsPathsFromCompletionAndHoldsT
     while (!task->GetOperationInfo()->IsCompleted())
         std::this_thread::yield();
     EXPECT_FALSE(Converted(*task, AllItems(taken)).empty());
-    const SOperationStatus done = task->GetOperationInfo()->Read();
+    const impl::SOperationStatus done = task->GetOperationInfo()->Read();
     EXPECT_TRUE(done.isSucceeded) << to_ansi_nothrow(done.errDescription);
     EXPECT_EQ(done.errDescription, L"");
     EXPECT_NE(done.completedTime, 0);

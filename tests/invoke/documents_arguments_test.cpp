@@ -13,7 +13,7 @@ InputArguments_t request_with(const std::wstring& name, const std::wstring& valu
 }
 
 std::wstring encoded(const std::string& bytes) {
-    const std::string text = base64_encode(bytes);
+    const std::string text = wrap::base64_encode(bytes);
     return std::wstring(text.begin(), text.end());
 }
 

@@ -35,7 +35,7 @@ void wait_for(const std::function<bool()>& condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-SOperationStatus wait_for_verdict(CVssSnapshotThread2& task) {
+impl::SOperationStatus wait_for_verdict(CVssSnapshotThread2& task) {
     wait_for([&] { return task.GetOperationInfo()->IsCompleted(); });
     return task.GetOperationInfo()->Read();
 }
@@ -45,7 +45,7 @@ SOperationStatus wait_for_verdict(CVssSnapshotThread2& task) {
 TEST(SnapshotTask, WhileCreatingItAnswersAtOnceAndClosingCancelsTheCreation) {
     hyperv_host_t host(R"(<Fault op="PrepareForBackup" delayMs="600000"/>)");
     auto task = start_task(three_vms());
-    const SOperationStatus status = task->GetOperationInfo()->Read();
+    const impl::SOperationStatus status = task->GetOperationInfo()->Read();
     EXPECT_FALSE(status.isCompleted);
     EXPECT_TRUE(status.isSucceeded);
     EXPECT_EQ(status.snapshotId, threadTaskId);
@@ -99,7 +99,7 @@ TEST(SnapshotTask, ASilentServersTaskCompletesByItselfAndKeepsItsResult) {
 TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
     COperationInfo info(threadTaskId, 1);
     std::thread worker([&] { info.MarkFailed(L"line one\nline two", 99); });
-    SOperationStatus status = info.Read();
+    impl::SOperationStatus status = info.Read();
     while (!status.isCompleted) {
         // Until completion is published the outcome fields stay at their start values.
         EXPECT_TRUE(status.isSucceeded);

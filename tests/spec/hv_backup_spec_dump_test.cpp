@@ -49,7 +49,7 @@ TEST(BackupSpecDump, VmsProvidersOffhostAndCsvFlag) {
                   "Offhost backup is disabled.", "Use CSV Vss Writer: 'true'."}));
     EXPECT_EQ(dump_of("<VMs/><Offhost type='1'/>")[4], "Off-host backup is enabled.");
     EXPECT_EQ(dump_of("<VMs/><Offhost type='-7'/>")[4], "Offhost mode: '-7'.");
-    EXPECT_EQ(ProviderTypeToString(5), "csv");
+    EXPECT_EQ(spec::ProviderTypeToString(5), "csv");
 }
 
 } // namespace

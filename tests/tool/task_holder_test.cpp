@@ -23,7 +23,7 @@ struct TaskRecord {
 };
 
 // One fake serves both slots: it answers like a task that has no result yet.
-class FakeTask : public ISnapshotTask, public IImportTask {
+class FakeTask : public impl::ISnapshotTask, public hv::IImportTask {
 public:
     explicit FakeTask(TaskRecord& made) : record(made) {}
     ~FakeTask() override { record.alive = false; }
