@@ -44,7 +44,4 @@ DWORD read_message_part(pipe_channel_t& channel, std::uint8_t* into, DWORD capac
 DWORD write_whole_message(pipe_channel_t& channel, const std::uint8_t* data, DWORD size,
                           DWORD& bytes_written);
 
-// The native name of a pipe path, for messages (the socket path on POSIX).
-std::wstring native_pipe_name(const std::wstring& full_path);
-
 } // namespace win::pipes

@@ -410,12 +410,4 @@ DWORD write_whole_message(pipe_channel_t& channel, const std::uint8_t* data, DWO
     return ERROR_SUCCESS;
 }
 
-std::wstring native_pipe_name(const std::wstring& full_path) {
-    try {
-        return from_utf8(socket_path_of(full_path));
-    } catch (const os_failure_t&) {
-        return full_path;
-    }
-}
-
 } // namespace win::pipes

@@ -131,8 +131,4 @@ DWORD write_whole_message(pipe_channel_t& channel, const std::uint8_t* data, DWO
     return error == ERROR_NO_DATA ? DWORD(ERROR_BROKEN_PIPE) : error;
 }
 
-std::wstring native_pipe_name(const std::wstring& full_path) {
-    return full_path;
-}
-
 } // namespace win::pipes
