@@ -53,7 +53,7 @@ std::size_t write_thread_head(char* text, std::uint32_t thread_id, bool short_la
 struct thread_head_t {
     std::uint32_t thread_id = 0;
     bool short_layout = false;
-    std::uint8_t length = 0; // 0 until a head is made
+    std::size_t length = 0; // 0 until a head is made
     char text[16] = {};
 };
 thread_local thread_head_t last_thread_head;
@@ -62,17 +62,48 @@ std::string_view thread_head(const message_head_t& head) {
     thread_head_t& last = last_thread_head;
     const bool short_layout = head.mode != 0;
     if (last.length == 0 || last.thread_id != head.thread_id || last.short_layout != short_layout) {
-        last.length = static_cast<std::uint8_t>(write_thread_head(last.text, head.thread_id, short_layout));
+        last.length = write_thread_head(last.text, head.thread_id, short_layout);
         last.thread_id = head.thread_id;
         last.short_layout = short_layout;
     }
     return std::string_view(last.text, last.length);
 }
 
+std::size_t line_feeds(std::string_view text) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find('\n'); at != std::string_view::npos; at = text.find('\n', at + 1))
+        ++count;
+    return count;
+}
+
+// The pieces of a line are a few bytes each: copied inline, two overlapping moves apiece, where a
+// call into the library's memcpy for each would cost more than all the copying.
+template <std::size_t width>
+void copy_ends(char* to, const char* from, std::size_t count) {
+    char head[width];
+    char tail[width];
+    std::memcpy(head, from, width);
+    std::memcpy(tail, from + count - width, width);
+    std::memcpy(to, head, width);
+    std::memcpy(to + count - width, tail, width);
+}
+
 char* put(char* at, std::string_view text) {
-    if (!text.empty())
-        std::memcpy(at, text.data(), text.size());
-    return at + text.size();
+    const std::size_t count = text.size();
+    if (count > 32)
+        std::memcpy(at, text.data(), count);
+    else if (count >= 16)
+        copy_ends<16>(at, text.data(), count);
+    else if (count >= 8)
+        copy_ends<8>(at, text.data(), count);
+    else if (count >= 4)
+        copy_ends<4>(at, text.data(), count);
+    else if (count > 0) {
+        at[0] = text[0];
+        at[count / 2] = text[count / 2];
+        at[count - 1] = text[count - 1];
+    }
+    return at + count;
 }
 
 } // namespace
@@ -106,48 +137,39 @@ void assign_message_text(std::string& out, const message_head_t& head, int level
                          std::string_view message) {
     const std::string_view thread = thread_head(head);
     const std::string_view prefix = head.mode == 0 ? head.prefix : std::string_view();
+    const std::string_view first_marker = head.mode == 0 ? level_marker(level, true) : level_word(level);
+    const std::string_view next_marker = head.mode == 0 ? level_marker(level, false) : first_marker;
     const std::size_t lead_length = head.timestamp.size() + thread.size() + prefix.size();
     const std::size_t indent_length = indent > 0 ? static_cast<std::size_t>(indent) * 2 : 0;
-    // The text is filled in place over the storage that the previous message left; it grows only
-    // for a longer message, and the lead of the first line is copied to the others.
-    std::size_t length = 0;
-    // Room for a one-line message up front: a traced document of megabytes would otherwise be
-    // copied at every doubling, three times its size at the worst moment.
-    constexpr std::size_t marker_room = 16;
-    out.reserve(lead_length + marker_room + indent_length + message.size() + head.eol.size());
-    std::size_t start = 0;
-    bool first_line = true;
     // Every line feed ends a piece; the piece behind a closing one is empty and gives no line, and
     // an empty message still gives one line.
-    do {
-        std::size_t end = message.find('\n', start);
-        if (end == std::string_view::npos)
-            end = message.size();
-        const std::string_view marker = head.mode == 0 ? level_marker(level, first_line) : level_word(level);
-        const std::string_view text = message.substr(start, end - start);
-        const std::size_t line_end =
-            length + lead_length + marker.size() + indent_length + text.size() + head.eol.size();
-        if (out.size() < line_end)
-            out.resize(line_end);
-        char* const lead = out.data();
-        char* at = lead + length;
-        if (first_line) {
+    const std::size_t feeds = line_feeds(message);
+    const std::size_t lines = feeds + 1 - (feeds > 0 && message.back() == '\n' ? 1 : 0);
+    // Markers of one message are all of one length. Knowing the length before the first byte, the
+    // text is made in one pass over storage that a previous message left: a traced document of
+    // megabytes is never copied at a doubling.
+    const std::size_t per_line = lead_length + first_marker.size() + indent_length + head.eol.size();
+    out.resize(lines * per_line + message.size() - feeds);
+    char* const lead = out.data();
+    char* at = lead;
+    std::size_t start = 0;
+    for (std::size_t line = 0; line < lines; ++line) {
+        const std::size_t found = feeds == 0 ? std::string_view::npos : message.find('\n', start);
+        const std::size_t end = found == std::string_view::npos ? message.size() : found;
+        if (line == 0) {
             at = put(at, head.timestamp);
             at = put(at, thread);
             at = put(at, prefix);
+            at = put(at, first_marker);
         } else {
             at = put(at, std::string_view(lead, lead_length));
+            at = put(at, next_marker);
         }
-        at = put(at, marker);
-        if (indent_length > 0)
-            at = std::fill_n(at, indent_length, ' ');
-        at = put(at, text);
-        put(at, head.eol);
-        length = line_end;
-        first_line = false;
+        at = std::fill_n(at, indent_length, ' ');
+        at = put(at, message.substr(start, end - start));
+        at = put(at, head.eol);
         start = end + 1;
-    } while (start < message.size());
-    out.resize(length);
+    }
 }
 
 } // namespace logging::format
