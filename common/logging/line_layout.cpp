@@ -78,8 +78,7 @@ std::size_t line_feeds(std::string_view text) {
 
 // The pieces of a line are a few bytes each: copied inline, two overlapping moves apiece, where a
 // call into the library's memcpy for each would cost more than all the copying.
-template <std::size_t width>
-void copy_ends(char* to, const char* from, std::size_t count) {
+template <std::size_t width> void copy_ends(char* to, const char* from, std::size_t count) {
     char head[width];
     char tail[width];
     std::memcpy(head, from, width);

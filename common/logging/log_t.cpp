@@ -102,9 +102,12 @@ void log_t::indent_out() {
         indents_.erase(found);
 }
 
-void log_t::forget_indent() {
-    std::lock_guard<log_lock_t> guard(lock_);
-    indents_.erase(win::current_thread_id());
+void log_t::forget_thread() {
+    {
+        std::lock_guard<log_lock_t> guard(lock_);
+        indents_.erase(win::current_thread_id());
+    }
+    lock_.release_if_held();
 }
 
 std::shared_ptr<log_t> main_log() {

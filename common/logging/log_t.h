@@ -3,18 +3,14 @@
 
 #include "common/logging/line_layout.h"
 #include "common/logging/log.h"
+#include "common/logging/log_lock.h"
 
 #include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <unordered_map>
-
-#ifndef _WIN32
-#include "common/win/robust_mutex_posix.h"
-#endif
 
 namespace logging {
 
@@ -29,13 +25,6 @@ constexpr int level_error = 4;
 
 // Messages between two looks at the size of the log file.
 constexpr std::int32_t messages_between_size_checks = 1000;
-
-#ifdef _WIN32
-using log_lock_t = std::recursive_mutex;
-#else
-// A worker that crashes inside a write is abandoned holding the lock; every later line must still go out.
-using log_lock_t = win::posix::robust_recursive_mutex_t;
-#endif
 
 class log_t {
 public:
@@ -61,8 +50,9 @@ public:
     void indent_in();
     void indent_out();
 
-    // Forgets the calling thread's indent depth: a thread abandoned by the crash frame never left its blocks.
-    void forget_indent();
+    // Forgets what the calling thread left: a thread abandoned by the crash frame never left its
+    // blocks, nor the write it stood in, and every later line must still go out.
+    void forget_thread();
 
 private:
     void write_locked(int level, std::int32_t indent, const format::line_format_t* format,

@@ -91,11 +91,12 @@ DWORD win_thread_t::entry(void* self) {
         frame != nullptr
             ? frame([](void* context) { return static_cast<win_thread_t*>(context)->run(); }, thread)
             : thread->run();
-    // A frame that left the routine without unwinding skipped its end, and the blocks it had open.
+    // A frame that left the routine without unwinding skipped its end, the blocks it had open and
+    // perhaps a log write.
     if (!thread->ended_) {
         try {
-            logging::main_log()->forget_indent();
-            logging::debug_log()->forget_indent();
+            logging::main_log()->forget_thread();
+            logging::debug_log()->forget_thread();
             end_thread(thread_id, thread->role_);
         } catch (...) {
         }

@@ -5,12 +5,10 @@
 
 namespace win::posix {
 
-robust_mutex_t::robust_mutex_t(kind_t kind) {
+robust_mutex_t::robust_mutex_t() {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutexattr_settype(&attributes,
-                              kind == kind_t::recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_NORMAL);
     const int error = pthread_mutex_init(&mutex_, &attributes);
     pthread_mutexattr_destroy(&attributes);
     if (error != 0)

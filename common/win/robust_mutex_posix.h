@@ -9,9 +9,7 @@ namespace win::posix {
 
 class robust_mutex_t {
 public:
-    enum class kind_t { plain, recursive };
-
-    explicit robust_mutex_t(kind_t kind = kind_t::plain);
+    robust_mutex_t();
     ~robust_mutex_t();
     robust_mutex_t(const robust_mutex_t&) = delete;
     robust_mutex_t& operator=(const robust_mutex_t&) = delete;
@@ -22,12 +20,6 @@ public:
 
 private:
     pthread_mutex_t mutex_;
-};
-
-// The lock of the log: taken again by a thread that writes while it writes.
-class robust_recursive_mutex_t : public robust_mutex_t {
-public:
-    robust_recursive_mutex_t() : robust_mutex_t(kind_t::recursive) {}
 };
 
 } // namespace win::posix
