@@ -87,7 +87,7 @@ TEST(SnapshotImport, TakesTheListedSnapshotsWithTheHyperVWriterAndChecksWritersW
                             to_ansi(snapshots[i].newVolume) + "]."))
             << log.text();
     }
-    const auto calls = hosts.Calls(hosts.ProxyDir());
+    const auto calls = hosts.proxy.calls();
     EXPECT_LT(FirstCall(calls, "SetContext\t4294967295"), calls.size());
     EXPECT_LT(FirstCall(calls, "EnableWriterClasses\t{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}"), calls.size());
     const std::size_t writers = FirstCall(calls, "GatherWriterStatus");
@@ -118,25 +118,7 @@ TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmp
             Import(c.readableDocument ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml, c.closed);
         });
         EXPECT_TRUE(contains(all, c.expected)) << all;
-        EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty()) << all;
-    }
-}
-
-TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
-    const auto result = ResultOf({c7, d8});
-    const ItemsList items{Item(volumeC + L"VMs\\vm1\\disk.vhdx"), Item(volumeD + L"data\\d.vhdx", L"d.vhdx"),
-                          Item(L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx"),
-                          Item(L"C:\\VMs\\vm1\\disk.vhdx"), Item(L"\\\\?\\Vol")};
-
-    const ItemsList converted = Convert(result, items);
-    EXPECT_EQ(FullPaths(converted),
-              (std::vector<std::wstring>{shadow7 + L"\\VMs\\vm1\\disk.vhdx", shadow8 + L"\\data\\d.vhdx",
-                                         items[2].fullPath, items[3].fullPath, items[4].fullPath}));
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        EXPECT_EQ(converted[i].path, items[i].path) << "only FullPath changes";
-        EXPECT_EQ(converted[i].mask, items[i].mask);
-        EXPECT_EQ(converted[i].recursive, items[i].recursive);
-        EXPECT_EQ(converted[i].relativePath, items[i].relativePath);
+        EXPECT_TRUE(hosts.proxy.state_lines("shadows.txt").empty()) << all;
     }
 }
 
@@ -151,6 +133,10 @@ TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
         c = static_cast<wchar_t>(std::towupper(c));
     EXPECT_EQ(one({c7}, upper + L"VMs\\Vm1\\Disk.VHDX"), shadow7 + L"\\VMs\\Vm1\\Disk.VHDX");
     EXPECT_EQ(one({c7}, volumeC), shadow7) << "the volume itself";
+    EXPECT_EQ(one({c7, d8}, volumeD + L"data\\d.vhdx"), shadow8 + L"\\data\\d.vhdx");
+    for (const std::wstring stays : {L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx",
+                                     L"C:\\VMs\\vm1\\disk.vhdx", L"\\\\?\\Vol"})
+        EXPECT_EQ(one({c7, d8}, stays), stays) << "on no snapshot's volume";
     EXPECT_EQ(one({{GUID_NULL, volumeC, shadow7 + L"\\"}}, volumeC + L"a.vhd"), shadow7 + L"\\a.vhd");
     EXPECT_EQ(one({{GUID_NULL, volumeC.substr(0, volumeC.size() - 1), shadow7}}, volumeC + L"a.vhd"),
               shadow7 + L"\\\\a.vhd")
@@ -177,6 +163,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyListAndUnreadableItemsFailTh
     const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");
-    EXPECT_EQ(FullPaths(Convert(result, {Item(volumeC + L"a.vhd")})),
-              (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
+    EXPECT_EQ(Convert(result, {Item(volumeC + L"a.vhd", L"r")}),
+              (ItemsList{CFilesListItem(L"C:\\VMs\\vm1\\", L"*.vhdx", 1, L"r", shadow7 + L"\\a.vhd")}))
+        << "only FullPath changes";
 }
