@@ -26,13 +26,10 @@ std::string AllLines(const std::function<void()>& action) {
     return all;
 }
 
-std::unique_ptr<hv::CVssImportSnapshot> Import(const std::wstring& backupDoc, const std::wstring& idsList,
-                                               bool closed = false) {
-    auto closeEvent = std::make_shared<win::win_manual_reset_event_t>();
-    if (closed)
-        closeEvent->set();
+std::unique_ptr<hv::CVssImportSnapshot> Import(const std::wstring& backupDoc, const std::wstring& idsList) {
     return std::make_unique<hv::CVssImportSnapshot>(
-        std::make_shared<hv::CImportSnapshotContext>(backupDoc, idsList), closeEvent);
+        std::make_shared<hv::CImportSnapshotContext>(backupDoc, idsList),
+        std::make_shared<win::win_manual_reset_event_t>());
 }
 
 std::size_t FirstCall(const std::vector<std::string>& calls, const std::string& call) {
@@ -96,28 +93,20 @@ TEST(SnapshotImport, TakesTheListedSnapshotsWithTheHyperVWriterAndChecksWritersW
     EXPECT_TRUE(log.has("Waiting until VSS import task finishes.")) << log.text();
 }
 
+// A close that cancels the import is the import task's.
 TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmpty) {
-    struct case_t {
-        const char* proxyFault;
-        bool closed;
-        bool readableDocument;
-        std::string expected;
+    const std::pair<const char*, std::string> cases[] = {
+        {R"(<Fault op="ImportSnapshots" status="0x80042301"/>)", "Import snapshot task has failed."},
+        {R"(<Fault op="ImportSnapshots" hr="0x80042301"/>)", "Failed to initiate snapshot import procedure."},
+        {"", "Failed to create VSS backup object."},
     };
-    const case_t cases[] = {
-        {"", true, true, "Import snapshot task has been cancelled."},
-        {R"(<Fault op="ImportSnapshots" status="0x80042301"/>)", false, true,
-         "Import snapshot task has failed."},
-        {R"(<Fault op="ImportSnapshots" hr="0x80042301"/>)", false, true,
-         "Failed to initiate snapshot import procedure."},
-        {"", false, false, "Failed to create VSS backup object."},
-    };
-    for (const case_t& c : cases) {
-        host_and_proxy_t hosts(c.proxyFault);
+    for (const auto& [proxyFault, expected] : cases) {
+        const bool readable = *proxyFault != '\0';
+        host_and_proxy_t hosts(proxyFault);
         const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
-        const std::string all = AllLines([&] {
-            Import(c.readableDocument ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml, c.closed);
-        });
-        EXPECT_TRUE(contains(all, c.expected)) << all;
+        const std::string all =
+            AllLines([&] { Import(readable ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml); });
+        EXPECT_TRUE(contains(all, expected)) << all;
         EXPECT_TRUE(hosts.proxy.state_lines("shadows.txt").empty()) << all;
     }
 }

@@ -28,10 +28,6 @@ using test_support::read_file;
 
 const wchar_t* const logKey = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
-std::string Narrow(const std::wstring& text) {
-    return to_ansi_nothrow(text);
-}
-
 class ToolSmoke : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -118,12 +114,12 @@ private:
 TEST_F(ToolSmoke, AnEncodedArgumentArrivesWholeAndTheBannerNamesTheModuleVersion) {
     const std::wstring items = L"<FilesList><File Recursive=\"false\" Path=\"C:\\VMs\\\" Mask=\"*\" "
                                L"FullPath=\"C:\\VMs\\disk.vhdx\" RelativePath=\"\"/></FilesList>";
-    std::ofstream(folder / "items.xml", std::ios::binary) << Narrow(items);
+    std::ofstream(folder / "items.xml", std::ios::binary) << to_ansi_nothrow(items);
     auto tool = StartServingTool(PipeName("session"), folder / "Mirrack.log");
     std::string answer;
     Client(PipeName("session"),
            {L"call", L"ConvertOffhostPaths", L"InPathsXML=@" + (folder / "items.xml").wstring()}, answer);
-    EXPECT_EQ(answer, Narrow(tool_expect::ConversionWithoutTask(items)));
+    EXPECT_EQ(answer, to_ansi_nothrow(tool_expect::ConversionWithoutTask(items)));
     EXPECT_EQ(tool->Wait(), 0u);
     const std::string log = read_file(folder / "Mirrack.log");
     EXPECT_TRUE(contains(log, "  Module version:1.0.0.0")) << log;
