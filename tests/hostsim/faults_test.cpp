@@ -1,7 +1,6 @@
 // Faults from the host description: failing calls, failing and slow operations, failing writers.
 #include "scratch_host.h"
 
-#include "hostsim/host_access.h"
 #include "hostsim/wide_text.h"
 
 #include <gtest/gtest.h>
@@ -56,26 +55,6 @@ TEST(Faults, AStatusEndsTheOperationAndOneThatFailedOrWasCancelledLeavesNothing)
     EXPECT_EQ(run(ungathered.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_CANCELLED);
     UINT count = 0;
     EXPECT_EQ(ungathered->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "no metadata was gathered";
-}
-
-// A failing Win32 call and a failing cluster call are read through the volume set's own tests.
-TEST(Faults, ProvidersRefuseTheirFirstAnswersAndWin32FaultsMatchTheirPath) {
-    scratch_host_t host(
-        sample_host_xml(R"(<Provider id="{11111111-0000-0000-0000-000000000001}" type="software"
-                                                     volumes="C:\" refuse="1"/>
-                                           <Fault op="GetVolumePathNameW" match="\vm1\" err="5"/>)"));
-    auto backup = gathered_backup();
-    const GUID refusing = {0x11111111, 0, 0, {0, 0, 0, 0, 0, 0, 0, 1}};
-    BOOL answer = TRUE;
-    WCHAR volume[] = L"C:\\";
-    ASSERT_EQ(backup->IsVolumeSupported(refusing, volume, &answer), S_OK);
-    EXPECT_FALSE(answer) << "the first answer is a refusal";
-    ASSERT_EQ(backup->IsVolumeSupported(refusing, volume, &answer), S_OK);
-    EXPECT_TRUE(answer) << "the second is not";
-
-    EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\VMs\\vm1\\vm1.vhdx"), 5u);
-    EXPECT_EQ(hostsim::win32_call("GetVolumePathNameW", L"C:\\VMs\\vm2\\vm2.vhdx"), std::nullopt);
-    EXPECT_TRUE(journal_has(host, "GetVolumePathNameW", "C:\\VMs\\vm2\\vm2.vhdx"));
 }
 
 TEST(Faults, AWriterReportsTheFaultFromItsPhaseOn) {

@@ -55,7 +55,7 @@ std::string sample_host_xml(const std::string& extra) {
 }
 
 scratch_host_t::scratch_host_t(const std::string& host_xml, const std::string& prefix)
-    : host_folder_t(prefix) {
+    : journaled_host_t(prefix) {
     write("host.xml", host_xml);
     write("volumes/c/VMs/vm1/vm1.vhdx", "disk of vm1, before");
     write("volumes/c/VMs/vm1/vm1_A1.avhdx", "checkpoint of vm1");
@@ -179,14 +179,6 @@ int dead_pid() {
         _exit(0);
     waitpid(pid, nullptr, 0);
     return static_cast<int>(pid);
-}
-
-bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument) {
-    for (auto& record : host.journal())
-        if (record.size() >= 2 && record[1] == op &&
-            (argument.empty() || (record.size() >= 3 && record[2].find(argument) != std::string::npos)))
-            return true;
-    return false;
 }
 
 } // namespace hostsim_test

@@ -4,7 +4,7 @@
 
 #include "compat/com_ptr.h"
 #include "compat/vss_api.h"
-#include "tests/support/host_folder.h"
+#include "journaled_host.h"
 #include "tests/support/text_file.h"
 
 #include <sys/wait.h>
@@ -28,7 +28,7 @@ extern const GUID hardware_provider_id;
 extern const wchar_t c_volume_name[];
 extern const wchar_t vm1_component[];
 
-class scratch_host_t : public test_support::host_folder_t {
+class scratch_host_t : public journaled_host_t {
 public:
     // prefix names its folder: a name is bytes, which need not be UTF-8.
     explicit scratch_host_t(const std::string& host_xml = sample_host_xml(),
@@ -80,7 +80,5 @@ template <class Body> bool in_child_process(Body body) {
     waitpid(pid, &status, 0);
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
-
-bool journal_has(const scratch_host_t& host, const std::string& op, const std::string& argument = "");
 
 } // namespace hostsim_test

@@ -1,6 +1,6 @@
 // The rules that the VSS and cluster reference documentation states, call by call: where it
-// forbids something the simulator refuses it with the documented answer, and where it allows
-// something the simulator allows it too.
+// forbids something (a requester's mistakes among them) the simulator refuses it with the
+// documented answer, and where it allows something the simulator allows it too.
 #include "scratch_host.h"
 
 #include "compat/cluster_api.h"
@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace hostsim_test;
@@ -21,6 +20,7 @@ namespace {
 const wchar_t csv_disk[] = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const wchar_t csv_folder[] = L"C:\\ClusterStorage\\Volume1\\vm2\\";
 const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
+const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
 
 std::string set_text(const GUID& set_id) {
     return hostsim::to_utf8(hostsim::guid_text(set_id));
@@ -80,7 +80,7 @@ TEST(StartSnapshotSet, TheLockGoesWithAFailedSnapshotTheReleaseAndADeadHolder) {
                                          ":1\t2026-01-01 00:00:00 UTC\n");
     auto backup = gathered_backup();
     start_set(backup.get());
-    EXPECT_TRUE(journal_has(host, "RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"));
+    EXPECT_NE(host.count("RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"), 0u);
 }
 
 TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
@@ -141,26 +141,26 @@ TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
     EXPECT_TRUE(host.state_lines("creation.txt").empty()) << "the creation ends with the backup";
     backup = nullptr;
-    EXPECT_FALSE(journal_has(host, "ImplicitAbort"));
+    EXPECT_EQ(host.count("ImplicitAbort"), 0u);
     EXPECT_TRUE(host.state_lines("backups.txt").empty());
 }
 
 TEST(AbortBackup, IsImpliedByAReleaseBetweenThePrepareAndTheCompletion) {
     scratch_host_t host;
     start_set(gathered_backup().get());
-    EXPECT_FALSE(journal_has(host, "ImplicitAbort")) << "nothing was prepared";
+    EXPECT_EQ(host.count("ImplicitAbort"), 0u) << "nothing was prepared";
 
     auto completed = prepared_backup();
     ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
     completed = nullptr;
-    EXPECT_FALSE(journal_has(host, "ImplicitAbort")) << "the backup was complete";
+    EXPECT_EQ(host.count("ImplicitAbort"), 0u) << "the backup was complete";
 
     VSS_ID snapshot{};
     auto prepared = prepared_backup(&snapshot);
     ASSERT_EQ(run(prepared.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     prepared = nullptr;
-    EXPECT_TRUE(journal_has(host, "ImplicitAbort"));
+    EXPECT_NE(host.count("ImplicitAbort"), 0u);
 }
 
 TEST(IVssAsyncCancel, AnswersHowTheOperationEnded) {
@@ -194,7 +194,7 @@ TEST(AfterTheMetadata, SetContextIsTakenOnceEnablingWritersHasNoEffectAndTheStat
     auto backup = gathered_backup();
     EXPECT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
     EXPECT_EQ(backup->SetContext(VSS_CTX_BACKUP), VSS_E_BAD_STATE);
-    EXPECT_TRUE(journal_has(host, "SetContext", "0"));
+    EXPECT_NE(host.count("SetContext", "0"), 0u);
     EXPECT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     UINT count = 0;
     ASSERT_EQ(backup->GetWriterMetadataCount(&count), S_OK);
@@ -213,7 +213,7 @@ TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeEndsWithTheJobThatPrepare
                                        "\t" + job + hostsim::to_utf8(csv_folder)});
     backup = nullptr;
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the release ends the job";
-    EXPECT_TRUE(journal_has(host, "CsvBackupStateEnded", csv_volume));
+    EXPECT_NE(host.count("CsvBackupStateEnded", csv_volume), 0u);
 
     backup = gathered_backup();
     set = start_and_prepare_twice(backup.get());
@@ -221,11 +221,9 @@ TEST(ClusterSharedVolumeBackupState, BelongsToTheVolumeEndsWithTheJobThatPrepare
               DWORD(ERROR_INVALID_PARAMETER));
     ASSERT_EQ(ClusterClearBackupStateForSharedVolume(csv_folder), DWORD(0));
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the other path's preparation went too";
-    const auto journal = host.journal();
-    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(), [&](const std::vector<std::string>& record) {
-        return record.size() == 4 && record[1] == "CsvBackupStateCleared" && record[2] == csv_volume &&
-               record[3] == set;
-    })) << "the jobs that lost their preparation are named";
+    EXPECT_EQ(host.calls("CsvBackupStateCleared"),
+              std::vector<std::string>{"CsvBackupStateCleared\t" + std::string(csv_volume) + "\t" + set})
+        << "the jobs that lost their preparation are named";
     backup = nullptr;
 
     auto completed = prepared_backup();
@@ -251,12 +249,12 @@ TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {
     ASSERT_EQ(prepared.size(), 1u);
     hostsim::host_t::open(host.dir());
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
-    const auto journal = host.journal();
-    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(), [&](const std::vector<std::string>& record) {
-        return record.size() == 5 && record[1] == "RemoveAbandonedCsvBackupState" &&
-               record[2] == csv_volume && record[3] == prepared[0].substr(prepared[0].find('\t') + 1, 38) &&
-               record[4].find(" is gone") != std::string::npos;
-    })) << "the sweep names the volume and the job";
+    const auto swept = host.calls("RemoveAbandonedCsvBackupState");
+    ASSERT_EQ(swept.size(), 1u);
+    EXPECT_TRUE(swept[0].starts_with("RemoveAbandonedCsvBackupState\t" + std::string(csv_volume) + "\t" +
+                                     prepared[0].substr(prepared[0].find('\t') + 1, 38) + "\t"))
+        << swept[0];
+    EXPECT_NE(swept[0].find(" is gone"), std::string::npos) << "the sweep names the volume and the job";
 
     ASSERT_EQ(prepare_csv(csv_folder), DWORD(0)) << "a live process's preparation";
     ASSERT_TRUE(in_child_process(prepare_and_die));
@@ -264,4 +262,124 @@ TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {
     const auto kept = host.state_lines("csv.txt");
     ASSERT_EQ(kept.size(), 1u) << "the volume stays in backup while one who prepared it lives";
     EXPECT_NE(kept[0].find(hostsim::to_utf8(csv_disk)), std::string::npos) << kept[0];
+}
+
+// The errors VSS gives for a requester's mistakes.
+TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyExists) {
+    scratch_host_t host;
+    auto backup = gathered_backup();
+    start_set(backup.get());
+    EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
+    EXPECT_EQ(
+        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", L"no such VM"),
+        VSS_E_OBJECT_NOT_FOUND);
+    EXPECT_EQ(backup->AddComponent(unknown_id, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
+              VSS_E_OBJECT_NOT_FOUND)
+        << "the writer instance must be the writer's";
+    BOOL supported = TRUE;
+    WCHAR volume[] = L"Z:\\";
+    EXPECT_EQ(backup->IsVolumeSupported(system_provider_id, volume, &supported), VSS_E_OBJECT_NOT_FOUND);
+    VSS_SNAPSHOT_PROP prop{};
+    EXPECT_EQ(backup->GetSnapshotProperties(unknown_id, &prop), VSS_E_OBJECT_NOT_FOUND);
+    // Providers serve only what they support.
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", system_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
+    EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\", hardware_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER)
+        << "the hardware provider lists C: only";
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, unknown_id), VSS_E_PROVIDER_NOT_REGISTERED);
+    WCHAR share[] = L"\\\\fs01\\vms\\";
+    ASSERT_EQ(backup->IsVolumeSupported(system_provider_id, share, &supported), S_OK);
+    EXPECT_FALSE(supported) << "an unsupported volume is an answer, not an error";
+    EXPECT_EQ(backup->IsVolumeSupported(unknown_id, share, &supported), VSS_E_PROVIDER_NOT_REGISTERED);
+    ASSERT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id), S_OK);
+    EXPECT_EQ(add_volume(backup.get(), L"c:\\", system_provider_id), VSS_E_OBJECT_ALREADY_EXISTS)
+        << "a mount point names the same volume";
+    ASSERT_EQ(
+        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
+        S_OK);
+    EXPECT_EQ(
+        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
+        VSS_E_OBJECT_ALREADY_EXISTS);
+
+    // Transportable sets need a transportable provider.
+    backup = gathered_backup();
+    ASSERT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
+    VSS_ID set_id{};
+    ASSERT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id),
+              VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_VOLUME_NOT_SUPPORTED)
+        << "no provider can make a transportable copy of a share";
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, GUID_NULL), S_OK) << "the hardware provider is chosen";
+}
+
+TEST(VssErrors, CallsOutOfOrderAreInABadState) {
+    scratch_host_t host;
+    auto fresh = new_backup();
+    UINT count = 0;
+    VSS_ID set_id{};
+    EXPECT_EQ(fresh->StartSnapshotSet(&set_id), VSS_E_BAD_STATE) << "before InitializeForBackup";
+    ASSERT_EQ(fresh->InitializeForBackup(), S_OK);
+    EXPECT_EQ(fresh->InitializeForBackup(), VSS_E_BAD_STATE) << "initialized twice";
+    EXPECT_EQ(fresh->GetWriterMetadataCount(&count), VSS_E_BAD_STATE) << "before the metadata is gathered";
+    EXPECT_EQ(fresh->GetWriterStatusCount(&count), VSS_E_BAD_STATE) << "before the status is gathered";
+    EXPECT_EQ(add_volume(fresh.get(), c_volume_name, GUID_NULL), VSS_E_BAD_STATE)
+        << "before StartSnapshotSet";
+
+    compat::com_ptr_t<IVssAsync> pending;
+    ASSERT_EQ(fresh->GatherWriterMetadata(pending.put()), S_OK);
+    EXPECT_EQ(fresh->GetWriterMetadataCount(&count), VSS_E_BAD_STATE)
+        << "before the gathering has been seen to end";
+    ASSERT_EQ(wait_for(pending), VSS_S_ASYNC_FINISHED);
+
+    ASSERT_EQ(fresh->StartSnapshotSet(&set_id), S_OK);
+    EXPECT_EQ(fresh->StartSnapshotSet(&set_id), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
+    EXPECT_EQ(fresh->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), VSS_E_BAD_STATE)
+        << "after the set was started";
+    ASSERT_EQ(add_volume(fresh.get(), c_volume_name, GUID_NULL), S_OK);
+    EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::PrepareForBackup), VSS_E_BAD_STATE)
+        << "no backup state";
+    EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE) << "not prepared";
+    EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE) << "no snapshot";
+    EXPECT_EQ(fresh->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
+                                        vm1_component, true),
+              VSS_E_BAD_STATE);
+    EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_BAD_STATE)
+        << "nothing to import without a document";
+}
+
+TEST(VssErrors, StepsThatCannotBeRepeated) {
+    scratch_host_t host;
+    auto backup = prepared_backup();
+    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_E_BAD_STATE);
+    EXPECT_EQ(backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
+                                   L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F"),
+              VSS_E_BAD_STATE)
+        << "components are chosen before the prepare";
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
+    EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_BAD_STATE);
+    EXPECT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
+                                         L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F", true),
+              VSS_E_OBJECT_NOT_FOUND)
+        << "only components of the backup have an outcome";
+    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+    EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
+}
+
+TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedIsNotImplemented) {
+    scratch_host_t host;
+    for (const wchar_t* text :
+         {L"<not xml", L"<Writer/>", L"<BackupComponents><SnapshotSet id=\"nope\"/></BackupComponents>"}) {
+        auto backup = new_backup();
+        BSTR document = SysAllocString(text);
+        EXPECT_EQ(backup->InitializeForBackup(document), VSS_E_INVALID_XML_DOCUMENT) << text;
+        SysFreeString(document);
+    }
+    // Operations outside the simulation are not implemented.
+    auto backup = gathered_backup();
+    EXPECT_EQ(backup->BreakSnapshotSet(GUID_NULL), E_NOTIMPL);
+    com_ptr_t<IVssAsync> not_an_async;
+    EXPECT_EQ(backup.query(IID_IVssAsync, not_an_async), E_NOINTERFACE);
 }

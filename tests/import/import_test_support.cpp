@@ -7,32 +7,9 @@
 #include "snapshot/snapshot_result.h"
 #include "spec/hv_backup_spec.h"
 
-#include <cstdlib>
-#include <fstream>
 #include <regex>
 
 namespace import_test {
-
-namespace fs = std::filesystem;
-
-namespace {
-
-std::vector<std::string> lines_of(const fs::path& file) {
-    std::ifstream in(file);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty())
-            lines.push_back(line);
-    return lines;
-}
-
-void add_to_host_xml(const fs::path& dir, const std::string& extra) {
-    std::string xml = read_file(dir / "host.xml");
-    xml.insert(xml.rfind("</Host>"), extra + "\n");
-    std::ofstream(dir / "host.xml", std::ios::binary | std::ios::trunc) << xml;
-}
-
-} // namespace
 
 host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
     // Small: two VMs, one on C: and one on the cluster shared volume, so two snapshots.
@@ -40,23 +17,17 @@ host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
     options.vms_on_c = 1;
     options.files_per_vm = 4;
     options.file_size = 8192;
-    lab::create_sample_host(hostDir, options);
+    lab::create_sample_host(host.dir(), options);
     options.proxy = true;
-    lab::create_sample_host(proxyDir, options);
-    if (!proxyExtra.empty())
-        add_to_host_xml(proxyDir, proxyExtra);
-}
-
-void host_and_proxy_t::SelectHost() const {
-    ::setenv("MIRRACK_HOST", hostDir.c_str(), 1);
-}
-
-void host_and_proxy_t::SelectProxy() const {
-    ::setenv("MIRRACK_HOST", proxyDir.c_str(), 1);
+    lab::create_sample_host(proxy.dir(), options);
+    if (!proxyExtra.empty()) {
+        std::string xml = read_file(proxy.dir() / "host.xml");
+        proxy.write("host.xml", xml.insert(xml.rfind("</Host>"), proxyExtra + "\n"));
+    }
 }
 
 std::string host_and_proxy_t::OffhostSpec() const {
-    return read_file(hostDir / "spec-offhost.xml");
+    return read_file(host.dir() / "spec-offhost.xml");
 }
 
 std::vector<GUID> host_and_proxy_t::OffhostVms() const {
@@ -68,19 +39,8 @@ std::vector<GUID> host_and_proxy_t::OffhostVms() const {
     return ids;
 }
 
-std::vector<std::string> host_and_proxy_t::Shadows(const fs::path& dir) const {
-    return lines_of(dir / "state" / "shadows.txt");
-}
-
-std::vector<std::string> host_and_proxy_t::Calls(const fs::path& dir) const {
-    std::vector<std::string> calls;
-    for (const std::string& line : lines_of(dir / "state" / "journal.txt"))
-        calls.push_back(line.substr(line.find('\t') + 1));
-    return calls;
-}
-
 host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts) {
-    hosts.SelectHost();
+    hosts.host.select();
     host_snapshot_t taken;
     {
         auto snapshot = snapshot_test::take_snapshot(hosts.OffhostSpec());
@@ -90,7 +50,7 @@ host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts) {
         for (const auto& [vmId, items] : result->vmFiles)
             taken.items[vmId] = items;
     }
-    hosts.SelectProxy();
+    hosts.proxy.select();
     return taken;
 }
 

@@ -1,12 +1,11 @@
-// What the import tests share: a sample Hyper-V host and its proxy made by the lab
-// in a folder of the test, the documents of a transportable snapshot taken on the
-// host, and the proxy's view of the shadow copies.
+// What the import tests share: a sample Hyper-V host and its proxy made by the lab, and the
+// documents of a transportable snapshot taken on the host.
 #pragma once
 
 #include "compat/win_types.h"
 #include "documents/files_list.h"
+#include "tests/hostsim/journaled_host.h"
 #include "tests/snapshot/snapshot_test_support.h"
-#include "tests/support/host_folder.h"
 #include "tests/support/text_file.h"
 
 #include <filesystem>
@@ -19,29 +18,21 @@ namespace import_test {
 using snapshot_test::failure_lines;
 using snapshot_test::log_capture_t;
 using snapshot_test::read_through;
+using snapshot_test::wait_for;
+using snapshot_test::wait_for_verdict;
 
+// Two hosts made by the lab; the proxy is selected. The test's own files (pipes, a copy, a report)
+// go in the host's folder, beside its volumes.
 class host_and_proxy_t {
 public:
     // proxyExtra goes into the proxy's host.xml: faults, most of the time.
     explicit host_and_proxy_t(const std::string& proxyExtra = "");
 
-    const std::filesystem::path& HostDir() const { return hostDir; }
-    const std::filesystem::path& ProxyDir() const { return proxyDir; }
-    // The simulated host this process works on from now on.
-    void SelectHost() const;
-    void SelectProxy() const;
-
     std::string OffhostSpec() const;
     // The ids of the off-host specification's VMs, in its order.
     std::vector<GUID> OffhostVms() const;
-    // The lines of state/shadows.txt: one per live shadow copy.
-    std::vector<std::string> Shadows(const std::filesystem::path& dir) const;
-    // The journal's op names (with their arguments, tab-separated), in order.
-    std::vector<std::string> Calls(const std::filesystem::path& dir) const;
 
-private:
-    test_support::host_folder_t folder{"mirrack-import"};
-    std::filesystem::path hostDir = folder.dir() / "host", proxyDir = folder.dir() / "proxy";
+    hostsim_test::journaled_host_t host{"mirrack-import-host"}, proxy{"mirrack-import-proxy"};
 };
 
 struct host_snapshot_t {

@@ -26,13 +26,10 @@ std::string AllLines(const std::function<void()>& action) {
     return all;
 }
 
-std::unique_ptr<hv::CVssImportSnapshot> Import(const std::wstring& backupDoc, const std::wstring& idsList,
-                                               bool closed = false) {
-    auto closeEvent = std::make_shared<win::win_manual_reset_event_t>();
-    if (closed)
-        closeEvent->set();
+std::unique_ptr<hv::CVssImportSnapshot> Import(const std::wstring& backupDoc, const std::wstring& idsList) {
     return std::make_unique<hv::CVssImportSnapshot>(
-        std::make_shared<hv::CImportSnapshotContext>(backupDoc, idsList), closeEvent);
+        std::make_shared<hv::CImportSnapshotContext>(backupDoc, idsList),
+        std::make_shared<win::win_manual_reset_event_t>());
 }
 
 std::size_t FirstCall(const std::vector<std::string>& calls, const std::string& call) {
@@ -87,7 +84,7 @@ TEST(SnapshotImport, TakesTheListedSnapshotsWithTheHyperVWriterAndChecksWritersW
                             to_ansi(snapshots[i].newVolume) + "]."))
             << log.text();
     }
-    const auto calls = hosts.Calls(hosts.ProxyDir());
+    const auto calls = hosts.proxy.calls();
     EXPECT_LT(FirstCall(calls, "SetContext\t4294967295"), calls.size());
     EXPECT_LT(FirstCall(calls, "EnableWriterClasses\t{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}"), calls.size());
     const std::size_t writers = FirstCall(calls, "GatherWriterStatus");
@@ -96,47 +93,21 @@ TEST(SnapshotImport, TakesTheListedSnapshotsWithTheHyperVWriterAndChecksWritersW
     EXPECT_TRUE(log.has("Waiting until VSS import task finishes.")) << log.text();
 }
 
+// A close that cancels the import is the import task's.
 TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmpty) {
-    struct case_t {
-        const char* proxyFault;
-        bool closed;
-        bool readableDocument;
-        std::string expected;
+    const std::pair<const char*, std::string> cases[] = {
+        {R"(<Fault op="ImportSnapshots" status="0x80042301"/>)", "Import snapshot task has failed."},
+        {R"(<Fault op="ImportSnapshots" hr="0x80042301"/>)", "Failed to initiate snapshot import procedure."},
+        {"", "Failed to create VSS backup object."},
     };
-    const case_t cases[] = {
-        {"", true, true, "Import snapshot task has been cancelled."},
-        {R"(<Fault op="ImportSnapshots" status="0x80042301"/>)", false, true,
-         "Import snapshot task has failed."},
-        {R"(<Fault op="ImportSnapshots" hr="0x80042301"/>)", false, true,
-         "Failed to initiate snapshot import procedure."},
-        {"", false, false, "Failed to create VSS backup object."},
-    };
-    for (const case_t& c : cases) {
-        host_and_proxy_t hosts(c.proxyFault);
+    for (const auto& [proxyFault, expected] : cases) {
+        const bool readable = *proxyFault != '\0';
+        host_and_proxy_t hosts(proxyFault);
         const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
-        const std::string all = AllLines([&] {
-            Import(c.readableDocument ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml, c.closed);
-        });
-        EXPECT_TRUE(contains(all, c.expected)) << all;
-        EXPECT_TRUE(hosts.Shadows(hosts.ProxyDir()).empty()) << all;
-    }
-}
-
-TEST(PathConversion, ItemsMoveToTheDeviceOfTheSnapshotWhoseVolumeTheyLieOn) {
-    const auto result = ResultOf({c7, d8});
-    const ItemsList items{Item(volumeC + L"VMs\\vm1\\disk.vhdx"), Item(volumeD + L"data\\d.vhdx", L"d.vhdx"),
-                          Item(L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx"),
-                          Item(L"C:\\VMs\\vm1\\disk.vhdx"), Item(L"\\\\?\\Vol")};
-
-    const ItemsList converted = Convert(result, items);
-    EXPECT_EQ(FullPaths(converted),
-              (std::vector<std::wstring>{shadow7 + L"\\VMs\\vm1\\disk.vhdx", shadow8 + L"\\data\\d.vhdx",
-                                         items[2].fullPath, items[3].fullPath, items[4].fullPath}));
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        EXPECT_EQ(converted[i].path, items[i].path) << "only FullPath changes";
-        EXPECT_EQ(converted[i].mask, items[i].mask);
-        EXPECT_EQ(converted[i].recursive, items[i].recursive);
-        EXPECT_EQ(converted[i].relativePath, items[i].relativePath);
+        const std::string all =
+            AllLines([&] { Import(readable ? taken.backupDoc : L"<not a backup/>", taken.snapshotsXml); });
+        EXPECT_TRUE(contains(all, expected)) << all;
+        EXPECT_TRUE(hosts.proxy.state_lines("shadows.txt").empty()) << all;
     }
 }
 
@@ -151,6 +122,10 @@ TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
         c = static_cast<wchar_t>(std::towupper(c));
     EXPECT_EQ(one({c7}, upper + L"VMs\\Vm1\\Disk.VHDX"), shadow7 + L"\\VMs\\Vm1\\Disk.VHDX");
     EXPECT_EQ(one({c7}, volumeC), shadow7) << "the volume itself";
+    EXPECT_EQ(one({c7, d8}, volumeD + L"data\\d.vhdx"), shadow8 + L"\\data\\d.vhdx");
+    for (const std::wstring stays : {L"\\\\?\\Volume{99999999-0000-0000-0000-000000000009}\\x.vhdx",
+                                     L"C:\\VMs\\vm1\\disk.vhdx", L"\\\\?\\Vol"})
+        EXPECT_EQ(one({c7, d8}, stays), stays) << "on no snapshot's volume";
     EXPECT_EQ(one({{GUID_NULL, volumeC, shadow7 + L"\\"}}, volumeC + L"a.vhd"), shadow7 + L"\\a.vhd");
     EXPECT_EQ(one({{GUID_NULL, volumeC.substr(0, volumeC.size() - 1), shadow7}}, volumeC + L"a.vhd"),
               shadow7 + L"\\\\a.vhd")
@@ -177,6 +152,7 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyListAndUnreadableItemsFailTh
     const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");
-    EXPECT_EQ(FullPaths(Convert(result, {Item(volumeC + L"a.vhd")})),
-              (std::vector<std::wstring>{shadow7 + L"\\a.vhd"}));
+    EXPECT_EQ(Convert(result, {Item(volumeC + L"a.vhd", L"r")}),
+              (ItemsList{CFilesListItem(L"C:\\VMs\\vm1\\", L"*.vhdx", 1, L"r", shadow7 + L"\\a.vhd")}))
+        << "only FullPath changes";
 }

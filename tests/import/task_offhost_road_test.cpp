@@ -31,11 +31,11 @@ namespace fs = std::filesystem;
 // "host", the proxy's "proxy". The proxy is this process's host.
 struct offhost_tools_t {
     explicit offhost_tools_t(const std::string& proxyExtra = "")
-        : hosts(proxyExtra), pipes(hosts.HostDir().parent_path() / "pipes"),
-          hostRun({"-p", "-n", "host", "-o", "LOG"}, pipes, hosts.HostDir()),
-          proxyRun({"-p", "-n", "proxy", "-o", "LOG"}, pipes, hosts.ProxyDir()) {
+        : hosts(proxyExtra), pipes(hosts.host.dir() / "pipes"),
+          hostRun({"-p", "-n", "host", "-o", "LOG"}, pipes, hosts.host.dir()),
+          proxyRun({"-p", "-n", "proxy", "-o", "LOG"}, pipes, hosts.proxy.dir()) {
         ::setenv("MIRRACK_PIPE_DIR", pipes.c_str(), 1);
-        hosts.SelectProxy();
+        hosts.proxy.select();
     }
 
     host_and_proxy_t hosts;
@@ -99,7 +99,7 @@ client_run_t RunOffhost(const offhost_tools_t& tools, const fs::path& spec,
     std::vector<std::string> line{
         "offhost",      "--host-pipe", "host",
         "--proxy-pipe", "proxy",       "--spec",
-        spec.string(),  "--to",        (tools.hosts.HostDir().parent_path() / "backup").string()};
+        spec.string(),  "--to",        (tools.hosts.host.dir() / "backup").string()};
     line.insert(line.end(), more.begin(), more.end());
     std::ostringstream out, err;
     const int status = client::RunClient(line, out, err);
@@ -118,16 +118,19 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
     }
     ASSERT_FALSE(items.empty());
     std::vector<std::string> before;
-    road.hosts.SelectHost();
+    road.hosts.host.select();
     for (const CFilesListItem& item : items) {
         EXPECT_TRUE(item.fullPath.starts_with(L"\\\\?\\Volume{")) << to_ansi(item.fullPath);
         before.push_back(read_through(item.fullPath));
         std::ofstream(*hostsim::map_path(item.fullPath), std::ios::binary) << "written after the snapshot";
     }
-    road.hosts.SelectProxy();
+    road.hosts.proxy.select();
     items.push_back(CFilesListItem(L"D:\\VMs\\", L"x.vhdx", 0, L"x.vhdx", notImported));
 
-    ASSERT_TRUE(road.Import(road.documents.snapshotsXml).isSucceeded);
+    const client::operation_status_t imported = road.Import(road.documents.snapshotsXml);
+    ASSERT_TRUE(imported.isSucceeded) << to_ansi(imported.errDescription);
+    EXPECT_EQ(imported.errDescription, L"");
+    EXPECT_NE(imported.completedTime, 0);
     const ItemsList onProxy = client::ConvertOffhostPaths(*road.proxy, items);
     ASSERT_EQ(onProxy.size(), items.size());
     for (std::size_t i = 0; i + 1 < items.size(); ++i) {
@@ -135,12 +138,22 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
         EXPECT_EQ(read_through(onProxy[i].fullPath), before[i]) << to_ansi(onProxy[i].fullPath);
     }
     EXPECT_EQ(onProxy.back().fullPath, notImported) << "a volume that wasn't imported stays as it came";
+    // A snapshot task's commands have no task to ask on the proxy.
+    EXPECT_EQ(road.proxy->Call(L"GetSnapshotInfo", CRequestArguments()).Frame(),
+              L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
+    EXPECT_FALSE(road.proxy
+                     ->Call(L"SetVmBackupStatus",
+                            CRequestArguments().AddGuid(L"VmId", GUID_NULL).AddBool(L"BackupStatus", false))
+                     .IsSuccess());
 
+    EXPECT_FALSE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "held while the task stands";
     const std::string proxyLog = road.CloseBoth();
-    EXPECT_TRUE(road.hosts.Shadows(road.hosts.HostDir()).empty());
-    EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
-    EXPECT_TRUE(contains(proxyLog, "Paths were successfully converted.")) << proxyLog;
-    EXPECT_TRUE(contains(proxyLog, "Leaving snapshot import procedure.")) << proxyLog;
+    EXPECT_TRUE(road.hosts.host.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty());
+    for (const char* line : {"Starting snapshot import ( task '{", "', job 'Nightly').",
+                             "Entering in snapshot import procedure.", "Paths were successfully converted.",
+                             "Waiting for backup completion", "Leaving snapshot import procedure."})
+        EXPECT_TRUE(contains(proxyLog, line)) << line << "\n" << proxyLog;
 }
 
 // Transportable copies outlive the job that made them: what a failed import leaves waits on the
@@ -152,11 +165,11 @@ TEST(OffhostRoad, AnImportCancelledByVssImportsNothingAndTheHostsCopiesWaitForAn
     EXPECT_TRUE(contains(to_ansi(status.errDescription), "Import snapshot task has been cancelled."))
         << to_ansi(status.errDescription);
     road.CloseBoth();
-    EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty()) << "nothing was imported";
+    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
 
-    const auto waiting = road.hosts.Shadows(road.hosts.HostDir());
+    const auto waiting = road.hosts.host.state_lines("shadows.txt");
     ASSERT_FALSE(waiting.empty());
-    const std::string state = lab::host_state_report(road.hosts.HostDir());
+    const std::string state = lab::host_state_report(road.hosts.host.dir());
     EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
                                     std::to_string(waiting.size()) + "\n"))
         << state;
@@ -190,7 +203,7 @@ TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWholeAndPathsAreRefused)
         L"shadow paths. Given specification: '" +
             items + L"'.");
     road.CloseBoth();
-    EXPECT_TRUE(road.hosts.Shadows(road.hosts.ProxyDir()).empty());
+    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty());
 }
 
 TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBothClean) {
@@ -200,7 +213,7 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     const std::string failedVm = to_ansi(guid_to_wstring(vms[1]));
 
     const client_run_t run =
-        RunOffhost(tools, tools.hosts.HostDir() / "spec-offhost.xml", {"--fail-vm", failedVm});
+        RunOffhost(tools, tools.hosts.host.dir() / "spec-offhost.xml", {"--fail-vm", failedVm});
     EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "Import task completed")) << run.out;
     EXPECT_TRUE(contains(run.out, "Import and snapshot closed.")) << run.out;
@@ -210,8 +223,7 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     // The sample files are each filled with their own name, so a file read from
     // the wrong place shows; nothing changed on the host meanwhile.
     std::size_t received = 0;
-    for (const auto& entry :
-         fs::recursive_directory_iterator(tools.hosts.HostDir().parent_path() / "backup")) {
+    for (const auto& entry : fs::recursive_directory_iterator(tools.hosts.host.dir() / "backup")) {
         if (!entry.is_regular_file())
             continue;
         const std::string fileName = entry.path().filename().string();
@@ -221,7 +233,7 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     EXPECT_GT(received, 0u);
     EXPECT_TRUE(std::regex_search(run.out, std::regex("\nTotal +" + std::to_string(received) + " ")))
         << run.out;
-    const std::string results = read_file(tools.hosts.HostDir() / "state" / "backups.txt");
+    const std::string results = read_file(tools.hosts.host.dir() / "state" / "backups.txt");
     // The writer knows the VM by its id as the specification writes it.
     const std::string spec = tools.hosts.OffhostSpec();
     const std::regex vmId("<VM id=\"([^\"]+)\"");
@@ -230,28 +242,28 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     EXPECT_TRUE(contains(results, "\tsucceeded")) << results;
     EXPECT_EQ(std::count(results.begin(), results.end(), '\n'), static_cast<long>(vms.size() + 1)) << results;
     EXPECT_FALSE(contains(results, "not-reported")) << results;
-    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
-    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
-    EXPECT_TRUE(fs::is_empty(tools.hosts.HostDir() / "state" / "shadows"));
+    EXPECT_TRUE(tools.hosts.host.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(tools.hosts.proxy.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(fs::is_empty(tools.hosts.host.dir() / "state" / "shadows"));
 }
 
 TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
     offhost_tools_t tools;
-    const client_run_t run = RunOffhost(tools, tools.hosts.HostDir() / "spec.xml");
+    const client_run_t run = RunOffhost(tools, tools.hosts.host.dir() / "spec.xml");
     EXPECT_EQ(run.status, client::exit_error_response) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "The host made no transportable snapshot")) << run.out;
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
     EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
     EXPECT_FALSE(contains(tools.proxyRun.LogText(), "Starting import of the off-host snapshot."));
-    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
+    EXPECT_TRUE(tools.hosts.host.state_lines("shadows.txt").empty());
 }
 
 TEST(OffhostClient, AFieldCheckReadsSamplesOnTheProxyAndReportsBothToolsSteps) {
     offhost_tools_t tools;
-    const fs::path report = tools.hosts.HostDir().parent_path() / "report.txt";
+    const fs::path report = tools.hosts.host.dir() / "report.txt";
     std::ostringstream out, err;
     const int status = client::RunClient({"check", "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec",
-                                          (tools.hosts.HostDir() / "spec-offhost.xml").string(), "--report",
+                                          (tools.hosts.host.dir() / "spec-offhost.xml").string(), "--report",
                                           report.string()},
                                          out, err);
     EXPECT_EQ(status, client::exit_success) << out.str() << err.str();
@@ -262,7 +274,7 @@ TEST(OffhostClient, AFieldCheckReadsSamplesOnTheProxyAndReportsBothToolsSteps) {
                              "proxy <- cmd:ConvertOffhostPaths", "host <- cmd:SetVmBackupStatus",
                              "versions unknown: give the check --tool-log"})
         EXPECT_TRUE(contains(text, part)) << part << "\n" << text;
-    EXPECT_FALSE(contains(read_file(tools.hosts.HostDir() / "state" / "backups.txt"), "\tsucceeded"));
-    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.HostDir()).empty());
-    EXPECT_TRUE(tools.hosts.Shadows(tools.hosts.ProxyDir()).empty());
+    EXPECT_FALSE(contains(read_file(tools.hosts.host.dir() / "state" / "backups.txt"), "\tsucceeded"));
+    EXPECT_TRUE(tools.hosts.host.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(tools.hosts.proxy.state_lines("shadows.txt").empty());
 }

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "hostsim/host_access.h"
-#include "tests/support/host_folder.h"
+#include "tests/hostsim/journaled_host.h"
 #include "tests/support/text_file.h"
 
 #include <string>
@@ -97,10 +97,10 @@ inline std::string read_through(const std::wstring& windowsPath) {
     return file ? test_support::read_file(*file) : std::string();
 }
 
-class hyperv_host_t : public test_support::host_folder_t {
+class hyperv_host_t : public hostsim_test::journaled_host_t {
 public:
     explicit hyperv_host_t(const std::string& extra = "", const std::string& systemProvider = "")
-        : host_folder_t("mirrack-snapshot") {
+        : journaled_host_t("mirrack-snapshot") {
         write("host.xml", hyperv_host_xml(extra, systemProvider));
         write("volumes/c/VMs/local/local.vhdx", "local disk, before");
         write("volumes/c/VMs/local/local_1.avhdx", "local checkpoint");
@@ -117,20 +117,6 @@ public:
         write("shares/fs01-vms/smb/smb.vhdx", "smb disk, before");
     }
 
-    // The op names of the journal, in order, each with its arguments joined by tabs.
-    std::vector<std::string> calls() const {
-        std::vector<std::string> ops;
-        for (const auto& line : state_lines("journal.txt"))
-            ops.push_back(line.substr(line.find('\t') + 1));
-        return ops;
-    }
-    std::size_t count(const std::string& op, const std::string& argument = "") const {
-        std::size_t found = 0;
-        for (const auto& call : calls())
-            if (call.rfind(op + "\t", 0) == 0 || call == op)
-                found += call.find(argument) != std::string::npos ? 1 : 0;
-        return found;
-    }
     // Where op was first called in the journal, or npos.
     std::size_t first_call(const std::string& op) const {
         const auto all = calls();

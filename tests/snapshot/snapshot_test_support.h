@@ -1,22 +1,37 @@
 // What the snapshot task's unit tests share: the log written meanwhile, the lines
-// of a failure, and a snapshot taken on the test's own thread.
+// of a failure, a snapshot taken on the test's own thread, and a task's verdict awaited.
 #pragma once
 
 #include "common/exc/convert.h"
 #include "common/win/event.h"
 #include "hyperv_test_host.h"
+#include "snapshot/operation_info.h"
 #include "snapshot/vss_snapshot.h"
 #include "spec/hv_backup_spec.h"
 #include "tests/support/failure_capture.h"
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace snapshot_test {
 
 using test_support::failure_lines;
 using test_support::log_capture_t;
+
+inline void wait_for(const std::function<bool()>& condition) {
+    while (!condition())
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
+// The status of a task's operation once it has completed.
+template <class Task> impl::SOperationStatus wait_for_verdict(Task& task) {
+    wait_for([&] { return task.GetOperationInfo()->IsCompleted(); });
+    return task.GetOperationInfo()->Read();
+}
 
 inline std::shared_ptr<CHvBackupSpec> parse_spec(const std::string& text) {
     return std::make_shared<CHvBackupSpec>(text);

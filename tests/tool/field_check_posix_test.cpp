@@ -1,7 +1,6 @@
 // POSIX only: the road runs on a simulated host made by mirrack-lab.
-// mirrack-client spec and check against the real mirrack: a healthy host, a VM one of whose
-// listed files can't be read, and a writer that fails. Nothing is copied, the writer hears
-// of no backup, the host is left clean, and the report holds what an administrator sends.
+// mirrack-client spec and check against the real mirrack: nothing is copied, the writer hears
+// of no backup and the host is left clean, whatever fails on the way.
 #include "tool_run.h"
 
 #include "client/subcommand.h"
@@ -34,13 +33,12 @@ class FieldCheck : public ::testing::Test {
 protected:
     // The sample host with its disks larger than the check's two samples, and hostXml
     // inserted where the host file's marker stands.
-    void MakeHost(const std::string& marker = "", const std::string& inserted = "") {
+    void MakeHost(const std::string& marker, const std::string& inserted) {
         lab::sample_options_t options;
         options.file_size = 3 << 20;
         lab::create_sample_host(host, options);
         std::string xml = read_file(host / "host.xml");
-        if (!marker.empty())
-            xml.insert(xml.find(marker), inserted);
+        xml.insert(xml.find(marker), inserted);
         std::ofstream(host / "host.xml", std::ios::binary) << xml;
     }
 
@@ -76,40 +74,27 @@ protected:
 
 } // namespace
 
-TEST_F(FieldCheck, AHealthyHostPassesWithSamplesReadAndEveryVmReportedNotBackedUp) {
-    MakeHost();
-    const check_run_t run = Check();
-    ASSERT_EQ(run.status, client::exit_success) << run.out;
-    EXPECT_TRUE(contains(run.out, "Check passed")) << run.out;
-    EXPECT_EQ(folder.state_lines("backups.txt").size(), 3u) << "the backup and its two VMs, both failed";
-    std::size_t rows = 0;
-    for (std::size_t at = 0;
-         (at = run.out.find("  checked, reported not backed up\n", at)) != std::string::npos; ++at)
-        ++rows;
-    EXPECT_EQ(rows, 2u) << run.out;
-
-    // What an administrator sends back: versions from both ends, every frame, the steps, the tool's log.
-    for (const char* part :
-         {"- Result: passed", "- mirrack-client: 1.0.0.0", "- mirrack (tool): Module version:1.0.0.0",
-          "- mirrack (tool): OS version:", "tool <- cmd:BeginSnapshotCreation",
-          "tool <- cmd:SetVmBackupStatus", "BackupStatus value=\"false\"", "tool -> xml:<OutputArguments/>",
-          "\nSnapshot creation ", "\ntool: CloseSnapshot ", "\nReading the samples ",
-          "## Log of the tool's mirrack", "Process will be finished normally.",
-          "<VM id=\"83f4c5f7-1401-4a04-a996-506a4dea6810\""})
-        EXPECT_TRUE(contains(run.report, part)) << part << "\n" << run.report;
-}
-
-TEST_F(FieldCheck, AVmWithAFileThatCantBeReadFailsAloneAndTheRoadGoesOn) {
+// One VM's unreadable file fails that VM alone: the other is checked, and the report still
+// holds what an administrator sends back. A check that passes is the off-host road's.
+TEST_F(FieldCheck, AVmWithAFileThatCantBeReadFailsAloneAndTheReportHoldsBothEndsAndEveryFrame) {
     MakeHost(
         "<File path=\"%SystemDrive%\\Hyper-V\\vm1\\Snapshots",
         "<File path=\"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\\" spec=\"gone.vhdx\" recursive=\"false\" />");
     const check_run_t run = Check();
     EXPECT_EQ(run.status, client::exit_error_response) << run.out;
-    EXPECT_TRUE(contains(run.out, "check failed, reported not backed up")) << run.out;
-    EXPECT_TRUE(contains(run.out, "checked, reported not backed up")) << "the other VM: " << run.out;
-    EXPECT_TRUE(contains(run.out, "gone.vhdx] can't be read")) << run.out;
-    EXPECT_TRUE(contains(run.report, "- Result: failed: items of VMs could not be checked")) << run.report;
-    EXPECT_TRUE(contains(run.report, "tool <- cmd:CloseSnapshot")) << run.report;
+    EXPECT_EQ(folder.state_lines("backups.txt").size(), 3u) << "the backup and its two VMs, both failed";
+    for (const char* part : {"check failed, reported not backed up", "  checked, reported not backed up\n",
+                             "gone.vhdx] can't be read"})
+        EXPECT_TRUE(contains(run.out, part)) << part << "\n" << run.out;
+    for (const char* part :
+         {"- Result: failed: items of VMs could not be checked", "- mirrack-client: 1.0.0.0",
+          "- mirrack (tool): Module version:1.0.0.0",
+          "- mirrack (tool): OS version:", "tool <- cmd:BeginSnapshotCreation",
+          "tool <- cmd:SetVmBackupStatus", "BackupStatus value=\"false\"", "tool -> xml:<OutputArguments/>",
+          "\nSnapshot creation ", "\ntool: CloseSnapshot ", "\nReading the samples ",
+          "tool <- cmd:CloseSnapshot", "## Log of the tool's mirrack", "Process will be finished normally.",
+          "<VM id=\"83f4c5f7-1401-4a04-a996-506a4dea6810\""})
+        EXPECT_TRUE(contains(run.report, part)) << part << "\n" << run.report;
 }
 
 TEST_F(FieldCheck, AFailingWriterStopsTheCheckWhichStillClosesAndReports) {
@@ -123,5 +108,4 @@ TEST_F(FieldCheck, AFailingWriterStopsTheCheckWhichStillClosesAndReports) {
     EXPECT_TRUE(contains(run.report, failure)) << run.report;
     EXPECT_TRUE(contains(run.report, "tool <- cmd:CloseSnapshot")) << run.report;
     EXPECT_FALSE(contains(run.report, "cmd:GetVMFilesList")) << run.report;
-    EXPECT_TRUE(contains(run.report, "\nSnapshot creation ")) << run.report;
 }

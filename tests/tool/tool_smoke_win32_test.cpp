@@ -7,7 +7,6 @@
 #include "common/exc/convert.h"
 #include "common/format/format.h"
 #include "tests/support/text_file.h"
-#include "tests/support/under_wine.h"
 
 #include <gtest/gtest.h>
 
@@ -28,10 +27,6 @@ using test_support::contains;
 using test_support::read_file;
 
 const wchar_t* const logKey = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
-
-std::string Narrow(const std::wstring& text) {
-    return to_ansi_nothrow(text);
-}
 
 class ToolSmoke : public ::testing::Test {
 protected:
@@ -74,18 +69,6 @@ protected:
         if (!output.empty() && output.back() == '\n')
             output.pop_back();
         return code;
-    }
-
-    // One session of one call: the client's answer; the tool must end normally.
-    std::string Session(const std::vector<std::wstring>& call, std::string& log) {
-        const fs::path logFile = folder / "Mirrack.log";
-        auto tool = StartServingTool(PipeName("session"), logFile);
-        std::string answer;
-        Client(PipeName("session"), call, answer);
-        EXPECT_EQ(tool->Wait(), 0u);
-        log = read_file(logFile);
-        EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
-        return answer;
     }
 
     fs::path folder;
@@ -131,40 +114,22 @@ private:
 TEST_F(ToolSmoke, AnEncodedArgumentArrivesWholeAndTheBannerNamesTheModuleVersion) {
     const std::wstring items = L"<FilesList><File Recursive=\"false\" Path=\"C:\\VMs\\\" Mask=\"*\" "
                                L"FullPath=\"C:\\VMs\\disk.vhdx\" RelativePath=\"\"/></FilesList>";
-    std::ofstream(folder / "items.xml", std::ios::binary) << Narrow(items);
-    std::string log;
-    EXPECT_EQ(
-        Session({L"call", L"ConvertOffhostPaths", L"InPathsXML=@" + (folder / "items.xml").wstring()}, log),
-        Narrow(tool_expect::ConversionWithoutTask(items)));
+    std::ofstream(folder / "items.xml", std::ios::binary) << to_ansi_nothrow(items);
+    auto tool = StartServingTool(PipeName("session"), folder / "Mirrack.log");
+    std::string answer;
+    Client(PipeName("session"),
+           {L"call", L"ConvertOffhostPaths", L"InPathsXML=@" + (folder / "items.xml").wstring()}, answer);
+    EXPECT_EQ(answer, to_ansi_nothrow(tool_expect::ConversionWithoutTask(items)));
+    EXPECT_EQ(tool->Wait(), 0u);
+    const std::string log = read_file(folder / "Mirrack.log");
     EXPECT_TRUE(contains(log, "  Module version:1.0.0.0")) << log;
+    EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
 }
 
 // Wine's VSS is a stub that fails to create the backup components, which is as far as a
 // snapshot gets there; on Windows the VM of the specification is not on the host. Either way the
-// worker's failure must reach the client and leave the tool serving.
-TEST_F(ToolSmoke, ABackupThatFailsInTheVssLayerEndsCleanly) {
-    std::ofstream(folder / "spec.xml", std::ios::binary)
-        << "<HVBackupSpec><VMs><VM id=\"{11111111-2222-3333-4444-555555555555}\"/></VMs></HVBackupSpec>";
-    const fs::path logFile = folder / "Mirrack.log";
-    auto tool = StartServingTool(PipeName("backup"), logFile);
-    std::string answer;
-    EXPECT_EQ(
-        Client(PipeName("backup"),
-               {L"backup", L"--spec", (folder / "spec.xml").wstring(), L"--to", (folder / "copy").wstring()},
-               answer),
-        1u)
-        << answer;
-    EXPECT_TRUE(contains(answer, "The snapshot task failed:\n    ")) << answer;
-    const char* const wineStub = "Failed to create VSS component.";
-    EXPECT_EQ(contains(answer, wineStub), test_support::under_wine()) << answer;
-    EXPECT_EQ(tool->Wait(), 0u);
-    const std::string log = read_file(logFile);
-    EXPECT_EQ(contains(log, wineStub), test_support::under_wine()) << log;
-    EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
-}
-
-// The field check on Wine's VSS: it stops at the same failure, closes, and still writes its
-// report with the versions from the tool's banner and the tool's log of the run.
+// worker's failure must reach the client and leave the tool serving: the field check stops at it,
+// closes, and still writes its report with the versions from the tool's banner and its log.
 TEST_F(ToolSmoke, AFieldCheckStopsCleanlyAtTheVssFailureAndStillReports) {
     std::string answer;
     const std::wstring spec = (folder / "trial.xml").wstring();

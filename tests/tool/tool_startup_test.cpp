@@ -29,6 +29,8 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
         {{"-p", "-n", "X", "-o", "L", "-verbose"}, "-verbose"},
         // The log name is read although nothing needs it.
         {{"-p", "-n", "X"}, "any_cast"},
+        {{"-p", "-o", "L"}, "any_cast"},
+        {{"-p", "-n", "A", "-n", "B", "-o", "L"}, "more than once"},
     };
     for (const auto& [arguments, logged] : refusals) {
         SCOPED_TRACE(testing::PrintToString(arguments));
@@ -51,10 +53,16 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
 }
 
 // Whether the client leaves before the tool waits for it or while it waits, its visit ends the run.
+// The options come in either form, and tokens that are none are passed over.
 TEST(ToolStartup, ClientThatLeavesAtOnceEndsTheRunNormally) {
-    for (const auto delay : {std::chrono::milliseconds(0), std::chrono::milliseconds(1000)}) {
-        ToolRun run(ToolRun::PipeMode());
-        std::this_thread::sleep_for(delay);
+    const std::string pipe = ToolRun::PipeNameText();
+    const std::pair<std::vector<std::string>, int> starts[] = {
+        {{"stray", "-p", "-n", pipe, "other", "-o", "LOG"}, 0},
+        {{"--logname", "LOG", "--pipename=" + pipe, "--pipemode"}, 1000}};
+    for (const auto& [tokens, delayMs] : starts) {
+        SCOPED_TRACE(testing::PrintToString(tokens));
+        ToolRun run(tokens);
+        std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
         run.DirectClients();
         client::CInvokeClient::Connect(ToolRun::PipeName())->Disconnect();
         EXPECT_EQ(run.WaitForExit(), 0);
