@@ -121,7 +121,7 @@ struct road_t {
 
 } // namespace
 
-TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVmsComeInOrder) {
+TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVmsComeInOrderFromXml) {
     const client::backup_arguments_t parsed = client::ParseBackupArguments(
         {"--spec", "s.xml", "--to=out", "--fail-vm", "{26882B39-53FB-470F-8EBE-5938C39FCD0F}",
          "--fail-vm=" + std::string(vm_a)});
@@ -150,11 +150,9 @@ TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVm
     EXPECT_THROW(client::SpecVms(spec_with({"vm1"})), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec/>"), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec>"), exc::exc_base_t);
-}
 
-// Both readers of the client recurse once per level as the tool's do: a document nested deeper
-// than any real one is refused in the tool's words before the parser runs out of stack.
-TEST(ClientDocuments, DeepDocumentsAreRefusedAsTheToolRefusesThem) {
+    // Both readers of the client recurse once per level as the tool's do: a document nested deeper
+    // than any real one is refused in the tool's words before the parser runs out of stack.
     std::string deep;
     for (int level = 0; level < 100000; ++level)
         deep += "<a>";
@@ -172,8 +170,11 @@ TEST(ClientDocuments, DeepDocumentsAreRefusedAsTheToolRefusesThem) {
     EXPECT_EQ(response[2], "The response document can't be read.");
 }
 
-TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndCloses) {
+TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndClosesAfterMistakesFoundBeforeConnecting) {
     road_t road;
+    road.run({"--fail-vm", "{00000000-0000-0000-0000-000000000001}"});
+    EXPECT_EQ(road.status, client::exit_usage);
+    EXPECT_NE(road.err.find("names no VM of the backup specification"), std::string::npos) << road.err;
     road.run({"--job", "nightly", "--console", "srv01", "--fail-vm", vm_b});
     EXPECT_EQ(road.status, client::exit_success) << road.out << road.err;
 
@@ -224,11 +225,4 @@ TEST(BackupRoad, AFailedTaskEndsTheRoadWithItsDescriptionAndStillCloses) {
         std::string::npos)
         << road.out;
     EXPECT_FALSE(fs::exists(road.folder / "backup"));
-}
-
-TEST(BackupRoad, MistakesFoundBeforeConnectingAreUsageErrors) {
-    road_t road;
-    road.run({"--fail-vm", "{00000000-0000-0000-0000-000000000001}"});
-    EXPECT_EQ(road.status, client::exit_usage);
-    EXPECT_NE(road.err.find("names no VM of the backup specification"), std::string::npos) << road.err;
 }

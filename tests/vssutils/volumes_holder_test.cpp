@@ -65,20 +65,27 @@ TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
     EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
-TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
+// A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
+TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
     scratch_host_t host;
+    const std::wstring by_name = csv_volume + L"vm2\\Disks\\vm2.vhdx";
     {
         CVolumesHolder holder;
         auto backup = gathered_backup();
-        EXPECT_EQ(holder.AddBackupItem(csv_disk, backup), csv_volume + L"vm2\\Disks\\vm2.vhdx");
+        EXPECT_EQ(holder.AddBackupItem(csv_disk, backup), by_name);
         // Not there yet: judged by the folder above it.
         EXPECT_EQ(holder.AddBackupItem(csv_new_file, backup), csv_volume + L"vm2\\Disks\\new\\vm2.avhdx");
-        EXPECT_EQ(holder.preparedCsvFiles, (std::vector<std::wstring>{csv_disk, csv_new_file}));
+        EXPECT_EQ(holder.AddBackupItem(by_name, backup), by_name);
+        EXPECT_EQ(holder.preparedCsvFiles, (std::vector<std::wstring>{csv_disk, csv_new_file, by_name}));
         EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
         EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the backup state is the volume's";
+        EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
     }
-    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
+    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 3u);
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
+    prepare_both(true);
+    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 3u);
+    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }
 
 TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
@@ -89,21 +96,6 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
     EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
-}
-
-// A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
-TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTestAndAMadeSnapshotKeepsTheCsvState) {
-    scratch_host_t host;
-    const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
-    CVolumesHolder holder;
-    holder.AddBackupItem(item, gathered_backup());
-    EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
-    EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
-    EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
-    // A made snapshot keeps the CSV state.
-    prepare_both(true);
-    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 0u);
-    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }
 
 TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
