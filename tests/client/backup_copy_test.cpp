@@ -15,6 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using client_test::contains;
 
 fs::path fresh_folder(const std::string& name) {
     const fs::path folder = client_test::scratch_folder() / name;
@@ -76,9 +77,9 @@ TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVmWhenPlanne
                                      target));
     ASSERT_TRUE(vms[0].Complete());
     ASSERT_EQ(vms[1].failures.size(), 3u);
-    EXPECT_NE(vms[1].failures[0].find("missing.vhdx"), std::string::npos);
-    EXPECT_NE(vms[1].failures[1].find("Q:\\x"), std::string::npos);
-    EXPECT_NE(vms[1].failures[2].find("same relative path"), std::string::npos);
+    EXPECT_TRUE(contains(vms[1].failures[0], "missing.vhdx"));
+    EXPECT_TRUE(contains(vms[1].failures[1], "Q:\\x"));
+    EXPECT_TRUE(contains(vms[1].failures[2], "same relative path"));
 
     // A file that vanishes before its copy fails only itself.
     fs::remove(source / "vm2" / "vanishing");
@@ -93,7 +94,7 @@ TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVmWhenPlanne
     EXPECT_EQ(vms[0].bytesCopied, big.size() + 10);
     EXPECT_EQ(vms[1].filesCopied, 1u);
     EXPECT_EQ(vms[1].bytesCopied, 0u);
-    EXPECT_NE(out.str().find("100%  3.0 MiB / 3.0 MiB\n"), std::string::npos) << out.str();
+    EXPECT_TRUE(contains(out.str(), "100% 3.0 MiB / 3.0 MiB\n")) << out.str();
 }
 
 TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotalRedrawnInPlaceAtEachPercentOrWrittenAtEachTenth) {
@@ -139,7 +140,7 @@ TEST(ItemSampleCheck, ReadsTheFirstAndLastMibOnceEachAndComparesTheLiveSize) {
         client::SampleItem(sampled(big, grown), tell);
         ADD_FAILURE() << "a size that differs from the live file's must fail";
     } catch (const exc::runtime_exc_t& e) {
-        EXPECT_NE(exc::exception_text(e).find("has 3145733 bytes on the shadow copy"), std::string::npos)
+        EXPECT_TRUE(contains(exc::exception_text(e), "has 3145733 bytes on the shadow copy"))
             << exc::exception_text(e);
     }
     std::vector<client::vm_copy_t> vms(2);
@@ -152,6 +153,6 @@ TEST(ItemSampleCheck, ReadsTheFirstAndLastMibOnceEachAndComparesTheLiveSize) {
     EXPECT_EQ(vms[0].bytesCopied, 2 * mib + 10);
     EXPECT_TRUE(vms[0].Complete());
     ASSERT_EQ(vms[1].failures.size(), 1u);
-    EXPECT_NE(vms[1].failures[0].find("Failed to open the file"), std::string::npos) << vms[1].failures[0];
-    EXPECT_NE(out.str().find("100%  2.0 MiB / 2.0 MiB\n"), std::string::npos) << out.str();
+    EXPECT_TRUE(contains(vms[1].failures[0], "Failed to open the file")) << vms[1].failures[0];
+    EXPECT_TRUE(contains(out.str(), "100% 2.0 MiB / 2.0 MiB\n")) << out.str();
 }

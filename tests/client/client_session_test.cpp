@@ -12,6 +12,7 @@
 #include <sstream>
 
 using namespace client;
+using client_test::contains;
 using client_test::test_server_t;
 
 namespace {
@@ -152,7 +153,7 @@ TEST(ClientCommand, MistakesOnTheCommandLineAndAbsentServersHaveTheirStatus) {
                                                {"--bogus"}}) {
         const run_t run = run_client(line);
         EXPECT_EQ(run.status, client::exit_usage) << run.err;
-        EXPECT_NE(run.err.find("Usage:"), std::string::npos);
+        EXPECT_TRUE(contains(run.err, "Usage:"));
     }
     EXPECT_EQ(run_client({"--help"}).status, client::exit_success);
     // Every subcommand shows its use, and does nothing else, whatever stands beside --help.
@@ -161,7 +162,7 @@ TEST(ClientCommand, MistakesOnTheCommandLineAndAbsentServersHaveTheirStatus) {
         const run_t help = run_client({"--pipe", "nobody-here", subcommand.name, "--spec", "s.xml", "--to",
                                        target, "--help", "Name=v"});
         EXPECT_EQ(help.status, client::exit_success) << subcommand.name << help.err;
-        EXPECT_NE(help.out.find(subcommand.usage), std::string::npos) << help.out;
+        EXPECT_TRUE(contains(help.out, subcommand.usage)) << help.out;
     }
     EXPECT_FALSE(std::filesystem::exists(target));
     pipe_test::socket_folder();

@@ -98,6 +98,7 @@ private:
     std::thread thread_;
 };
 
+using test_support::contains;
 using test_support::read_file;
 
 // The process log in a file of the test, for the length of the object.

@@ -14,6 +14,7 @@
 
 namespace fs = std::filesystem;
 using hostsim_test::hyperv_writer_id;
+using test_support::contains;
 
 namespace {
 
@@ -104,11 +105,11 @@ TEST(SampleHost, AProxyHostOffersTheTransportableProviderAndCreateRefusesAnExist
     EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer_id);
     std::string out;
     EXPECT_EQ(run_lab({"create", lab_dir.dir().string()}, &out), 1);
-    EXPECT_NE(out.find("already"), std::string::npos);
+    EXPECT_TRUE(contains(out, "already"));
     EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "x").string(), "--file-size", "3Q"}, &out), 1);
     EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "y").string(), "--colour", "red"}, &out), 1);
     EXPECT_EQ(run_lab({"frobnicate"}, &out), 2);
-    EXPECT_NE(out.find("Usage:"), std::string::npos);
+    EXPECT_TRUE(contains(out, "Usage:"));
 }
 
 // --help shows the use and makes nothing; what looks like an option is never taken for a folder.
@@ -124,7 +125,7 @@ TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
                                                {"resolve", "--help"}}) {
         std::string out;
         EXPECT_EQ(run_lab(line, &out), 0) << out;
-        EXPECT_NE(out.find("Usage:"), std::string::npos);
+        EXPECT_TRUE(contains(out, "Usage:"));
     }
     for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
              {"create", "--vms", "2"}, {"state", "--all"}, {"resolve", "-x", "C:\\"}}) {
@@ -144,7 +145,8 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     const auto backup = hostsim_test::gathered_backup();
     const std::string set_text = hostsim::to_utf8(hostsim::guid_text(hostsim_test::start_set(backup.get())));
     const GUID instance = host->model().writers.front().instance;
-    ASSERT_EQ(backup->AddComponent(instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1.name.c_str()), S_OK);
+    ASSERT_EQ(backup->AddComponent(instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1.name.c_str()),
+              S_OK);
     ASSERT_EQ(hostsim_test::add_volume(backup.get(), L"C:\\"), S_OK);
     WCHAR mount[MAX_PATH], name[MAX_PATH];
     DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
@@ -153,15 +155,13 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
               DWORD(0));
     std::string report;
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
-    EXPECT_NE(report.find("Shadow-copy creation: in progress for set " + set_text + ", pid " +
-                          std::to_string(getpid()) + ", since "),
-              std::string::npos)
+    EXPECT_TRUE(contains(report, "Shadow-copy creation: in progress for set " + set_text + ", pid " +
+                                     std::to_string(getpid()) + ", since "))
         << report;
-    EXPECT_NE(report.find("Cluster shared volumes in backup: 1\n  " +
-                          hostsim::to_utf8(lab::sample_csv_volume) +
-                          "  C:\\ClusterStorage\\Volume1\\\n    prepared by set " + set_text +
-                          " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"),
-              std::string::npos)
+    EXPECT_TRUE(contains(report, "Cluster shared volumes in backup: 1\n " +
+                                     hostsim::to_utf8(lab::sample_csv_volume) +
+                                     " C:\\ClusterStorage\\Volume1\\\n prepared by set " + set_text +
+                                     " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"))
         << report;
 
     ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
@@ -173,9 +173,9 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     ASSERT_EQ(hostsim_test::run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
 
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
-    EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
-    EXPECT_NE(report.find("Live shadow copies: 1\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
-    EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
-    EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
+    EXPECT_TRUE(contains(report, "Shadow-copy creation: none in progress")) << report;
+    EXPECT_TRUE(contains(report, "Live shadow copies: 1\n")) << report;
+    EXPECT_TRUE(contains(report, "HarddiskVolumeShadowCopy1")) << report;
+    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + " vm1")) << report;
+    EXPECT_TRUE(contains(report, "succeeded")) << report;
 }

@@ -3,6 +3,7 @@
 #include "lab/soak_invariants.h"
 
 #include "hostsim/state_store.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 #include <set>
 
 namespace fs = std::filesystem;
+using test_support::contains;
 
 namespace {
 
@@ -73,28 +75,28 @@ TEST_F(SoakInvariants, AnswersMustBeFramesWithWordsAndAToolNotKilledMustEndNorma
                   L"err:Snapshot is not initialized.\n--tr:Failed to get operation info."};
     EXPECT_EQ(lab::check_job(job), "");
     job.frames.push_back(L"err:\n--tr:");
-    EXPECT_NE(lab::check_job(job).find("without words"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "without words"));
     job.frames.back() = L"ok:done";
-    EXPECT_NE(lab::check_job(job).find("no frame"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "no frame"));
     job.frames.pop_back();
     job.task_failures = {L" "};
-    EXPECT_NE(lab::check_job(job).find("without a description"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "without a description"));
     job.task_failures.clear();
 
     write(tool.log, "[1] <  1> Mirrack| Process will be finished normally.\n[2] <  1> Mirrack| Releasing.\n");
-    EXPECT_NE(lab::check_job(job).find("doesn't end with"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "doesn't end with"));
     job.tools.front().killed = true;
     EXPECT_EQ(lab::check_job(job), "") << "a killed tool ends as it can";
     job.tools.front().killed = false;
     job.tools.front().status = 254;
-    EXPECT_NE(lab::check_job(job).find("exited with 254"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "exited with 254"));
     job.hung = true;
-    EXPECT_NE(lab::check_job(job).find("hung"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "hung"));
 }
 
 TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoVolumeStaysInBackup) {
     journal("4242\tPrepareForBackup\n4243\tPrepareForBackup\n");
-    EXPECT_NE(host_broken().find("neither BackupComplete nor an abort"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "neither BackupComplete nor an abort"));
     journal("4242\tImplicitAbort\t{1}\n4242\tPrepareForBackup\n4242\tBackupComplete\t{5e7}\n");
     write(hosts.host / "state" / "backups.txt",
           "backup\t{5e7}\ncomponent\tVM-A\tsucceeded\ncomponent\tVM-B\tnot-reported\n");
@@ -102,10 +104,10 @@ TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoV
     EXPECT_EQ(host_broken(), "") << "each prepared backup ended, and the results are the verdicts";
     journal("4242\tPrepareForBackup\n4242\tBackupComplete\t{5e7}\n");
     job.verdicts = {{L"vm-a", true}, {L"vm-b", false}};
-    EXPECT_NE(host_broken().find("VM-B not-reported, the job reported failed"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "VM-B not-reported, the job reported failed"));
 
     journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n");
-    EXPECT_NE(host_broken().find("made no snapshot and cleared it 0 time(s)"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "made no snapshot and cleared it 0 time(s)"));
     journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n"
             "4242\tClusterClearBackupStateForSharedVolume\tC:\\ClusterStorage\\Volume1\\a\n");
     EXPECT_EQ(host_broken(), "") << "a failed creation that undid its preparation";
@@ -119,7 +121,7 @@ TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoV
         state.save_csv_volumes({{L"\\\\?\\Volume{6a1b0c3e-5d2f-4e11-9a70-000000c5f001}\\",
                                  {{GUID_NULL, hostsim::this_process(), L"C:\\x"}}}});
     }
-    EXPECT_NE(host_broken().find("in backup after the sweep"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "in backup after the sweep"));
 }
 
 } // namespace
