@@ -191,8 +191,9 @@ TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndClosesAfterMistakesFoundBef
     EXPECT_TRUE(fs::exists(road.folder / "backup" / vm_a / "a.vmcx"));
 
     EXPECT_TRUE(contains(road.out, "Snapshot task completed after 2 polls")) << road.out;
-    EXPECT_TRUE(contains(road.out, std::string(vm_a) + " 2 4.9 KiB reported OK\n")) << road.out;
-    EXPECT_TRUE(contains(road.out, std::string(vm_b) + " 0 0 B reported failed (--fail-vm)\n")) << road.out;
+    EXPECT_TRUE(contains(road.out, std::string(vm_a) + "      2  4.9 KiB  reported OK\n")) << road.out;
+    EXPECT_TRUE(contains(road.out, std::string(vm_b) + "      0      0 B  reported failed (--fail-vm)\n"))
+        << road.out;
 }
 
 TEST(BackupRoad, AVmWhoseFilesCannotBeReadOrListedIsReportedFailed) {
@@ -217,9 +218,9 @@ TEST(BackupRoad, AFailedTaskEndsTheRoadWithItsDescriptionAndStillCloses) {
     EXPECT_EQ(road.status, client::exit_error_response);
     EXPECT_EQ(road.dispatcher->calls.back(), L"CloseSnapshot");
     EXPECT_TRUE(road.dispatcher->reports.empty());
-    EXPECT_TRUE(contains(road.out,
-                         "The snapshot task failed:\n Failed to create snapshot.\n Writer is in a failed "
-                         "state."))
+    EXPECT_TRUE(contains(
+        road.out, "The snapshot task failed:\n    Failed to create snapshot.\n    Writer is in a failed "
+                  "state."))
         << road.out;
     EXPECT_FALSE(fs::exists(road.folder / "backup"));
 }

@@ -94,7 +94,7 @@ TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVmWhenPlanne
     EXPECT_EQ(vms[0].bytesCopied, big.size() + 10);
     EXPECT_EQ(vms[1].filesCopied, 1u);
     EXPECT_EQ(vms[1].bytesCopied, 0u);
-    EXPECT_TRUE(contains(out.str(), "100% 3.0 MiB / 3.0 MiB\n")) << out.str();
+    EXPECT_TRUE(contains(out.str(), "100%  3.0 MiB / 3.0 MiB\n")) << out.str();
 }
 
 TEST(BackupProgress, TheBarShowsBytesAndItsShareOfTheTotalRedrawnInPlaceAtEachPercentOrWrittenAtEachTenth) {
@@ -154,5 +154,5 @@ TEST(ItemSampleCheck, ReadsTheFirstAndLastMibOnceEachAndComparesTheLiveSize) {
     EXPECT_TRUE(vms[0].Complete());
     ASSERT_EQ(vms[1].failures.size(), 1u);
     EXPECT_TRUE(contains(vms[1].failures[0], "Failed to open the file")) << vms[1].failures[0];
-    EXPECT_TRUE(contains(out.str(), "100% 2.0 MiB / 2.0 MiB\n")) << out.str();
+    EXPECT_TRUE(contains(out.str(), "100%  2.0 MiB / 2.0 MiB\n")) << out.str();
 }

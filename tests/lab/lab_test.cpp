@@ -158,9 +158,9 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     EXPECT_TRUE(contains(report, "Shadow-copy creation: in progress for set " + set_text + ", pid " +
                                      std::to_string(getpid()) + ", since "))
         << report;
-    EXPECT_TRUE(contains(report, "Cluster shared volumes in backup: 1\n " +
+    EXPECT_TRUE(contains(report, "Cluster shared volumes in backup: 1\n  " +
                                      hostsim::to_utf8(lab::sample_csv_volume) +
-                                     " C:\\ClusterStorage\\Volume1\\\n prepared by set " + set_text +
+                                     "  C:\\ClusterStorage\\Volume1\\\n    prepared by set " + set_text +
                                      " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"))
         << report;
 
@@ -176,6 +176,6 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     EXPECT_TRUE(contains(report, "Shadow-copy creation: none in progress")) << report;
     EXPECT_TRUE(contains(report, "Live shadow copies: 1\n")) << report;
     EXPECT_TRUE(contains(report, "HarddiskVolumeShadowCopy1")) << report;
-    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + " vm1")) << report;
+    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + "    vm1")) << report;
     EXPECT_TRUE(contains(report, "succeeded")) << report;
 }

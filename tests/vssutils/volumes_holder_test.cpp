@@ -65,26 +65,31 @@ TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
     EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
-// A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
 TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
     scratch_host_t host;
-    const std::wstring by_name = csv_volume + L"vm2\\Disks\\vm2.vhdx";
     {
         CVolumesHolder holder;
         auto backup = gathered_backup();
-        EXPECT_EQ(holder.AddBackupItem(csv_disk, backup), by_name);
+        EXPECT_EQ(holder.AddBackupItem(csv_disk, backup), csv_volume + L"vm2\\Disks\\vm2.vhdx");
         // Not there yet: judged by the folder above it.
         EXPECT_EQ(holder.AddBackupItem(csv_new_file, backup), csv_volume + L"vm2\\Disks\\new\\vm2.avhdx");
-        EXPECT_EQ(holder.AddBackupItem(by_name, backup), by_name);
-        EXPECT_EQ(holder.preparedCsvFiles, (std::vector<std::wstring>{csv_disk, csv_new_file, by_name}));
+        EXPECT_EQ(holder.preparedCsvFiles, (std::vector<std::wstring>{csv_disk, csv_new_file}));
         EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
         EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the backup state is the volume's";
-        EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
     }
-    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 3u);
+    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
-    prepare_both(true);
-    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 3u);
+    // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
+    {
+        const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
+        CVolumesHolder holder;
+        holder.AddBackupItem(item, gathered_backup());
+        EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
+        EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
+        EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
+        holder.keepCsvState = true; // a snapshot was made
+    }
+    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }
 
