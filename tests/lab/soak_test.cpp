@@ -3,11 +3,11 @@
 #include "lab/soak_invariants.h"
 
 #include "hostsim/state_store.h"
+#include "tests/support/host_folder.h"
 #include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -41,8 +41,6 @@ TEST(SoakDraw, AJobIsDrawnFromTheSeedAndItsNumberAloneAndTheDrawsCoverEveryActio
 class SoakInvariants : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "mirrack-soak-test-XXXXXX").string();
-        dir = ::mkdtemp(pattern.data());
         hosts = lab::make_soak_hosts(dir / "soak", false);
         fs::create_directories(hosts.host / "state");
         tool.role = "host";
@@ -55,7 +53,6 @@ protected:
               "[1] <  1> Mirrack| Process will be finished normally.\n[1] <  1> Clearing collection.\n");
         job.tools.push_back(tool);
     }
-    void TearDown() override { fs::remove_all(dir); }
 
     static void write(const fs::path& file, const std::string& text, bool append = false) {
         std::ofstream(file, append ? std::ios::app : std::ios::trunc) << text;
@@ -63,7 +60,8 @@ protected:
     void journal(const std::string& lines) { write(hosts.host / "state" / "journal.txt", lines, true); }
     std::string host_broken() { return lab::check_host(hosts, {job}, audit).broken; }
 
-    fs::path dir;
+    const test_support::host_folder_t folder{"mirrack-soak-test"};
+    const fs::path dir = folder.dir();
     lab::soak_hosts_t hosts;
     lab::tool_end_t tool;
     lab::job_record_t job;
