@@ -50,22 +50,9 @@ protected:
 
 } // namespace
 
-TEST(ServerGrammar, PrefixesIgnoreCaseAndTheNameEndsAtTheFirstSpace) {
-    std::wstring command, document;
-    ASSERT_TRUE(wrap::CPipeInvokeSrv::ParseRequest(L"CMD:CloseSnapshot XML:<a/>", command, document));
-    EXPECT_EQ(command, L"CloseSnapshot");
-    EXPECT_EQ(document, L"<a/>");
-    ASSERT_TRUE(wrap::CPipeInvokeSrv::ParseRequest(L"cmd: xml:", command, document));
-    EXPECT_EQ(command, L"");
-    EXPECT_EQ(document, L"");
-    for (const wchar_t* bad : {L"cmd:CloseSnapshot", L"cmd:CloseSnapshot  xml:<a/>", L"cmd:", L"cm", L"",
-                               L"xml:<a/>", L"cmd:X xm", L"cmd:X html:<a/>"})
-        EXPECT_FALSE(wrap::CPipeInvokeSrv::ParseRequest(bad, command, document)) << to_ansi_nothrow(bad);
-}
-
-TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresWithAllTheirLines) {
+TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresOrBadRequestsWithAllTheirLines) {
     EXPECT_EQ(msxml_layout::without_breaks(server.ExecuteRequest(
-                  L"cmd:Echo xml:<InputArguments><Say value=\"hi\"/></InputArguments>")),
+                  L"CMD:Echo XML:<InputArguments><Say value=\"hi\"/></InputArguments>")),
               L"xml:<OutputArguments><Said value=\"hi\"/></OutputArguments>");
     const std::wstring empty = server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>");
     EXPECT_EQ(empty.rfind(L"xml:<OutputArguments", 0), 0u);
@@ -86,6 +73,12 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresWith
     EXPECT_EQ(dispatcher->invoked, (std::vector<std::wstring>{L"Echo", L"Nothing", L"Fail"}));
     EXPECT_EQ(dispatcher->failed, (std::vector<std::string>{"Fail|<InputArguments/>", "|", "Echo|", "|"}));
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeErrorResponse(null_what_t()), L"err:n/a");
+    // The prefixes ignore case, the name ends at the first space, and the document follows it.
+    for (const wchar_t* bad : {L"cmd:Echo", L"cmd:Echo  xml:<a/>", L"cmd:", L"cm", L"", L"xml:<a/>",
+                               L"cmd:X xm", L"cmd:X html:<a/>"})
+        EXPECT_EQ(server.ExecuteRequest(bad), L"err:Unknown type of request: '" + std::wstring(bad) + L"'.");
+    server.ExecuteRequest(L"cmd: xml:<InputArguments/>");
+    EXPECT_EQ(dispatcher->invoked.back(), L"");
 }
 
 class ServerTrace : public log_test::log_file_test {};
