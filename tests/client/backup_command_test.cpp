@@ -19,6 +19,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using client_test::contains;
 
 const char vm_a[] = "83F4C5F7-1401-4A04-A996-506A4DEA6810";
 const char vm_b[] = "26882b39-53fb-470f-8ebe-5938c39fcd0f";
@@ -121,7 +122,7 @@ struct road_t {
 
 } // namespace
 
-TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVmsComeInOrder) {
+TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVmsComeInOrderFromXml) {
     const client::backup_arguments_t parsed = client::ParseBackupArguments(
         {"--spec", "s.xml", "--to=out", "--fail-vm", "{26882B39-53FB-470F-8EBE-5938C39FCD0F}",
          "--fail-vm=" + std::string(vm_a)});
@@ -150,11 +151,9 @@ TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVm
     EXPECT_THROW(client::SpecVms(spec_with({"vm1"})), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec/>"), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec>"), exc::exc_base_t);
-}
 
-// Both readers of the client recurse once per level as the tool's do: a document nested deeper
-// than any real one is refused in the tool's words before the parser runs out of stack.
-TEST(ClientDocuments, DeepDocumentsAreRefusedAsTheToolRefusesThem) {
+    // Both readers of the client recurse once per level as the tool's do: a document nested deeper
+    // than any real one is refused in the tool's words before the parser runs out of stack.
     std::string deep;
     for (int level = 0; level < 100000; ++level)
         deep += "<a>";
@@ -172,8 +171,11 @@ TEST(ClientDocuments, DeepDocumentsAreRefusedAsTheToolRefusesThem) {
     EXPECT_EQ(response[2], "The response document can't be read.");
 }
 
-TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndCloses) {
+TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndClosesAfterMistakesFoundBeforeConnecting) {
     road_t road;
+    road.run({"--fail-vm", "{00000000-0000-0000-0000-000000000001}"});
+    EXPECT_EQ(road.status, client::exit_usage);
+    EXPECT_TRUE(contains(road.err, "names no VM of the backup specification")) << road.err;
     road.run({"--job", "nightly", "--console", "srv01", "--fail-vm", vm_b});
     EXPECT_EQ(road.status, client::exit_success) << road.out << road.err;
 
@@ -188,11 +190,9 @@ TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndCloses) {
     EXPECT_EQ(fs::file_size(road.folder / "backup" / vm_a / "Virtual Hard Disks" / "a.vhdx"), 5000u);
     EXPECT_TRUE(fs::exists(road.folder / "backup" / vm_a / "a.vmcx"));
 
-    EXPECT_NE(road.out.find("Snapshot task completed after 2 polls"), std::string::npos) << road.out;
-    EXPECT_NE(road.out.find(std::string(vm_a) + "      2  4.9 KiB  reported OK\n"), std::string::npos)
-        << road.out;
-    EXPECT_NE(road.out.find(std::string(vm_b) + "      0      0 B  reported failed (--fail-vm)\n"),
-              std::string::npos)
+    EXPECT_TRUE(contains(road.out, "Snapshot task completed after 2 polls")) << road.out;
+    EXPECT_TRUE(contains(road.out, std::string(vm_a) + "      2  4.9 KiB  reported OK\n")) << road.out;
+    EXPECT_TRUE(contains(road.out, std::string(vm_b) + "      0      0 B  reported failed (--fail-vm)\n"))
         << road.out;
 }
 
@@ -206,9 +206,9 @@ TEST(BackupRoad, AVmWhoseFilesCannotBeReadOrListedIsReportedFailed) {
     EXPECT_EQ(road.dispatcher->reports,
               (std::map<std::wstring, bool>{{braced(vm_a), false}, {braced(vm_b), false}}));
     EXPECT_EQ(road.dispatcher->calls.back(), L"CloseSnapshot");
-    EXPECT_NE(road.out.find("reported failed (copy incomplete)"), std::string::npos) << road.out;
-    EXPECT_NE(road.out.find(std::string(vm_a) + ": The file ["), std::string::npos) << road.out;
-    EXPECT_NE(road.out.find("Cannot find VM with ID"), std::string::npos) << road.out;
+    EXPECT_TRUE(contains(road.out, "reported failed (copy incomplete)")) << road.out;
+    EXPECT_TRUE(contains(road.out, std::string(vm_a) + ": The file [")) << road.out;
+    EXPECT_TRUE(contains(road.out, "Cannot find VM with ID")) << road.out;
 }
 
 TEST(BackupRoad, AFailedTaskEndsTheRoadWithItsDescriptionAndStillCloses) {
@@ -218,17 +218,9 @@ TEST(BackupRoad, AFailedTaskEndsTheRoadWithItsDescriptionAndStillCloses) {
     EXPECT_EQ(road.status, client::exit_error_response);
     EXPECT_EQ(road.dispatcher->calls.back(), L"CloseSnapshot");
     EXPECT_TRUE(road.dispatcher->reports.empty());
-    EXPECT_NE(
-        road.out.find("The snapshot task failed:\n    Failed to create snapshot.\n    Writer is in a failed "
-                      "state."),
-        std::string::npos)
+    EXPECT_TRUE(contains(
+        road.out, "The snapshot task failed:\n    Failed to create snapshot.\n    Writer is in a failed "
+                  "state."))
         << road.out;
     EXPECT_FALSE(fs::exists(road.folder / "backup"));
-}
-
-TEST(BackupRoad, MistakesFoundBeforeConnectingAreUsageErrors) {
-    road_t road;
-    road.run({"--fail-vm", "{00000000-0000-0000-0000-000000000001}"});
-    EXPECT_EQ(road.status, client::exit_usage);
-    EXPECT_NE(road.err.find("names no VM of the backup specification"), std::string::npos) << road.err;
 }

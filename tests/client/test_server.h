@@ -10,6 +10,7 @@
 #include "invoke/invoke_dispatcher.h"
 #include "invoke/pipe_channel.h"
 #include "invoke/pipe_invoke_server.h"
+#include "tests/invoke/pipe_test_support.h"
 #include "tests/support/process_env.h"
 #include "tests/support/text_file.h"
 
@@ -29,7 +30,6 @@ inline std::filesystem::path scratch_folder() {
                     ("mirrack-client-tests-" + std::to_string(test_env::process_id()));
         std::filesystem::remove_all(path);
         std::filesystem::create_directories(path);
-        test_env::set("MIRRACK_PIPE_DIR", (path / "pipes").string());
         return path;
     }();
     return folder;
@@ -63,7 +63,7 @@ class test_server_t {
 public:
     explicit test_server_t(
         std::shared_ptr<wrap::IInvokeDispatcher> dispatcher = std::make_shared<test_dispatcher_t>())
-        : name_(fresh_name()), thread_([this, dispatcher] {
+        : name_(pipe_test::fresh_pipe_name()), thread_([this, dispatcher] {
               try {
                   wrap::RunPipeInvokeServer(name_, dispatcher);
               } catch (const std::exception& e) {
@@ -92,18 +92,13 @@ public:
     }
 
 private:
-    static std::wstring fresh_name() {
-        static std::atomic<int> counter{0};
-        scratch_folder();
-        return L"c" + std::to_wstring(test_env::process_id()) + L"-" + std::to_wstring(++counter);
-    }
-
     std::wstring name_;
     std::string failure_;
     std::atomic<bool> done_{false};
     std::thread thread_;
 };
 
+using test_support::contains;
 using test_support::read_file;
 
 // The process log in a file of the test, for the length of the object.

@@ -4,24 +4,19 @@
 
 #include "common/win/file_search.h"
 #include "compat/cluster_api.h"
-#include "compat/com_ptr.h"
-#include "compat/vss_api.h"
 #include "hostsim/host.h"
 #include "hostsim/wide_text.h"
-#include "tests/support/host_folder.h"
+#include "scratch_host.h"
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <sstream>
-#include <thread>
 
 namespace fs = std::filesystem;
+using hostsim_test::hyperv_writer_id;
+using test_support::contains;
 
 namespace {
-
-const GUID hyperv_writer = {0x66841cd4, 0x6ded, 0x4f4b, {0x8f, 0x17, 0xfd, 0x23, 0xf8, 0xdd, 0xc3, 0xde}};
 
 int run_lab(const std::vector<std::string>& args, std::string* out = nullptr) {
     std::ostringstream o, e;
@@ -56,15 +51,6 @@ std::size_t files_found(const hostsim::host_t& host, const hostsim::file_spec_t&
     return found;
 }
 
-// Starts an asynchronous step of the backup and waits for its end; its status.
-HRESULT run(IVssBackupComponents* backup, HRESULT (IVssBackupComponents::*op)(IVssAsync**)) {
-    compat::com_ptr_t<IVssAsync> async;
-    HRESULT status = (backup->*op)(async.put());
-    while (status == S_OK && async->QueryStatus(&status, nullptr) == S_OK && status == VSS_S_ASYNC_PENDING)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return status;
-}
-
 } // namespace
 
 TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPaths) {
@@ -76,7 +62,7 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPat
     ASSERT_TRUE(host->usable()) << host->complaint();
 
     const auto& writer = host->model().writers.front();
-    EXPECT_EQ(writer.id, hyperv_writer);
+    EXPECT_EQ(writer.id, hyperv_writer_id);
     ASSERT_EQ(writer.components.size(), 5u) << "three local, one on the CSV, one on the share";
     std::vector<std::wstring> roots;
     for (auto& component : writer.components) {
@@ -116,14 +102,14 @@ TEST(SampleHost, AProxyHostOffersTheTransportableProviderAndCreateRefusesAnExist
     const auto* hardware = host->find_provider(*hostsim::parse_guid(lab::hardware_provider_id));
     ASSERT_TRUE(hardware);
     EXPECT_TRUE(hardware->transportable);
-    EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer);
+    EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer_id);
     std::string out;
     EXPECT_EQ(run_lab({"create", lab_dir.dir().string()}, &out), 1);
-    EXPECT_NE(out.find("already"), std::string::npos);
+    EXPECT_TRUE(contains(out, "already"));
     EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "x").string(), "--file-size", "3Q"}, &out), 1);
     EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "y").string(), "--colour", "red"}, &out), 1);
     EXPECT_EQ(run_lab({"frobnicate"}, &out), 2);
-    EXPECT_NE(out.find("Usage:"), std::string::npos);
+    EXPECT_TRUE(contains(out, "Usage:"));
 }
 
 // --help shows the use and makes nothing; what looks like an option is never taken for a folder.
@@ -139,7 +125,7 @@ TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
                                                {"resolve", "--help"}}) {
         std::string out;
         EXPECT_EQ(run_lab(line, &out), 0) << out;
-        EXPECT_NE(out.find("Usage:"), std::string::npos);
+        EXPECT_TRUE(contains(out, "Usage:"));
     }
     for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
              {"create", "--vms", "2"}, {"state", "--all"}, {"resolve", "-x", "C:\\"}}) {
@@ -156,17 +142,12 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     auto host = hostsim::host_t::open(lab_dir.dir());
     const auto& vm1 = host->model().writers.front().components.front();
 
-    compat::com_ptr_t<IVssBackupComponents> backup;
-    ASSERT_EQ(CreateVssBackupComponentsInternal(backup.put()), S_OK);
-    ASSERT_EQ(backup->InitializeForBackup(), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterMetadata), VSS_S_ASYNC_FINISHED);
-    VSS_ID set{}, snapshot{};
-    ASSERT_EQ(backup->StartSnapshotSet(&set), S_OK);
-    const std::string set_text = hostsim::to_utf8(hostsim::guid_text(set));
+    const auto backup = hostsim_test::gathered_backup();
+    const std::string set_text = hostsim::to_utf8(hostsim::guid_text(hostsim_test::start_set(backup.get())));
     const GUID instance = host->model().writers.front().instance;
-    ASSERT_EQ(backup->AddComponent(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str()), S_OK);
-    WCHAR volume[] = L"C:\\";
-    ASSERT_EQ(backup->AddToSnapshotSet(volume, GUID_NULL, &snapshot), S_OK);
+    ASSERT_EQ(backup->AddComponent(instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1.name.c_str()),
+              S_OK);
+    ASSERT_EQ(hostsim_test::add_volume(backup.get(), L"C:\\"), S_OK);
     WCHAR mount[MAX_PATH], name[MAX_PATH];
     DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
     ASSERT_EQ(ClusterPrepareSharedVolumeForBackup(L"C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx", mount,
@@ -174,29 +155,27 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
               DWORD(0));
     std::string report;
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
-    EXPECT_NE(report.find("Shadow-copy creation: in progress for set " + set_text + ", pid " +
-                          std::to_string(getpid()) + ", since "),
-              std::string::npos)
+    EXPECT_TRUE(contains(report, "Shadow-copy creation: in progress for set " + set_text + ", pid " +
+                                     std::to_string(getpid()) + ", since "))
         << report;
-    EXPECT_NE(report.find("Cluster shared volumes in backup: 1\n  " +
-                          hostsim::to_utf8(lab::sample_csv_volume) +
-                          "  C:\\ClusterStorage\\Volume1\\\n    prepared by set " + set_text +
-                          " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"),
-              std::string::npos)
+    EXPECT_TRUE(contains(report, "Cluster shared volumes in backup: 1\n  " +
+                                     hostsim::to_utf8(lab::sample_csv_volume) +
+                                     "  C:\\ClusterStorage\\Volume1\\\n    prepared by set " + set_text +
+                                     " for C:\\ClusterStorage\\Volume1\\vm-csv\\a.vhdx\n"))
         << report;
 
     ASSERT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(hostsim_test::run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(hostsim_test::run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(
-        backup->SetBackupSucceeded(instance, hyperv_writer, VSS_CT_FILEGROUP, L"", vm1.name.c_str(), true),
+        backup->SetBackupSucceeded(instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1.name.c_str(), true),
         S_OK);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
+    ASSERT_EQ(hostsim_test::run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
 
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
-    EXPECT_NE(report.find("Shadow-copy creation: none in progress"), std::string::npos) << report;
-    EXPECT_NE(report.find("Live shadow copies: 1\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("HarddiskVolumeShadowCopy1"), std::string::npos) << report;
-    EXPECT_NE(report.find(hostsim::to_utf8(vm1.name) + "    vm1"), std::string::npos) << report;
-    EXPECT_NE(report.find("succeeded"), std::string::npos) << report;
+    EXPECT_TRUE(contains(report, "Shadow-copy creation: none in progress")) << report;
+    EXPECT_TRUE(contains(report, "Live shadow copies: 1\n")) << report;
+    EXPECT_TRUE(contains(report, "HarddiskVolumeShadowCopy1")) << report;
+    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + "    vm1")) << report;
+    EXPECT_TRUE(contains(report, "succeeded")) << report;
 }

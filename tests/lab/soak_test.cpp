@@ -3,14 +3,16 @@
 #include "lab/soak_invariants.h"
 
 #include "hostsim/state_store.h"
+#include "tests/support/host_folder.h"
+#include "tests/support/text_file.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <set>
 
 namespace fs = std::filesystem;
+using test_support::contains;
 
 namespace {
 
@@ -39,8 +41,6 @@ TEST(SoakDraw, AJobIsDrawnFromTheSeedAndItsNumberAloneAndTheDrawsCoverEveryActio
 class SoakInvariants : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "mirrack-soak-test-XXXXXX").string();
-        dir = ::mkdtemp(pattern.data());
         hosts = lab::make_soak_hosts(dir / "soak", false);
         fs::create_directories(hosts.host / "state");
         tool.role = "host";
@@ -53,7 +53,6 @@ protected:
               "[1] <  1> Mirrack| Process will be finished normally.\n[1] <  1> Clearing collection.\n");
         job.tools.push_back(tool);
     }
-    void TearDown() override { fs::remove_all(dir); }
 
     static void write(const fs::path& file, const std::string& text, bool append = false) {
         std::ofstream(file, append ? std::ios::app : std::ios::trunc) << text;
@@ -61,7 +60,8 @@ protected:
     void journal(const std::string& lines) { write(hosts.host / "state" / "journal.txt", lines, true); }
     std::string host_broken() { return lab::check_host(hosts, {job}, audit).broken; }
 
-    fs::path dir;
+    const test_support::host_folder_t folder{"mirrack-soak-test"};
+    const fs::path dir = folder.dir();
     lab::soak_hosts_t hosts;
     lab::tool_end_t tool;
     lab::job_record_t job;
@@ -73,28 +73,28 @@ TEST_F(SoakInvariants, AnswersMustBeFramesWithWordsAndAToolNotKilledMustEndNorma
                   L"err:Snapshot is not initialized.\n--tr:Failed to get operation info."};
     EXPECT_EQ(lab::check_job(job), "");
     job.frames.push_back(L"err:\n--tr:");
-    EXPECT_NE(lab::check_job(job).find("without words"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "without words"));
     job.frames.back() = L"ok:done";
-    EXPECT_NE(lab::check_job(job).find("no frame"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "no frame"));
     job.frames.pop_back();
     job.task_failures = {L" "};
-    EXPECT_NE(lab::check_job(job).find("without a description"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "without a description"));
     job.task_failures.clear();
 
     write(tool.log, "[1] <  1> Mirrack| Process will be finished normally.\n[2] <  1> Mirrack| Releasing.\n");
-    EXPECT_NE(lab::check_job(job).find("doesn't end with"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "doesn't end with"));
     job.tools.front().killed = true;
     EXPECT_EQ(lab::check_job(job), "") << "a killed tool ends as it can";
     job.tools.front().killed = false;
     job.tools.front().status = 254;
-    EXPECT_NE(lab::check_job(job).find("exited with 254"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "exited with 254"));
     job.hung = true;
-    EXPECT_NE(lab::check_job(job).find("hung"), std::string::npos);
+    EXPECT_TRUE(contains(lab::check_job(job), "hung"));
 }
 
 TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoVolumeStaysInBackup) {
     journal("4242\tPrepareForBackup\n4243\tPrepareForBackup\n");
-    EXPECT_NE(host_broken().find("neither BackupComplete nor an abort"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "neither BackupComplete nor an abort"));
     journal("4242\tImplicitAbort\t{1}\n4242\tPrepareForBackup\n4242\tBackupComplete\t{5e7}\n");
     write(hosts.host / "state" / "backups.txt",
           "backup\t{5e7}\ncomponent\tVM-A\tsucceeded\ncomponent\tVM-B\tnot-reported\n");
@@ -102,10 +102,10 @@ TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoV
     EXPECT_EQ(host_broken(), "") << "each prepared backup ended, and the results are the verdicts";
     journal("4242\tPrepareForBackup\n4242\tBackupComplete\t{5e7}\n");
     job.verdicts = {{L"vm-a", true}, {L"vm-b", false}};
-    EXPECT_NE(host_broken().find("VM-B not-reported, the job reported failed"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "VM-B not-reported, the job reported failed"));
 
     journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n");
-    EXPECT_NE(host_broken().find("made no snapshot and cleared it 0 time(s)"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "made no snapshot and cleared it 0 time(s)"));
     journal("4242\tClusterPrepareSharedVolumeForBackup\tC:\\ClusterStorage\\Volume1\\a\n"
             "4242\tClusterClearBackupStateForSharedVolume\tC:\\ClusterStorage\\Volume1\\a\n");
     EXPECT_EQ(host_broken(), "") << "a failed creation that undid its preparation";
@@ -119,7 +119,7 @@ TEST_F(SoakInvariants, EveryPreparedBackupEndsItsResultsAreTheVerdictsSentAndNoV
         state.save_csv_volumes({{L"\\\\?\\Volume{6a1b0c3e-5d2f-4e11-9a70-000000c5f001}\\",
                                  {{GUID_NULL, hostsim::this_process(), L"C:\\x"}}}});
     }
-    EXPECT_NE(host_broken().find("in backup after the sweep"), std::string::npos);
+    EXPECT_TRUE(contains(host_broken(), "in backup after the sweep"));
 }
 
 } // namespace

@@ -58,7 +58,7 @@ TEST(SpecXmlParsing, DocumentsNestedDeeperThanTheLimitAreRefusedWithTheParsersTe
     EXPECT_NO_THROW(parse_xml(nested(200, nested(56) + nested(56))));
 }
 
-TEST(SpecXmlIntegers, MissingAndUnreadableValuesReportEachOthersText) {
+TEST(SpecXmlNodes, IntegersMissingOrUnreadableReportEachOthersTextAndChildrenAreLookedUpExactly) {
     const xml_node_t node = root_of("<a n='42' tail='7 days' bad='abc'/>");
     EXPECT_EQ(get_attr_int(node, "n"), 42);
     EXPECT_EQ(get_attr_int(node, "tail"), 7);
@@ -68,14 +68,13 @@ TEST(SpecXmlIntegers, MissingAndUnreadableValuesReportEachOthersText) {
               std::vector<std::string>{"Unexpected type of the attribute. Attribute: [missing]."});
     EXPECT_EQ(failure_lines([&] { get_attr(node, "N"); }),
               std::vector<std::string>{"Attribute value is not specified. Attribute: [N]."});
-}
 
-TEST(SpecXmlChildren, LookupIsExactAndTakesTheFirstOfAnyKindInOrder) {
-    const xml_node_t node = root_of("<a><!--VMs--><vms/><VMs id='1'/></a>");
-    EXPECT_TRUE(find_child(node, "Vms").is_null());
-    EXPECT_EQ(failure_lines([&] { get_child(node, "Vms"); }),
+    // The lookup of a child is exact and takes the first of any kind, in order.
+    const xml_node_t parent = root_of("<a><!--VMs--><vms/><VMs id='1'/></a>");
+    EXPECT_TRUE(find_child(parent, "Vms").is_null());
+    EXPECT_EQ(failure_lines([&] { get_child(parent, "Vms"); }),
               std::vector<std::string>{"There is no node with the specified name: [Vms]."});
-    EXPECT_FALSE(get_child(node, "VMs").is_element()); // the comment comes first
+    EXPECT_FALSE(get_child(parent, "VMs").is_element()); // the comment comes first
     EXPECT_EQ(failure_lines([] { node_name(xml_node_t()); }),
               std::vector<std::string>{"Unable to retrieve name of the uninitialized node."});
     // Children are comments and text as well, in order.

@@ -65,7 +65,7 @@ TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
     EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
-TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
+TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
     scratch_host_t host;
     {
         CVolumesHolder holder;
@@ -79,6 +79,18 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAndAFailedTaskClearsThemAll) {
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
+    // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
+    {
+        const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
+        CVolumesHolder holder;
+        holder.AddBackupItem(item, gathered_backup());
+        EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
+        EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
+        EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
+        holder.keepCsvState = true; // a snapshot was made
+    }
+    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
+    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }
 
 TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
@@ -89,21 +101,6 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
     EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
-}
-
-// A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
-TEST(VolumesHolder, TheCsvTestComesBeforeTheShareTestAndAMadeSnapshotKeepsTheCsvState) {
-    scratch_host_t host;
-    const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
-    CVolumesHolder holder;
-    holder.AddBackupItem(item, gathered_backup());
-    EXPECT_EQ(holder.preparedCsvFiles, std::vector<std::wstring>{item});
-    EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{csv_volume});
-    EXPECT_EQ(journal_count(host, "GetRootAndLogicalPrefixPaths"), 0u);
-    // A made snapshot keeps the CSV state.
-    prepare_both(true);
-    EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 0u);
-    EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
 }
 
 TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {

@@ -1,11 +1,16 @@
-// Writer checks after a step: which states fail, what a failed writer leaves in the log and the
-// failure, and what a healthy or cancelled check says.
+// Writer checks after a step and the polling waits under them: which states fail, what a failed
+// writer leaves in the log and the failure, how a wait ends, by VSS or by the probe, and what each
+// ending leaves in the log.
 #include "vss_test_support.h"
 
 #include "common/win/event.h"
+#include "vssutils/async_wait.h"
 #include "vssutils/writer_status.h"
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
 
 using namespace VSSUtils;
 using namespace vssutils_test;
@@ -20,14 +25,22 @@ std::string writer_fault(const std::string& state, const std::string& hr) {
 
 const std::string hyperv_name = "Microsoft Hyper-V VSS Writer";
 
-} // namespace
-
-TEST(WriterStatus, OnlyStatesSixToFifteenAreFailedStates) {
-    for (int state : {0, 1, 5 /* waiting for backup complete */, 16, -1})
-        EXPECT_EQ(FailedWriterStateName(state), nullptr) << state;
-    EXPECT_STREQ(FailedWriterStateName(6), "VSS_WS_FAILED_AT_IDENTIFY");
-    EXPECT_STREQ(FailedWriterStateName(15), "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
+// Any asynchronous operation that a gathered backup can start; its faults come from the host.
+AsyncPtr start_operation(BackupComponentsPtr backup) {
+    AsyncPtr async;
+    EXPECT_EQ(backup->GatherWriterStatus(async.put()), S_OK);
+    return async;
 }
+
+std::string with_fault(const std::string& attributes) {
+    return sample_host_xml("<Fault op=\"GatherWriterStatus\" " + attributes + "/>");
+}
+
+bool wait(AsyncPtr async, ITestCancelCallback* probe) {
+    return WaitAsyncOperation(async, probe, "Waiting in a test.", "Unknown status in a test.");
+}
+
+} // namespace
 
 TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {
     scratch_host_t host;
@@ -43,9 +56,13 @@ TEST(WriterStatus, HealthyWritersAreLoggedOnlyWhenAskedFor) {
     EXPECT_TRUE(each.has("Writers state check is succeeded."));
 }
 
-// A failed writer is logged as an error even by a check that is quiet about healthy ones; without
-// a failure code of its own it fails with the generic one.
+// Only states six to fifteen are failed ones. A failed writer is logged as an error even by a check
+// that is quiet about healthy ones; without a failure code of its own it fails with the generic one.
 TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
+    for (int state : {0, 1, 5 /* waiting for backup complete */, 16, -1})
+        EXPECT_EQ(FailedWriterStateName(state), nullptr) << state;
+    EXPECT_STREQ(FailedWriterStateName(6), "VSS_WS_FAILED_AT_IDENTIFY");
+    EXPECT_STREQ(FailedWriterStateName(15), "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
     struct case_t {
         std::string code;
         std::string text; // of the failure the check ends with
@@ -93,4 +110,69 @@ TEST(WriterStatus, ACancelledCheckIsNoFailureAndStillClosesItsBlock) {
     EXPECT_FALSE(CheckWritersStatus(backup, &probe));
     EXPECT_TRUE(log.has("Writers state check is succeeded."));
     EXPECT_EQ(journal_count(host, "GetWriterStatusCount"), 0u);
+}
+
+// A failing Cancel is shown, not raised: the wait is over either way.
+TEST(AsyncWait, AProbeSetBeforeTheWaitCancelsWithoutASinglePoll) {
+    scratch_host_t host(sample_host_xml(
+        R"(<Fault op="GatherWriterStatus" delayMs="600000"/><Fault op="Cancel" hr="0x80042302"/>)"));
+    auto event = std::make_shared<win::win_manual_reset_event_t>();
+    event->set();
+    CWinEventTestCancelCallback probe(event);
+    log_capture_t log;
+
+    EXPECT_FALSE(wait(start_operation(gathered_backup()), &probe));
+    EXPECT_EQ(journal_count(host, "QueryStatus", "GatherWriterStatus"), 0u);
+    EXPECT_EQ(journal_count(host, "Cancel", "GatherWriterStatus"), 1u);
+    EXPECT_TRUE(log.has("Operation cancelled. VSS cancel status: [0x80042302]"));
+    EXPECT_FALSE(log.has("Failed."));
+}
+
+TEST(AsyncWait, AnEventSetDuringTheWaitCancelsThePendingOperation) {
+    scratch_host_t host(with_fault("delayMs=\"600000\""));
+    auto event = std::make_shared<win::win_manual_reset_event_t>();
+    CWinEventTestCancelCallback probe(event);
+    auto async = start_operation(gathered_backup());
+
+    // Set only once the operation has been seen pending, so that the cancel comes between polls.
+    std::thread stopper([event, &host] {
+        while (journal_count(host, "QueryStatus", "GatherWriterStatus") == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        event->set();
+    });
+    bool finished = wait(async, &probe);
+    stopper.join();
+
+    EXPECT_FALSE(finished);
+    EXPECT_GE(journal_count(host, "QueryStatus", "GatherWriterStatus"), 1u);
+    EXPECT_EQ(journal_count(host, "Cancel", "GatherWriterStatus"), 1u);
+}
+
+TEST(AsyncWait, WithoutAProbeOrWithTheDefaultOneOnlyVssEndsTheWait) {
+    scratch_host_t host(with_fault("delayMs=\"300\""));
+    CDefaultTestCancelCallback never;
+    log_capture_t log;
+    EXPECT_TRUE(wait(start_operation(gathered_backup()), nullptr));
+    EXPECT_TRUE(WaitForAsync(start_operation(gathered_backup()), &never));
+    EXPECT_GE(journal_count(host, "QueryStatus", "GatherWriterStatus"), 4u)
+        << "each wait saw the pending state";
+    EXPECT_EQ(journal_count(host, "Cancel"), 0u);
+    EXPECT_TRUE(log.has("Waiting for completition of VSS async operation"));
+    EXPECT_FALSE(log.has("Failed."));
+}
+
+TEST(AsyncWait, AnOperationCancelledByVssEndsTheWaitWithoutAnotherCancel) {
+    scratch_host_t host(with_fault("status=\"0x0004230B\""));
+    log_capture_t log;
+    EXPECT_FALSE(wait(start_operation(gathered_backup()), nullptr));
+    EXPECT_TRUE(log.has("Operation cancelled by 3-rd party"));
+    EXPECT_EQ(journal_count(host, "Cancel"), 0u);
+}
+
+TEST(AsyncWait, AStatusThatIsNoneOfTheThreeFailsWithTheUnknownStatusText) {
+    scratch_host_t host(with_fault("status=\"0x0\""));
+    log_capture_t log;
+    EXPECT_EQ(failure_lines([&] { wait(start_operation(gathered_backup()), nullptr); }),
+              (std::vector<std::string>{"Unknown status in a test.", "Vss error: '0x00000000'"}));
+    EXPECT_TRUE(log.has("Waiting in a test. Failed."));
 }
