@@ -17,123 +17,51 @@ PIN_METHOD(IUnknown, AddRef, ULONG);
 PIN_METHOD(IUnknown, Release, ULONG);
 
 PIN_METHOD(IVssAsync, Cancel, HRESULT);
-PIN_METHOD(IVssAsync, Wait, HRESULT, DWORD);
 PIN_METHOD(IVssAsync, QueryStatus, HRESULT, HRESULT*, INT*);
 
 PIN_METHOD(IVssWMFiledesc, GetPath, HRESULT, BSTR*);
 PIN_METHOD(IVssWMFiledesc, GetFilespec, HRESULT, BSTR*);
 PIN_METHOD(IVssWMFiledesc, GetRecursive, HRESULT, boolean*);
-PIN_METHOD(IVssWMFiledesc, GetAlternateLocation, HRESULT, BSTR*);
-PIN_METHOD(IVssWMFiledesc, GetBackupTypeMask, HRESULT, DWORD*);
 
 PIN_METHOD(IVssWMComponent, GetComponentInfo, HRESULT, PVSSCOMPONENTINFO*);
 PIN_METHOD(IVssWMComponent, FreeComponentInfo, HRESULT, PVSSCOMPONENTINFO);
 PIN_METHOD(IVssWMComponent, GetFile, HRESULT, UINT, IVssWMFiledesc**);
-PIN_METHOD(IVssWMComponent, GetDatabaseFile, HRESULT, UINT, IVssWMFiledesc**);
-PIN_METHOD(IVssWMComponent, GetDatabaseLogFile, HRESULT, UINT, IVssWMFiledesc**);
-PIN_METHOD(IVssWMComponent, GetDependency, HRESULT, UINT, IVssWMDependency**);
 
 PIN_METHOD(IVssExamineWriterMetadata, GetIdentity, HRESULT, VSS_ID*, VSS_ID*, BSTR*, VSS_USAGE_TYPE*,
            VSS_SOURCE_TYPE*);
 PIN_METHOD(IVssExamineWriterMetadata, GetFileCounts, HRESULT, UINT*, UINT*, UINT*);
-PIN_METHOD(IVssExamineWriterMetadata, GetIncludeFile, HRESULT, UINT, IVssWMFiledesc**);
-PIN_METHOD(IVssExamineWriterMetadata, GetExcludeFile, HRESULT, UINT, IVssWMFiledesc**);
 PIN_METHOD(IVssExamineWriterMetadata, GetComponent, HRESULT, UINT, IVssWMComponent**);
-PIN_METHOD(IVssExamineWriterMetadata, GetRestoreMethod, HRESULT, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*,
-           VSS_WRITERRESTORE_ENUM*, boolean*, UINT*);
-PIN_METHOD(IVssExamineWriterMetadata, GetAlternateLocationMapping, HRESULT, UINT, IVssWMFiledesc**);
-PIN_METHOD(IVssExamineWriterMetadata, GetBackupSchema, HRESULT, DWORD*);
-PIN_METHOD(IVssExamineWriterMetadata, GetDocument, HRESULT, IXMLDOMDocument**);
 PIN_METHOD(IVssExamineWriterMetadata, SaveAsXML, HRESULT, BSTR*);
-PIN_METHOD(IVssExamineWriterMetadata, LoadFromXML, HRESULT, BSTR);
 
-PIN_METHOD(IVssBackupComponents, GetWriterComponentsCount, HRESULT, UINT*);
-PIN_METHOD(IVssBackupComponents, GetWriterComponents, HRESULT, UINT, IVssWriterComponentsExt**);
 PIN_METHOD(IVssBackupComponents, InitializeForBackup, HRESULT, BSTR);
 PIN_METHOD(IVssBackupComponents, SetBackupState, HRESULT, boolean, boolean, VSS_BACKUP_TYPE, boolean);
-PIN_METHOD(IVssBackupComponents, InitializeForRestore, HRESULT, BSTR);
-PIN_METHOD(IVssBackupComponents, SetRestoreState, HRESULT, VSS_RESTORE_TYPE);
 PIN_METHOD(IVssBackupComponents, GatherWriterMetadata, HRESULT, IVssAsync**);
 PIN_METHOD(IVssBackupComponents, GetWriterMetadataCount, HRESULT, UINT*);
 PIN_METHOD(IVssBackupComponents, GetWriterMetadata, HRESULT, UINT, VSS_ID*, IVssExamineWriterMetadata**);
-PIN_METHOD(IVssBackupComponents, FreeWriterMetadata, HRESULT);
 PIN_METHOD(IVssBackupComponents, AddComponent, HRESULT, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR);
 PIN_METHOD(IVssBackupComponents, PrepareForBackup, HRESULT, IVssAsync**);
 PIN_METHOD(IVssBackupComponents, AbortBackup, HRESULT);
 PIN_METHOD(IVssBackupComponents, GatherWriterStatus, HRESULT, IVssAsync**);
 PIN_METHOD(IVssBackupComponents, GetWriterStatusCount, HRESULT, UINT*);
-PIN_METHOD(IVssBackupComponents, FreeWriterStatus, HRESULT);
 PIN_METHOD(IVssBackupComponents, GetWriterStatus, HRESULT, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*,
            HRESULT*);
 PIN_METHOD(IVssBackupComponents, SetBackupSucceeded, HRESULT, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
            LPCWSTR, boolean);
-PIN_METHOD(IVssBackupComponents, SetBackupOptions, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           LPCWSTR);
-PIN_METHOD(IVssBackupComponents, SetSelectedForRestore, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           boolean);
-PIN_METHOD(IVssBackupComponents, SetRestoreOptions, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           LPCWSTR);
-PIN_METHOD(IVssBackupComponents, SetAdditionalRestores, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           boolean);
-PIN_METHOD(IVssBackupComponents, SetPreviousBackupStamp, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
-           LPCWSTR, LPCWSTR);
 PIN_METHOD(IVssBackupComponents, SaveAsXML, HRESULT, BSTR*);
 PIN_METHOD(IVssBackupComponents, BackupComplete, HRESULT, IVssAsync**);
-PIN_METHOD(IVssBackupComponents, AddAlternativeLocationMapping, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
-           LPCWSTR, LPCWSTR, LPCWSTR, boolean, LPCWSTR);
-PIN_METHOD(IVssBackupComponents, AddRestoreSubcomponent, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
-           LPCWSTR, LPCWSTR, LPCWSTR, boolean);
-PIN_METHOD(IVssBackupComponents, SetFileRestoreStatus, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           VSS_FILE_RESTORE_STATUS);
-PIN_METHOD(IVssBackupComponents, AddNewTarget, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
-           LPCWSTR, boolean, LPCWSTR);
-PIN_METHOD(IVssBackupComponents, SetRangesFilePath, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           UINT, LPCWSTR);
-PIN_METHOD(IVssBackupComponents, PreRestore, HRESULT, IVssAsync**);
-PIN_METHOD(IVssBackupComponents, PostRestore, HRESULT, IVssAsync**);
 PIN_METHOD(IVssBackupComponents, SetContext, HRESULT, LONG);
 PIN_METHOD(IVssBackupComponents, StartSnapshotSet, HRESULT, VSS_ID*);
 PIN_METHOD(IVssBackupComponents, AddToSnapshotSet, HRESULT, VSS_PWSZ, VSS_ID, VSS_ID*);
 PIN_METHOD(IVssBackupComponents, DoSnapshotSet, HRESULT, IVssAsync**);
-PIN_METHOD(IVssBackupComponents, DeleteSnapshots, HRESULT, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*);
 PIN_METHOD(IVssBackupComponents, ImportSnapshots, HRESULT, IVssAsync**);
-PIN_METHOD(IVssBackupComponents, BreakSnapshotSet, HRESULT, VSS_ID);
 PIN_METHOD(IVssBackupComponents, GetSnapshotProperties, HRESULT, VSS_ID, VSS_SNAPSHOT_PROP*);
-PIN_METHOD(IVssBackupComponents, Query, HRESULT, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**);
 PIN_METHOD(IVssBackupComponents, IsVolumeSupported, HRESULT, VSS_ID, VSS_PWSZ, BOOL*);
-PIN_METHOD(IVssBackupComponents, DisableWriterClasses, HRESULT, const VSS_ID*, UINT);
 PIN_METHOD(IVssBackupComponents, EnableWriterClasses, HRESULT, const VSS_ID*, UINT);
-PIN_METHOD(IVssBackupComponents, DisableWriterInstances, HRESULT, const VSS_ID*, UINT);
-PIN_METHOD(IVssBackupComponents, ExposeSnapshot, HRESULT, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*);
-PIN_METHOD(IVssBackupComponents, RevertToSnapshot, HRESULT, VSS_ID, BOOL);
-PIN_METHOD(IVssBackupComponents, QueryRevertStatus, HRESULT, VSS_PWSZ, IVssAsync**);
 
-PIN_METHOD(IVssBackupComponentsEx, GetWriterMetadataEx, HRESULT, UINT, VSS_ID*,
-           IVssExamineWriterMetadataEx**);
-PIN_METHOD(IVssBackupComponentsEx, SetSelectedForRestoreEx, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
-           LPCWSTR, boolean, VSS_ID);
-PIN_METHOD(IVssBackupComponentsEx2, UnexposeSnapshot, HRESULT, VSS_ID);
-PIN_METHOD(IVssBackupComponentsEx2, SetAuthoritativeRestore, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR,
-           LPCWSTR, boolean);
-PIN_METHOD(IVssBackupComponentsEx2, SetRollForward, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           VSS_ROLLFORWARD_TYPE, LPCWSTR);
-PIN_METHOD(IVssBackupComponentsEx2, SetRestoreName, HRESULT, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-           LPCWSTR);
-PIN_METHOD(IVssBackupComponentsEx2, BreakSnapshotSetEx, HRESULT, VSS_ID, DWORD, IVssAsync**);
-PIN_METHOD(IVssBackupComponentsEx2, PreFastRecovery, HRESULT, VSS_ID, DWORD, IVssAsync**);
-PIN_METHOD(IVssBackupComponentsEx2, FastRecovery, HRESULT, VSS_ID, DWORD, IVssAsync**);
-PIN_METHOD(IVssBackupComponentsEx3, GetWriterStatusEx, HRESULT, UINT, VSS_ID*, VSS_ID*, BSTR*,
-           VSS_WRITER_STATE*, HRESULT*, HRESULT*, BSTR*);
-PIN_METHOD(IVssBackupComponentsEx3, AddSnapshotToRecoverySet, HRESULT, VSS_ID, DWORD, VSS_PWSZ);
-PIN_METHOD(IVssBackupComponentsEx3, RecoverSet, HRESULT, DWORD, IVssAsync**);
-PIN_METHOD(IVssBackupComponentsEx3, GetSessionId, HRESULT, VSS_ID*);
 PIN_METHOD(IVssBackupComponentsEx4, GetRootAndLogicalPrefixPaths, HRESULT, VSS_PWSZ, VSS_PWSZ*, VSS_PWSZ*,
            BOOL);
 
-static_assert(std::is_base_of_v<IVssBackupComponentsEx3, IVssBackupComponentsEx4>);
-static_assert(std::is_base_of_v<IVssBackupComponentsEx2, IVssBackupComponentsEx3>);
-static_assert(std::is_base_of_v<IVssBackupComponentsEx, IVssBackupComponentsEx2>);
-static_assert(std::is_base_of_v<IVssBackupComponents, IVssBackupComponentsEx>);
+static_assert(std::is_base_of_v<IVssBackupComponents, IVssBackupComponentsEx4>);
 static_assert(sizeof(VSS_ID) == 16);
 static_assert(VSS_S_ASYNC_PENDING == 0x00042309 && VSS_S_ASYNC_FINISHED == 0x0004230A &&
               VSS_S_ASYNC_CANCELLED == 0x0004230B);
