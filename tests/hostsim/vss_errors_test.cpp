@@ -115,7 +115,7 @@ TEST(VssErrors, StepsThatCannotBeRepeated) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedIsNotImplemented) {
+TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndAnotherInterfaceIsRefused) {
     scratch_host_t host;
     for (const wchar_t* text :
          {L"<not xml", L"<Writer/>", L"<BackupComponents><SnapshotSet id=\"nope\"/></BackupComponents>"}) {
