@@ -42,7 +42,6 @@ public:
         reset();
         return &value_;
     }
-    void swap(unique_any_t& other) noexcept { std::swap(value_, other.value_); }
 
 private:
     pointer value_;

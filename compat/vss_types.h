@@ -14,8 +14,6 @@
 typedef WCHAR* VSS_PWSZ;
 typedef GUID VSS_ID;
 
-enum VSS_OBJECT_TYPE {};
-
 enum VSS_SNAPSHOT_STATE { VSS_SS_CREATED = 12 };
 
 enum VSS_VOLUME_SNAPSHOT_ATTRIBUTES {
@@ -64,21 +62,11 @@ enum VSS_WRITER_STATE {
 
 enum VSS_BACKUP_TYPE { VSS_BT_UNDEFINED = 0, VSS_BT_FULL = 1, VSS_BT_OTHER = 6 };
 
-enum VSS_RESTORE_TYPE {};
-
-enum VSS_ROLLFORWARD_TYPE { VSS_RF_UNDEFINED = 0, VSS_RF_NONE = 1, VSS_RF_ALL = 2, VSS_RF_PARTIAL = 3 };
-
 enum VSS_USAGE_TYPE { VSS_UT_UNDEFINED = 0, VSS_UT_USERDATA = 3, VSS_UT_OTHER = 4 };
 
 enum VSS_SOURCE_TYPE { VSS_ST_UNDEFINED = 0, VSS_ST_OTHER = 3 };
 
-enum VSS_RESTOREMETHOD_ENUM {};
-
-enum VSS_WRITERRESTORE_ENUM {};
-
 enum VSS_COMPONENT_TYPE { VSS_CT_UNDEFINED = 0, VSS_CT_DATABASE = 1, VSS_CT_FILEGROUP = 2 };
-
-enum VSS_FILE_RESTORE_STATUS { VSS_RS_UNDEFINED = 0, VSS_RS_NONE = 1, VSS_RS_ALL = 2, VSS_RS_FAILED = 3 };
 
 struct VSS_SNAPSHOT_PROP {
     VSS_ID m_SnapshotId;
@@ -88,8 +76,6 @@ struct VSS_SNAPSHOT_PROP {
     VSS_PWSZ m_pwszOriginalVolumeName;
     VSS_PWSZ m_pwszOriginatingMachine;
     VSS_PWSZ m_pwszServiceMachine;
-    VSS_PWSZ m_pwszExposedName;
-    VSS_PWSZ m_pwszExposedPath;
     VSS_ID m_ProviderId;
     LONG m_lSnapshotAttributes;
     LONGLONG m_tsCreationTimestamp;
@@ -101,17 +87,7 @@ struct VSS_COMPONENTINFO {
     BSTR bstrLogicalPath;
     BSTR bstrComponentName;
     BSTR bstrCaption;
-    BYTE* pbIcon;
-    UINT cbIcon;
-    boolean bRestoreMetadata;
-    boolean bNotifyOnBackupComplete;
-    boolean bSelectable;
-    boolean bSelectableForRestore;
-    DWORD dwComponentFlags;
     UINT cFileCount;
-    UINT cDatabases;
-    UINT cLogFiles;
-    UINT cDependencies;
 };
 typedef const VSS_COMPONENTINFO* PVSSCOMPONENTINFO;
 

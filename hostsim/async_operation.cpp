@@ -1,7 +1,5 @@
 #include "hostsim/async_operation.h"
 
-#include <thread>
-
 namespace hostsim {
 
 async_operation_t::async_operation_t(std::shared_ptr<host_t> host, async_plan_t plan)
@@ -28,23 +26,6 @@ HRESULT async_operation_t::QueryStatus(HRESULT* pHrResult, INT*) {
     std::lock_guard guard(mutex_);
     end_if_due();
     *pHrResult = status_;
-    return S_OK;
-}
-
-HRESULT async_operation_t::Wait(DWORD dwMilliseconds) {
-    if (HRESULT hr = host_->refuse("Wait", {plan_.op}))
-        return hr;
-    std::unique_lock guard(mutex_);
-    if (!ended_) {
-        auto limit = dwMilliseconds == INFINITE
-                         ? due_
-                         : std::min(due_, std::chrono::steady_clock::now() +
-                                              std::chrono::milliseconds(dwMilliseconds));
-        guard.unlock();
-        std::this_thread::sleep_until(limit);
-        guard.lock();
-        end_if_due();
-    }
     return S_OK;
 }
 

@@ -1,5 +1,5 @@
-// IVssAsync of the simulator. An operation finishes at its first QueryStatus (or Wait),
-// unless a fault keeps it pending for a while; Cancel ends it at once, and of one that has
+// IVssAsync of the simulator. An operation finishes at its first QueryStatus, unless
+// a fault keeps it pending for a while; Cancel ends it at once, and of one that has
 // ended already it answers how it ended.
 #pragma once
 
@@ -32,7 +32,6 @@ public:
     async_operation_t(std::shared_ptr<host_t> host, async_plan_t plan);
 
     HRESULT STDMETHODCALLTYPE Cancel() override;
-    HRESULT STDMETHODCALLTYPE Wait(DWORD dwMilliseconds) override;
     HRESULT STDMETHODCALLTYPE QueryStatus(HRESULT* pHrResult, INT* pReserved) override;
 
 private:

@@ -116,9 +116,7 @@ HRESULT backup_components_t::finish_backup(HRESULT planned) {
 }
 
 bool backup_components_t::answers_to(REFIID riid) const {
-    return riid == IID_IVssBackupComponents || riid == IID_IVssBackupComponentsEx ||
-           riid == IID_IVssBackupComponentsEx2 || riid == IID_IVssBackupComponentsEx3 ||
-           riid == IID_IVssBackupComponentsEx4;
+    return riid == IID_IVssBackupComponents || riid == IID_IVssBackupComponentsEx4;
 }
 
 std::vector<const writer_t*> backup_components_t::writers_in_play() const {
@@ -238,10 +236,6 @@ HRESULT backup_components_t::GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance
     return S_OK;
 }
 
-HRESULT backup_components_t::FreeWriterMetadata() {
-    return host_->enter("FreeWriterMetadata").refusal;
-}
-
 HRESULT backup_components_t::AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
                                           LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) {
     const std::wstring name = text_or_empty(wszComponentName);
@@ -319,14 +313,6 @@ HRESULT backup_components_t::GetWriterStatusCount(UINT* pcWriters) {
     if (!statuses_ready_)
         return VSS_E_BAD_STATE;
     *pcWriters = static_cast<UINT>(statuses_.size());
-    return S_OK;
-}
-
-HRESULT backup_components_t::FreeWriterStatus() {
-    if (HRESULT hr = host_->refuse("FreeWriterStatus"))
-        return hr;
-    std::lock_guard guard(mutex_);
-    statuses_ready_ = false;
     return S_OK;
 }
 

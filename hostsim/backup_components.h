@@ -1,4 +1,4 @@
-// IVssBackupComponents (up to Ex4) of the simulator: the requester's side of a backup on
+// IVssBackupComponents and IVssBackupComponentsEx4 of the simulator: the requester's side of a backup on
 // the host, with the order rules and errors of VSS. Snapshot-set handling is in
 // backup_snapshot_set.cpp.
 #pragma once
@@ -32,13 +32,11 @@ public:
     HRESULT STDMETHODCALLTYPE GetWriterMetadataCount(UINT* pcWriters) override;
     HRESULT STDMETHODCALLTYPE GetWriterMetadata(UINT iWriter, VSS_ID* pidInstance,
                                                 IVssExamineWriterMetadata** ppMetadata) override;
-    HRESULT STDMETHODCALLTYPE FreeWriterMetadata() override;
     HRESULT STDMETHODCALLTYPE AddComponent(VSS_ID instanceId, VSS_ID writerId, VSS_COMPONENT_TYPE ct,
                                            LPCWSTR wszLogicalPath, LPCWSTR wszComponentName) override;
     HRESULT STDMETHODCALLTYPE PrepareForBackup(IVssAsync** ppAsync) override;
     HRESULT STDMETHODCALLTYPE GatherWriterStatus(IVssAsync** pAsync) override;
     HRESULT STDMETHODCALLTYPE GetWriterStatusCount(UINT* pcWriters) override;
-    HRESULT STDMETHODCALLTYPE FreeWriterStatus() override;
     HRESULT STDMETHODCALLTYPE GetWriterStatus(UINT iWriter, VSS_ID* pidInstance, VSS_ID* pidWriter,
                                               BSTR* pbstrWriter, VSS_WRITER_STATE* pnStatus,
                                               HRESULT* phResultFailure) override;
@@ -61,52 +59,6 @@ public:
     HRESULT STDMETHODCALLTYPE GetRootAndLogicalPrefixPaths(VSS_PWSZ pwszFilePath, VSS_PWSZ* ppwszRootPath,
                                                            VSS_PWSZ* ppwszLogicalPrefix,
                                                            BOOL bNormalizeFQDNforRootPath) override;
-
-    // Operations of the tables that the tool never calls.
-    HOSTSIM_NOT_SIMULATED(GetWriterComponentsCount, UINT*)
-    HOSTSIM_NOT_SIMULATED(GetWriterComponents, UINT, IVssWriterComponentsExt**)
-    HOSTSIM_NOT_SIMULATED(InitializeForRestore, BSTR)
-    HOSTSIM_NOT_SIMULATED(SetRestoreState, VSS_RESTORE_TYPE)
-    HOSTSIM_NOT_SIMULATED(SetBackupOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(SetSelectedForRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-    HOSTSIM_NOT_SIMULATED(SetRestoreOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(SetAdditionalRestores, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-    HOSTSIM_NOT_SIMULATED(SetPreviousBackupStamp, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(AddAlternativeLocationMapping, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                          LPCWSTR, LPCWSTR, boolean, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(AddRestoreSubcomponent, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR,
-                          LPCWSTR, boolean)
-    HOSTSIM_NOT_SIMULATED(SetFileRestoreStatus, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-                          VSS_FILE_RESTORE_STATUS)
-    HOSTSIM_NOT_SIMULATED(AddNewTarget, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
-                          boolean, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(SetRangesFilePath, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(PreRestore, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(PostRestore, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(DeleteSnapshots, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*)
-    HOSTSIM_NOT_SIMULATED(BreakSnapshotSet, VSS_ID)
-    HOSTSIM_NOT_SIMULATED(Query, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**)
-    HOSTSIM_NOT_SIMULATED(DisableWriterClasses, const VSS_ID*, UINT)
-    HOSTSIM_NOT_SIMULATED(DisableWriterInstances, const VSS_ID*, UINT)
-    HOSTSIM_NOT_SIMULATED(ExposeSnapshot, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*)
-    HOSTSIM_NOT_SIMULATED(RevertToSnapshot, VSS_ID, BOOL)
-    HOSTSIM_NOT_SIMULATED(QueryRevertStatus, VSS_PWSZ, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(GetWriterMetadataEx, UINT, VSS_ID*, IVssExamineWriterMetadataEx**)
-    HOSTSIM_NOT_SIMULATED(SetSelectedForRestoreEx, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
-                          VSS_ID)
-    HOSTSIM_NOT_SIMULATED(UnexposeSnapshot, VSS_ID)
-    HOSTSIM_NOT_SIMULATED(SetAuthoritativeRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean)
-    HOSTSIM_NOT_SIMULATED(SetRollForward, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, VSS_ROLLFORWARD_TYPE,
-                          LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(SetRestoreName, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR)
-    HOSTSIM_NOT_SIMULATED(BreakSnapshotSetEx, VSS_ID, DWORD, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(PreFastRecovery, VSS_ID, DWORD, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(FastRecovery, VSS_ID, DWORD, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(GetWriterStatusEx, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
-                          HRESULT*, BSTR*)
-    HOSTSIM_NOT_SIMULATED(AddSnapshotToRecoverySet, VSS_ID, DWORD, VSS_PWSZ)
-    HOSTSIM_NOT_SIMULATED(RecoverSet, DWORD, IVssAsync**)
-    HOSTSIM_NOT_SIMULATED(GetSessionId, VSS_ID*)
 
 private:
     enum class origin { none, fresh, document };

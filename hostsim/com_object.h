@@ -6,12 +6,6 @@
 
 #include <atomic>
 
-// A method of an interface's table that the tool never calls.
-#define HOSTSIM_NOT_SIMULATED(method, ...)                                                                   \
-    HRESULT STDMETHODCALLTYPE method(__VA_ARGS__) override {                                                 \
-        return E_NOTIMPL;                                                                                    \
-    }
-
 namespace hostsim {
 
 template <class Interface> class com_object_t : public Interface {

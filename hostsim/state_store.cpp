@@ -54,9 +54,8 @@ process_identity_t parse_identity(const std::wstring& text) {
 }
 
 std::wstring clean_field(std::wstring text) {
-    for (auto& c : text)
-        if (c == L'\t' || c == L'\n' || c == L'\r')
-            c = L' ';
+    std::replace_if(
+        text.begin(), text.end(), [](wchar_t c) { return c == L'\t' || c == L'\n' || c == L'\r'; }, L' ');
     return text;
 }
 
@@ -284,21 +283,17 @@ void state_store_t::record_backup(const GUID& set_id,
 void state_store_t::remove_abandoned_shadows() const {
     auto guard = lock();
     auto records = shadows();
-    std::vector<shadow_record_t> kept;
-    for (auto& s : records) {
-        bool abandoned = s.owner.pid != 0 && !is_alive(s.owner);
-        if (!abandoned) {
-            kept.push_back(s);
-            continue;
-        }
-        remove_shadow_data(s.number);
-        journal("RemoveAbandonedShadowCopy",
-                {std::to_wstring(s.number), guid_text(s.snapshot_id), s.volume_name,
-                 L"owner " + std::to_wstring(s.owner.pid) + L" is gone"});
-    }
-    if (kept.size() != records.size())
-        save_shadows(kept);
-    remove_leftovers(kept);
+    if (std::erase_if(records, [&](const shadow_record_t& s) {
+            if (s.owner.pid == 0 || is_alive(s.owner))
+                return false;
+            remove_shadow_data(s.number);
+            journal("RemoveAbandonedShadowCopy",
+                    {std::to_wstring(s.number), guid_text(s.snapshot_id), s.volume_name,
+                     L"owner " + std::to_wstring(s.owner.pid) + L" is gone"});
+            return true;
+        }))
+        save_shadows(records);
+    remove_leftovers(records);
     live_creations();
 }
 

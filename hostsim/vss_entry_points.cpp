@@ -15,8 +15,7 @@ void VssFreeSnapshotPropertiesInternal(VSS_SNAPSHOT_PROP* pProp) {
     if (!pProp)
         return;
     for (VSS_PWSZ* text : {&pProp->m_pwszSnapshotDeviceObject, &pProp->m_pwszOriginalVolumeName,
-                           &pProp->m_pwszOriginatingMachine, &pProp->m_pwszServiceMachine,
-                           &pProp->m_pwszExposedName, &pProp->m_pwszExposedPath}) {
+                           &pProp->m_pwszOriginatingMachine, &pProp->m_pwszServiceMachine}) {
         CoTaskMemFree(*text);
         *text = nullptr;
     }

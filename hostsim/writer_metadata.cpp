@@ -31,9 +31,6 @@ public:
         return S_OK;
     }
 
-    HOSTSIM_NOT_SIMULATED(GetAlternateLocation, BSTR*)
-    HOSTSIM_NOT_SIMULATED(GetBackupTypeMask, DWORD*)
-
 private:
     HRESULT give_text(const char* op, const std::wstring& text, BSTR* out) {
         if (HRESULT hr = host_->refuse(op, {file_.path, file_.spec}, out))
@@ -59,9 +56,6 @@ public:
         info->bstrLogicalPath = component_.logical_path ? new_bstr(*component_.logical_path) : nullptr;
         info->bstrComponentName = new_bstr(component_.name);
         info->bstrCaption = component_.caption.empty() ? nullptr : new_bstr(component_.caption);
-        info->bSelectable = true;
-        info->bSelectableForRestore = true;
-        info->bNotifyOnBackupComplete = true;
         info->cFileCount = static_cast<UINT>(component_.files.size());
         *ppInfo = info;
         return S_OK;
@@ -86,10 +80,6 @@ public:
         *ppFiledesc = new file_description_t(host_, component_.files[iFile]);
         return S_OK;
     }
-
-    HOSTSIM_NOT_SIMULATED(GetDatabaseFile, UINT, IVssWMFiledesc**)
-    HOSTSIM_NOT_SIMULATED(GetDatabaseLogFile, UINT, IVssWMFiledesc**)
-    HOSTSIM_NOT_SIMULATED(GetDependency, UINT, IVssWMDependency**)
 
 private:
     std::shared_ptr<host_t> host_;
@@ -168,15 +158,6 @@ public:
         *pbstrXML = new_bstr(from_utf8(writer_document(writer_)));
         return S_OK;
     }
-
-    HOSTSIM_NOT_SIMULATED(GetIncludeFile, UINT, IVssWMFiledesc**)
-    HOSTSIM_NOT_SIMULATED(GetExcludeFile, UINT, IVssWMFiledesc**)
-    HOSTSIM_NOT_SIMULATED(GetRestoreMethod, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*, VSS_WRITERRESTORE_ENUM*,
-                          boolean*, UINT*)
-    HOSTSIM_NOT_SIMULATED(GetAlternateLocationMapping, UINT, IVssWMFiledesc**)
-    HOSTSIM_NOT_SIMULATED(GetBackupSchema, DWORD*)
-    HOSTSIM_NOT_SIMULATED(GetDocument, IXMLDOMDocument**)
-    HOSTSIM_NOT_SIMULATED(LoadFromXML, BSTR)
 
 private:
     bool answers_to(REFIID riid) const override { return riid == IID_IVssExamineWriterMetadata; }

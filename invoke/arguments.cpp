@@ -28,12 +28,10 @@ std::wstring widen_name(const std::string& name) {
 }
 
 dom_element_t find_argument(const dom_document_t& document, const std::string& name) {
-    try {
+    return exc::traced("Failed to find argument node '%1'.", name, [&] {
         const dom_element_t root = dom_required_child(document, names().input_root);
         return dom_optional_child(root, widen_name(name));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to find argument node '%1'.", name, e);
-    }
+    });
 }
 
 dom_element_t defined_argument(const dom_document_t& document, const std::string& name) {
@@ -54,11 +52,8 @@ InputArguments_t::InputArguments_t(const std::wstring& xml) : document_(dom_load
 InputArguments_t::InputArguments_t(dom_document_t document) : document_(std::move(document)) {}
 
 std::wstring InputArguments_t::ReadText(const std::string& name) const {
-    try {
-        return read_argument_value(document_, name);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to retrieve value of the unicode attribute '%1'.", name, e);
-    }
+    return exc::traced("Failed to retrieve value of the unicode attribute '%1'.", name,
+                       [&] { return read_argument_value(document_, name); });
 }
 
 namespace {
@@ -66,11 +61,8 @@ namespace {
 // The value is lent to `use` rather than copied: an encoded argument carries a whole document.
 void lend_multibyte(const dom_document_t& document, const std::string& name,
                     const std::function<void(std::string_view)>& use) {
-    try {
-        dom_read_attribute_utf8(defined_argument(document, name), names().value, use);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to retrieve value of the multibyte attribute '%1'.", name, e);
-    }
+    exc::traced("Failed to retrieve value of the multibyte attribute '%1'.", name,
+                [&] { dom_read_attribute_utf8(defined_argument(document, name), names().value, use); });
 }
 
 } // namespace
@@ -82,19 +74,13 @@ std::string InputArguments_t::ReadMultibyte(const std::string& name) const {
 }
 
 GUID InputArguments_t::ReadGuid(const std::string& name) const {
-    try {
-        return string_to_guid(read_argument_value(document_, name));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to retrieve value of the GUID attribute '%1'.", name, e);
-    }
+    return exc::traced("Failed to retrieve value of the GUID attribute '%1'.", name,
+                       [&] { return string_to_guid(read_argument_value(document_, name)); });
 }
 
 bool InputArguments_t::ReadBool(const std::string& name) const {
-    try {
-        return string_to_bool(to_utf8(read_argument_value(document_, name)));
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to retrieve value of the boolean attribute '%1'.", name, e);
-    }
+    return exc::traced("Failed to retrieve value of the boolean attribute '%1'.", name,
+                       [&] { return string_to_bool(to_utf8(read_argument_value(document_, name))); });
 }
 
 namespace {

@@ -72,8 +72,7 @@ client_wait_t wait_for_client(pipe_channel_t& channel,
         return client_wait_t::connected;
     if (error != ERROR_IO_PENDING)
         throw exc::win_sys_exc_t("Failed to connect named pipe.", error);
-    const DWORD woken =
-        win::wait_for_objects(handles.data(), static_cast<DWORD>(handles.size()), false, timeout_ms);
+    const DWORD woken = win::wait_for_objects(handles.data(), static_cast<DWORD>(handles.size()), timeout_ms);
     if (woken != win::wait_object_0) {
         abandon_pending_connect(channel.handle(), overlapped);
         return client_wait_t::timed_out;

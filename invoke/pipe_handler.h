@@ -35,8 +35,6 @@ public:
     // One whole message. False: the client has gone.
     bool WriteMessage(const byte_buffer_t& data);
 
-    const std::wstring& PipePath() const noexcept { return pipePath; }
-
 private:
     pipe_channel_t& Pipe() const;
 

@@ -52,12 +52,9 @@ GUID ProviderOf(const CVolVssProviderInfo& provider, const std::string& mountPoi
 
 GUID ChooseProvider(const CHvBackupSpec& specification, const std::wstring& mountPoint) {
     const std::string mountPointText = to_ansi_nothrow(mountPoint);
-    try {
-        return ProviderOf(*specification.FindVolumeProvider(mountPoint), mountPointText);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("VSS provider for volume [%1] is not specified in the snapshot request.",
-                                mountPointText, e);
-    }
+    return exc::traced(
+        "VSS provider for volume [%1] is not specified in the snapshot request.", mountPointText,
+        [&] { return ProviderOf(*specification.FindVolumeProvider(mountPoint), mountPointText); });
 }
 
 } // namespace impl

@@ -105,7 +105,7 @@ void LogVmFiles(const CBackupVmInfo& vm) {
 
 void CollectFilesOfVm(CBackupVmInfo& vm) {
     const std::string name = to_ansi_nothrow(vm.componentName);
-    try {
+    exc::traced("Failed to get a list of VM files to backup. VM: %1.", name, [&] {
         log_scope_t scope(logging::tool_logger(),
                           "Getting list of VM files to backup (%1), file specs number %2.", name,
                           num_to_string(static_cast<std::uint64_t>(vm.fileSpecCount)));
@@ -117,9 +117,7 @@ void CollectFilesOfVm(CBackupVmInfo& vm) {
         vm.files.shrink_to_fit();
         scope.ok();
         LogVmFiles(vm);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_trace("Failed to get a list of VM files to backup. VM: %1.", name, e);
-    }
+    });
 }
 
 // Crash-consistent VMs are no different here: their files are copied all the same.

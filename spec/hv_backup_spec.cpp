@@ -8,6 +8,7 @@
 #include "common/win/path.h"
 #include "common/xml/xml_node.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -139,14 +140,8 @@ bool parse_use_csv_writer(const xml_node_t& root) {
 namespace spec {
 
 bool SamePath(const std::wstring& a, const std::wstring& b) {
-    const std::vector<std::wstring> left = win::path_components(a);
-    const std::vector<std::wstring> right = win::path_components(b);
-    if (left.size() != right.size())
-        return false;
-    for (std::size_t i = 0; i < left.size(); ++i)
-        if (!iequals(left[i], right[i]))
-            return false;
-    return true;
+    return std::ranges::equal(win::path_components(a), win::path_components(b),
+                              [](const std::wstring& x, const std::wstring& y) { return iequals(x, y); });
 }
 
 } // namespace spec

@@ -16,6 +16,12 @@ namespace {
 
 const char* const notInitializedText = "Snapshot is not initialized.";
 
+template <class Task> Task& Required(const std::shared_ptr<Task>& task) {
+    if (!task)
+        throw exc::runtime_exc_t(notInitializedText);
+    return *task;
+}
+
 const std::string& FailureText(const std::string& text) {
     return text;
 }
@@ -65,18 +71,6 @@ CSnapshotTaskHolder::~CSnapshotTaskHolder() {
     snapshotTask.reset();
 }
 
-impl::ISnapshotTask& CSnapshotTaskHolder::RequireSnapshotTask() const {
-    if (!snapshotTask)
-        throw exc::runtime_exc_t(notInitializedText);
-    return *snapshotTask;
-}
-
-hv::IImportTask& CSnapshotTaskHolder::RequireImportTask() const {
-    if (!importTask)
-        throw exc::runtime_exc_t(notInitializedText);
-    return *importTask;
-}
-
 GUID CSnapshotTaskHolder::BeginSnapshotCreation(const std::wstring& specText, const std::wstring& jobName,
                                                 const std::wstring& backupConsole) {
     const std::string job = to_ansi_nothrow(jobName);
@@ -116,7 +110,7 @@ GUID CSnapshotTaskHolder::BeginSnapshotImport(const std::shared_ptr<hv::CImportS
 
 std::shared_ptr<COperationInfo> CSnapshotTaskHolder::GetAsyncOpStatus() {
     return RunInLogBlock("Getting operation info.", "Failed to get operation info.", [&](log_scope_t& block) {
-        auto info = snapshotTask ? snapshotTask->GetOperationInfo() : RequireImportTask().GetOperationInfo();
+        auto info = snapshotTask ? snapshotTask->GetOperationInfo() : Required(importTask).GetOperationInfo();
         block.ok();
         return info;
     });
@@ -124,7 +118,7 @@ std::shared_ptr<COperationInfo> CSnapshotTaskHolder::GetAsyncOpStatus() {
 
 std::shared_ptr<impl::CSnapshotInfo> CSnapshotTaskHolder::GetSnapshotInfo() {
     return RunInLogBlock("Getting snapshot info.", "Failed to get snapshot info.", [&](log_scope_t& block) {
-        auto info = RequireSnapshotTask().GetCreatedInfo();
+        auto info = Required(snapshotTask).GetCreatedInfo();
         block.ok();
         return info;
     });
@@ -133,7 +127,7 @@ std::shared_ptr<impl::CSnapshotInfo> CSnapshotTaskHolder::GetSnapshotInfo() {
 std::string CSnapshotTaskHolder::GetVMFilesList(const GUID& vmId) {
     return RunInLogBlock(format_message("Getting file list of vm '%1'.", guid_to_string(vmId)),
                          "Failed to get file list of vm.", [&](log_scope_t& block) {
-                             auto files = RequireSnapshotTask().GetVmFiles(vmId);
+                             auto files = Required(snapshotTask).GetVmFiles(vmId);
                              block.ok();
                              return files;
                          });
@@ -144,7 +138,7 @@ void CSnapshotTaskHolder::SetVmBackupStatus(const GUID& vmId, bool status) {
                                  status ? "OK" : "Failed"),
                   format_message("Failed to complete VM backup. VmID: '%1'.", guid_to_string(vmId)),
                   [&](log_scope_t& block) {
-                      RequireSnapshotTask().SetVmCompletion(vmId, status);
+                      Required(snapshotTask).SetVmCompletion(vmId, status);
                       block.ok();
                   });
 }
@@ -159,7 +153,7 @@ std::string CSnapshotTaskHolder::ConvertOffhostPaths(const std::string& itemsXml
                 to_ansi_nothrow(from_utf8(itemsXml)));
         },
         [&](log_scope_t& block) {
-            auto converted = RequireImportTask().ConvertOffhostPaths(itemsXml);
+            auto converted = Required(importTask).ConvertOffhostPaths(itemsXml);
             block.finish("Paths were successfully converted.");
             return converted;
         });
@@ -169,20 +163,18 @@ std::shared_ptr<wrap::locks::CLockerJobInfo> CSnapshotTaskHolder::GetLockerJobIn
     // The block is left open on purpose: the server's log readers expect this
     // command to be marked " Failed." even when it answers.
     return RunInLogBlock("Getting lock job info.", "Failed to get operation info.", [&](log_scope_t&) {
-        return snapshotTask ? snapshotTask->GetJobInfo() : RequireImportTask().GetJobInfo();
+        return snapshotTask ? snapshotTask->GetJobInfo() : Required(importTask).GetJobInfo();
     });
 }
 
 bool CSnapshotTaskHolder::ReleaseOneTask() {
-    if (snapshotTask) {
+    if (snapshotTask)
         snapshotTask.reset();
-        return true;
-    }
-    if (importTask) {
+    else if (importTask)
         importTask.reset();
-        return true;
-    }
-    return false;
+    else
+        return false;
+    return true;
 }
 
 void CSnapshotTaskHolder::CloseSnapshot() {

@@ -45,8 +45,6 @@ public:
     bool ClearResources();
 
 private:
-    impl::ISnapshotTask& RequireSnapshotTask() const;
-    hv::IImportTask& RequireImportTask() const;
     // Releases one task, the snapshot task first; false when both slots were empty.
     bool ReleaseOneTask();
 

@@ -34,7 +34,6 @@ public:
     void merge_attributes(const exc_base_t& other);
 
     const std::vector<message_entry_t>& messages() const { return messages_; }
-    const std::string& full_text() const { return full_text_; }
     const std::string& plain_text() const { return plain_text_; }
 
 protected:
@@ -123,6 +122,14 @@ template <class Work> decltype(auto) traced(const char* text, Work&& work) {
         return work();
     } catch (const std::exception& e) {
         rethrow_with_trace(text, e);
+    }
+}
+// The same with a line of one argument, made before the work.
+template <class Work> decltype(auto) traced(const char* fmt, const std::string& a1, Work&& work) {
+    try {
+        return work();
+    } catch (const std::exception& e) {
+        rethrow_with_trace(fmt, a1, e);
     }
 }
 

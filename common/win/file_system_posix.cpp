@@ -44,12 +44,6 @@ bool has_wildcards(const std::wstring& mask) {
     return mask.find_first_of(L"*?") != std::wstring::npos;
 }
 
-std::optional<DWORD> injected_fault(const char* call, const std::wstring& argument) {
-    if (auto fault = hostsim::win32_call(call, argument))
-        return *fault;
-    return std::nullopt;
-}
-
 } // namespace
 
 struct os_search_t::state_t {
@@ -107,7 +101,7 @@ os_search_t::~os_search_t() = default;
 DWORD os_search_t::first(const std::wstring& pattern, find_data_t& entry) {
     close();
     state_->pattern = pattern;
-    if (auto fault = injected_fault("FindFirstFileW", pattern))
+    if (auto fault = hostsim::win32_call("FindFirstFileW", pattern))
         return *fault;
     const std::size_t cut = pattern.find_last_of(L"\\/");
     if (cut == std::wstring::npos)
@@ -159,7 +153,7 @@ DWORD os_search_t::first(const std::wstring& pattern, find_data_t& entry) {
 }
 
 DWORD os_search_t::next(find_data_t& entry) {
-    if (auto fault = injected_fault("FindNextFileW", state_->pattern))
+    if (auto fault = hostsim::win32_call("FindNextFileW", state_->pattern))
         return *fault;
     return state_->next(entry);
 }
@@ -172,7 +166,7 @@ void os_search_t::close() noexcept {
 }
 
 bool os_path_file_exists(const std::wstring& path) {
-    if (injected_fault("PathFileExistsW", path))
+    if (hostsim::win32_call("PathFileExistsW", path))
         return false;
     const auto local = local_path(path);
     struct stat st {};
@@ -180,7 +174,7 @@ bool os_path_file_exists(const std::wstring& path) {
 }
 
 DWORD os_create_directory(const std::wstring& path) {
-    if (auto fault = injected_fault("CreateDirectoryW", path))
+    if (auto fault = hostsim::win32_call("CreateDirectoryW", path))
         return *fault;
     const auto local = local_path(path);
     if (!local)

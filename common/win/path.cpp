@@ -80,15 +80,6 @@ void append_part(std::wstring& joined, bool& any_taken, const std::wstring& part
 
 // Sized once: a path joined per file of a large host would otherwise keep up to
 // twice its length in spare capacity for as long as it lives.
-std::wstring path_join(const std::wstring& a, const std::wstring& b) {
-    std::wstring joined;
-    joined.reserve(a.size() + b.size() + 1);
-    bool any = false;
-    append_part(joined, any, a);
-    append_part(joined, any, b);
-    return joined;
-}
-
 std::wstring path_join(const std::wstring& a, const std::wstring& b, const std::wstring& c) {
     std::wstring joined;
     joined.reserve(a.size() + b.size() + c.size() + 2);
@@ -97,6 +88,10 @@ std::wstring path_join(const std::wstring& a, const std::wstring& b, const std::
     append_part(joined, any, b);
     append_part(joined, any, c);
     return joined;
+}
+
+std::wstring path_join(const std::wstring& a, const std::wstring& b) {
+    return path_join(a, b, std::wstring());
 }
 
 std::wstring strip_trailing_separators(const std::wstring& path) {

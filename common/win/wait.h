@@ -16,11 +16,10 @@ inline constexpr DWORD wait_infinite = 0xFFFFFFFF;
 
 // WaitForSingleObject.
 DWORD wait_for_object(HANDLE handle, DWORD timeout_ms);
-// WaitForMultipleObjects: with wait_all false, wait_object_0 + the lowest index
-// that is signalled; with wait_all true, wait_object_0 once all are.
-DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD timeout_ms);
+// WaitForMultipleObjects for any of them: wait_object_0 + the lowest index that is signalled.
+DWORD wait_for_objects(const HANDLE* handles, DWORD count, DWORD timeout_ms);
 inline DWORD wait_for_any(std::initializer_list<HANDLE> handles, DWORD timeout_ms) {
-    return wait_for_objects(handles.begin(), static_cast<DWORD>(handles.size()), false, timeout_ms);
+    return wait_for_objects(handles.begin(), static_cast<DWORD>(handles.size()), timeout_ms);
 }
 
 } // namespace win

@@ -14,13 +14,7 @@ namespace {
 constexpr DWORD maximum_wait_objects = 64; // MAXIMUM_WAIT_OBJECTS
 
 // The result when the wait is satisfied now; asked under the signal lock.
-std::optional<DWORD> satisfied(std::span<posix::kernel_object_t* const> objects, bool wait_all) {
-    if (wait_all) {
-        for (auto* object : objects)
-            if (!object->signalled_locked())
-                return std::nullopt;
-        return wait_object_0;
-    }
+std::optional<DWORD> satisfied(std::span<posix::kernel_object_t* const> objects) {
     for (std::size_t i = 0; i < objects.size(); ++i)
         if (objects[i]->signalled_locked())
             return wait_object_0 + static_cast<DWORD>(i);
@@ -29,7 +23,7 @@ std::optional<DWORD> satisfied(std::span<posix::kernel_object_t* const> objects,
 
 } // namespace
 
-DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD timeout_ms) {
+DWORD wait_for_objects(const HANDLE* handles, DWORD count, DWORD timeout_ms) {
     if (count == 0 || count > maximum_wait_objects || handles == nullptr) {
         set_last_error(ERROR_INVALID_PARAMETER);
         return wait_failed;
@@ -51,7 +45,7 @@ DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD 
         std::uint32_t seen = 0;
         {
             std::lock_guard<posix::robust_mutex_t> guard(posix::signal_mutex());
-            if (const std::optional<DWORD> result = satisfied(objects, wait_all))
+            if (const std::optional<DWORD> result = satisfied(objects))
                 return *result;
             seen = posix::signal_changes();
         }
@@ -68,7 +62,7 @@ DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD 
 }
 
 DWORD wait_for_object(HANDLE handle, DWORD timeout_ms) {
-    return wait_for_objects(&handle, 1, false, timeout_ms);
+    return wait_for_objects(&handle, 1, timeout_ms);
 }
 
 } // namespace win

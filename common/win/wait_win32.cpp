@@ -6,8 +6,8 @@ DWORD wait_for_object(HANDLE handle, DWORD timeout_ms) {
     return ::WaitForSingleObject(handle, timeout_ms);
 }
 
-DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool wait_all, DWORD timeout_ms) {
-    return ::WaitForMultipleObjects(count, handles, wait_all ? TRUE : FALSE, timeout_ms);
+DWORD wait_for_objects(const HANDLE* handles, DWORD count, DWORD timeout_ms) {
+    return ::WaitForMultipleObjects(count, handles, FALSE, timeout_ms);
 }
 
 } // namespace win

@@ -21,110 +21,47 @@ PIN_METHOD(IUnknown, AddRef, ULONG);
 PIN_METHOD(IUnknown, Release, ULONG);
 
 PIN(IVssAsync, Cancel);
-PIN(IVssAsync, Wait, DWORD);
 PIN(IVssAsync, QueryStatus, HRESULT*, INT*);
 
 PIN(IVssWMFiledesc, GetPath, BSTR*);
 PIN(IVssWMFiledesc, GetFilespec, BSTR*);
 PIN(IVssWMFiledesc, GetRecursive, boolean*);
-PIN(IVssWMFiledesc, GetAlternateLocation, BSTR*);
-PIN(IVssWMFiledesc, GetBackupTypeMask, DWORD*);
 
 PIN(IVssWMComponent, GetComponentInfo, PVSSCOMPONENTINFO*);
 PIN(IVssWMComponent, FreeComponentInfo, PVSSCOMPONENTINFO);
 PIN(IVssWMComponent, GetFile, UINT, IVssWMFiledesc**);
-PIN(IVssWMComponent, GetDatabaseFile, UINT, IVssWMFiledesc**);
-PIN(IVssWMComponent, GetDatabaseLogFile, UINT, IVssWMFiledesc**);
-PIN(IVssWMComponent, GetDependency, UINT, IVssWMDependency**);
 
 PIN(IVssExamineWriterMetadata, GetIdentity, VSS_ID*, VSS_ID*, BSTR*, VSS_USAGE_TYPE*, VSS_SOURCE_TYPE*);
 PIN(IVssExamineWriterMetadata, GetFileCounts, UINT*, UINT*, UINT*);
-PIN(IVssExamineWriterMetadata, GetIncludeFile, UINT, IVssWMFiledesc**);
-PIN(IVssExamineWriterMetadata, GetExcludeFile, UINT, IVssWMFiledesc**);
 PIN(IVssExamineWriterMetadata, GetComponent, UINT, IVssWMComponent**);
-PIN(IVssExamineWriterMetadata, GetRestoreMethod, VSS_RESTOREMETHOD_ENUM*, BSTR*, BSTR*,
-    VSS_WRITERRESTORE_ENUM*, boolean*, UINT*);
-PIN(IVssExamineWriterMetadata, GetAlternateLocationMapping, UINT, IVssWMFiledesc**);
-PIN(IVssExamineWriterMetadata, GetBackupSchema, DWORD*);
-PIN(IVssExamineWriterMetadata, GetDocument, IXMLDOMDocument**);
 PIN(IVssExamineWriterMetadata, SaveAsXML, BSTR*);
-PIN(IVssExamineWriterMetadata, LoadFromXML, BSTR);
 
-PIN(Backup, GetWriterComponentsCount, UINT*);
-PIN(Backup, GetWriterComponents, UINT, IVssWriterComponentsExt**);
 PIN(Backup, InitializeForBackup, BSTR);
 PIN(Backup, SetBackupState, boolean, boolean, VSS_BACKUP_TYPE, boolean);
-PIN(Backup, InitializeForRestore, BSTR);
-PIN(Backup, SetRestoreState, VSS_RESTORE_TYPE);
 PIN(Backup, GatherWriterMetadata, IVssAsync**);
 PIN(Backup, GetWriterMetadataCount, UINT*);
 PIN(Backup, GetWriterMetadata, UINT, VSS_ID*, IVssExamineWriterMetadata**);
-PIN(Backup, FreeWriterMetadata);
 PIN(Backup, AddComponent, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR);
 PIN(Backup, PrepareForBackup, IVssAsync**);
 PIN(Backup, AbortBackup);
 PIN(Backup, GatherWriterStatus, IVssAsync**);
 PIN(Backup, GetWriterStatusCount, UINT*);
-PIN(Backup, FreeWriterStatus);
 PIN(Backup, GetWriterStatus, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*);
 PIN(Backup, SetBackupSucceeded, VSS_ID, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean);
-PIN(Backup, SetBackupOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR);
-PIN(Backup, SetSelectedForRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean);
-PIN(Backup, SetRestoreOptions, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR);
-PIN(Backup, SetAdditionalRestores, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean);
-PIN(Backup, SetPreviousBackupStamp, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR);
 PIN(Backup, SaveAsXML, BSTR*);
 PIN(Backup, BackupComplete, IVssAsync**);
-PIN(Backup, AddAlternativeLocationMapping, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR,
-    boolean, LPCWSTR);
-PIN(Backup, AddRestoreSubcomponent, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR, boolean);
-PIN(Backup, SetFileRestoreStatus, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, VSS_FILE_RESTORE_STATUS);
-PIN(Backup, AddNewTarget, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR, boolean, LPCWSTR);
-PIN(Backup, SetRangesFilePath, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, UINT, LPCWSTR);
-PIN(Backup, PreRestore, IVssAsync**);
-PIN(Backup, PostRestore, IVssAsync**);
 PIN(Backup, SetContext, LONG);
 PIN(Backup, StartSnapshotSet, VSS_ID*);
 PIN(Backup, AddToSnapshotSet, VSS_PWSZ, VSS_ID, VSS_ID*);
 PIN(Backup, DoSnapshotSet, IVssAsync**);
-PIN(Backup, DeleteSnapshots, VSS_ID, VSS_OBJECT_TYPE, BOOL, LONG*, VSS_ID*);
 PIN(Backup, ImportSnapshots, IVssAsync**);
-PIN(Backup, BreakSnapshotSet, VSS_ID);
 PIN(Backup, GetSnapshotProperties, VSS_ID, VSS_SNAPSHOT_PROP*);
-PIN(Backup, Query, VSS_ID, VSS_OBJECT_TYPE, VSS_OBJECT_TYPE, IVssEnumObject**);
 PIN(Backup, IsVolumeSupported, VSS_ID, VSS_PWSZ, BOOL*);
-PIN(Backup, DisableWriterClasses, const VSS_ID*, UINT);
 PIN(Backup, EnableWriterClasses, const VSS_ID*, UINT);
-PIN(Backup, DisableWriterInstances, const VSS_ID*, UINT);
-PIN(Backup, ExposeSnapshot, VSS_ID, VSS_PWSZ, LONG, VSS_PWSZ, VSS_PWSZ*);
-PIN(Backup, RevertToSnapshot, VSS_ID, BOOL);
-PIN(Backup, QueryRevertStatus, VSS_PWSZ, IVssAsync**);
-
-PIN(IVssBackupComponentsEx, GetWriterMetadataEx, UINT, VSS_ID*, IVssExamineWriterMetadataEx**);
-PIN(IVssBackupComponentsEx, SetSelectedForRestoreEx, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean,
-    VSS_ID);
-
-PIN(IVssBackupComponentsEx2, UnexposeSnapshot, VSS_ID);
-PIN(IVssBackupComponentsEx2, SetAuthoritativeRestore, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, boolean);
-PIN(IVssBackupComponentsEx2, SetRollForward, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR,
-    VSS_ROLLFORWARD_TYPE, LPCWSTR);
-PIN(IVssBackupComponentsEx2, SetRestoreName, VSS_ID, VSS_COMPONENT_TYPE, LPCWSTR, LPCWSTR, LPCWSTR);
-PIN(IVssBackupComponentsEx2, BreakSnapshotSetEx, VSS_ID, DWORD, IVssAsync**);
-PIN(IVssBackupComponentsEx2, PreFastRecovery, VSS_ID, DWORD, IVssAsync**);
-PIN(IVssBackupComponentsEx2, FastRecovery, VSS_ID, DWORD, IVssAsync**);
-
-PIN(IVssBackupComponentsEx3, GetWriterStatusEx, UINT, VSS_ID*, VSS_ID*, BSTR*, VSS_WRITER_STATE*, HRESULT*,
-    HRESULT*, BSTR*);
-PIN(IVssBackupComponentsEx3, AddSnapshotToRecoverySet, VSS_ID, DWORD, VSS_PWSZ);
-PIN(IVssBackupComponentsEx3, RecoverSet, DWORD, IVssAsync**);
-PIN(IVssBackupComponentsEx3, GetSessionId, VSS_ID*);
 
 PIN(IVssBackupComponentsEx4, GetRootAndLogicalPrefixPaths, VSS_PWSZ, VSS_PWSZ*, VSS_PWSZ*, BOOL);
 
-static_assert(std::is_base_of_v<IVssBackupComponentsEx3, IVssBackupComponentsEx4>);
-static_assert(std::is_base_of_v<IVssBackupComponentsEx2, IVssBackupComponentsEx3>);
-static_assert(std::is_base_of_v<IVssBackupComponentsEx, IVssBackupComponentsEx2>);
-static_assert(std::is_base_of_v<IVssBackupComponents, IVssBackupComponentsEx>);
+static_assert(std::is_base_of_v<IVssBackupComponents, IVssBackupComponentsEx4>);
 static_assert(sizeof(VSS_ID) == 16);
 static_assert(VSS_S_ASYNC_PENDING == 0x00042309 && VSS_S_ASYNC_FINISHED == 0x0004230A &&
               VSS_S_ASYNC_CANCELLED == 0x0004230B);

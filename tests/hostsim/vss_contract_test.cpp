@@ -368,7 +368,7 @@ TEST(VssErrors, StepsThatCannotBeRepeated) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);
 }
 
-TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedIsNotImplemented) {
+TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndAnotherInterfaceIsRefused) {
     scratch_host_t host;
     for (const wchar_t* text :
          {L"<not xml", L"<Writer/>", L"<BackupComponents><SnapshotSet id=\"nope\"/></BackupComponents>"}) {
@@ -377,9 +377,7 @@ TEST(VssErrors, ADocumentThatIsNotABackupDocumentIsInvalidAndWhatIsNotSimulatedI
         EXPECT_EQ(backup->InitializeForBackup(document), VSS_E_INVALID_XML_DOCUMENT) << text;
         SysFreeString(document);
     }
-    // Operations outside the simulation are not implemented.
     auto backup = gathered_backup();
-    EXPECT_EQ(backup->BreakSnapshotSet(GUID_NULL), E_NOTIMPL);
     com_ptr_t<IVssAsync> not_an_async;
     EXPECT_EQ(backup.query(IID_IVssAsync, not_an_async), E_NOINTERFACE);
 }
