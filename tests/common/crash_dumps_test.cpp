@@ -77,23 +77,20 @@ TEST_F(dump_folder_test, FirstDumpIsNumberZeroAndNumbersFillTheLowestGap) {
     EXPECT_EQ(next_name(dumps_, L"_crash_2."), "RZ_crash_4.txt");
 }
 
-TEST_F(dump_folder_test, TwentyDumpsLoseTheOldestAndItsNumberIsTakenAgain) {
+TEST_F(dump_folder_test, TwentyDumpsLoseTheOldestWhoseNumberIsTakenAgainAndMoreArePrunedToNineteen) {
     for (int id = 0; id < 20; ++id)
         add_old_dump("RZ_crash_" + std::to_string(id) + ".txt", id == 7 ? 100 : 50 - id);
     EXPECT_EQ(next_name(dumps_), "RZ_crash_7.txt");
     EXPECT_EQ(dump_names().size(), 19u);
     EXPECT_TRUE(log_has("RZ_crash_7.txt] deleted."));
     EXPECT_EQ(log_count("deleted."), 1u);
-}
-
-TEST_F(dump_folder_test, MoreThanTwentyDumpsArePrunedToNineteen) {
-    for (int id = 0; id < 23; ++id)
-        add_old_dump("RZ_crash_" + std::to_string(id + 1) + ".txt", 100 - id);
-    // The four oldest go: numbers 1 to 4, and 0 was never used.
-    EXPECT_EQ(next_name(dumps_), "RZ_crash_0.txt");
+    // The four oldest of twenty-three go.
+    for (int id = 20; id < 24; ++id)
+        add_old_dump("RZ_crash_" + std::to_string(id) + ".txt", 200 - id);
+    EXPECT_EQ(next_name(dumps_), "RZ_crash_7.txt");
     EXPECT_EQ(dump_names().size(), 19u);
-    EXPECT_FALSE(std::filesystem::exists(dumps_ / "RZ_crash_4.txt"));
-    EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_5.txt"));
+    EXPECT_FALSE(std::filesystem::exists(dumps_ / "RZ_crash_23.txt"));
+    EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_0.txt"));
 }
 
 TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers) {

@@ -84,9 +84,6 @@ TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
     stack.append_message("%1 and %2", "a", "b");
     EXPECT_STREQ(stack.what(), "--tr:inner\na and b");
     EXPECT_EQ(stack.plain_text(), "inner\na and b");
-    // The text of an exception falls back when what() is null.
-    EXPECT_EQ(exc::exception_text(null_text_exception()), "Exception message is not available.");
-    EXPECT_EQ(exc::exception_text(exc::runtime_exc_t("x %1", "y")), "x y");
 }
 
 TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {

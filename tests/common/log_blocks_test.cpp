@@ -88,7 +88,8 @@ DWORD run_block_on_worker(void* argument) {
 
 } // namespace
 
-TEST(log_block_monitoring, blocks_push_and_pop_steps_of_a_worker_thread) {
+// Blocks push and pop steps of a worker thread; the steps and the threads' states themselves.
+TEST(ThreadSteps, BlocksPushAndPopAWorkersStepsAndOneStateServesEachThreadId) {
     observed_steps seen;
     {
         win::win_thread_t worker(&run_block_on_worker, &seen, "LogBlockTest");
@@ -97,27 +98,16 @@ TEST(log_block_monitoring, blocks_push_and_pop_steps_of_a_worker_thread) {
     }
     EXPECT_EQ(seen.inside, (lines_t{"outer step", "quiet step"}));
     EXPECT_EQ(seen.after, 0u);
-}
-
-namespace {
-
-std::vector<std::string> texts_of(const CThreadState& state) {
-    std::vector<std::string> texts;
-    for (const auto& step : state.steps())
-        texts.push_back(step->text());
-    return texts;
-}
-
-} // namespace
-
-TEST(ThreadSteps, PopTakesTheLastPushedIgnoresAnEmptyStackAndAThreadWithoutStateHasNone) {
+    // Pop takes the last pushed and ignores an empty stack.
     CThreadState state("Role", 1);
     state.pop();
     state.push("outer");
     state.push("inner");
     state.pop();
     state.push("second inner");
-    EXPECT_EQ(texts_of(state), (std::vector<std::string>{"outer", "second inner"}));
+    ASSERT_EQ(state.steps().size(), 2u);
+    EXPECT_EQ(state.steps()[0]->text(), "outer");
+    EXPECT_EQ(state.steps()[1]->text(), "second inner");
     // A thread without a state pushes nothing.
     const auto collection = CThreadStatesCollection::get();
     ASSERT_EQ(collection->find(win::current_thread_id()), nullptr);
@@ -126,10 +116,7 @@ TEST(ThreadSteps, PopTakesTheLastPushedIgnoresAnEmptyStackAndAThreadWithoutState
     monitoring::pop_step();
     EXPECT_EQ(collection->size(), before);
     EXPECT_EQ(collection->find(win::current_thread_id()), nullptr);
-}
-
-TEST(ThreadStatesCollection, OneStatePerThreadIdNothingReplaced) {
-    const auto collection = CThreadStatesCollection::get();
+    // A second state for a thread id replaces nothing.
     constexpr DWORD fake_id = 0xFFFFFFF0;
     auto first = std::make_shared<CThreadState>("First", fake_id);
     EXPECT_TRUE(collection->add(first));

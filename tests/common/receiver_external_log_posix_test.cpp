@@ -3,7 +3,6 @@
 // the loopback: whole messages as datagrams when switched on, nothing when off,
 // and the registry read once in either case.
 #include "common/logging/debug_receiver.h"
-#include "common/logging/debug_receiver_setup.h"
 #include "common/logging/log_t.h"
 #include "log_test_support.h"
 #include "udp_listener.h"
@@ -67,8 +66,9 @@ TEST_F(external_log_test, EachMessageGoesOutWholeAsOneDatagramWithSettingsReadOn
     EXPECT_EQ(journal_count("RegOpenKeyExW"), 1u);
 }
 
-// Without the key the log is off with its defaults; switched off, host and port are not even looked at.
-TEST_F(external_log_test, MissingKeyOrSwitchedOffSendsNothingAndReadsTheRegistryOnce) {
+// Without the key the log is off with its defaults; switched off, host and port are not even looked at;
+// a host name is not looked up.
+TEST_F(external_log_test, MissingKeyOrSwitchedOffOrAHostNameSendsNothingAndReadsTheRegistryOnce) {
     write("one");
     write("two");
     EXPECT_FALSE(receiver_->external_log_enabled());
@@ -85,20 +85,14 @@ TEST_F(external_log_test, MissingKeyOrSwitchedOffSendsNothingAndReadsTheRegistry
     EXPECT_FALSE(receiver_->external_log_enabled());
     EXPECT_EQ(journal_count("RegOpenKeyExW"), 2u);
     EXPECT_EQ(journal_count("RegQueryValueExW"), 1u);
-}
 
-TEST_F(external_log_test, HostNameIsNotLookedUp) {
+    // Switched on, a host name is not looked up.
     set_registry(1, "localhost");
+    receiver_ = std::make_shared<COutputDebugStringLog>();
+    log_.install(receiver_, false);
     write("one");
     EXPECT_TRUE(receiver_->external_log_enabled());
     EXPECT_EQ(receiver_->target().sin_addr.s_addr, INADDR_NONE);
     EXPECT_EQ(ntohs(receiver_->target().sin_port), listener_.port());
     EXPECT_TRUE(listener_.received().empty());
-}
-
-TEST(DebugReceiver, ServesTheDbgHandle) {
-    logging::install_debug_log();
-    EXPECT_EQ(logging::dbg_logger().log, logging::debug_log());
-    EXPECT_NE(dynamic_cast<COutputDebugStringLog*>(logging::debug_log()->receiver().get()), nullptr);
-    EXPECT_EQ(logging::dbg_logger().format->prefix, "dbg| ");
 }
