@@ -9,7 +9,7 @@
 #include "common/exc/exc.h"
 #include "common/monitoring/thread_states.h"
 #include "common/runtime/win_thread.h"
-#include "crash_test_support.h"
+#include "log_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -35,40 +35,35 @@ std::string next_name(const std::filesystem::path& folder, const std::wstring& t
 // Counts its runs, and those that found a dump already written in the dump folder.
 class counting_handler_t : public crash::deinit_handler_t {
 public:
-    counting_handler_t(std::atomic<int>& runs, std::atomic<int>& after_dump, bool fails = false)
-        : runs_(runs), after_dump_(after_dump), fails_(fails) {}
+    counting_handler_t(std::pair<std::atomic<int>, std::atomic<int>>& runs, bool fails)
+        : runs_(runs), fails_(fails) {}
     void execute() override {
-        ++runs_;
+        ++runs_.first;
         std::error_code ec;
         if (!std::filesystem::is_empty(crash::crash_context().dump_folder, ec) && !ec)
-            ++after_dump_;
+            ++runs_.second;
         if (fails_)
             throw std::runtime_error("handler broke");
     }
 
 private:
-    std::atomic<int>& runs_;
-    std::atomic<int>& after_dump_;
+    std::pair<std::atomic<int>, std::atomic<int>>& runs_;
     bool fails_;
 };
 
 // The crash filter with a handler sequence of the test's own in place of the process's: one handler
-// per entry, which throws where the entry is true. How many handlers ran, and into after_dump how
-// many of them found the dump written.
-int filter_with_handlers(std::initializer_list<bool> failing,
-                         crash::previous_filter_t answer = crash::previous_filter_t::skip,
-                         int* after_dump = nullptr) {
+// per entry, which throws where the entry is true. How many handlers ran, and how many of them found
+// the dump written.
+std::pair<int, int> filter_with_handlers(std::initializer_list<bool> failing,
+                                         crash::previous_filter_t answer = crash::previous_filter_t::skip) {
     const auto saved = crash::crash_context().deinit_seq;
     crash::crash_context().deinit_seq = std::make_shared<crash::deinit_seq_t>();
-    std::atomic<int> runs{0}, runs_after_dump{0};
+    std::pair<std::atomic<int>, std::atomic<int>> runs{0, 0};
     for (const bool fails : failing)
-        crash::crash_context().deinit_seq->add(
-            std::make_shared<counting_handler_t>(runs, runs_after_dump, fails));
+        crash::crash_context().deinit_seq->add(std::make_shared<counting_handler_t>(runs, fails));
     EXPECT_EQ(crash::crash_filter(nullptr, answer), crash::execute_handler);
     crash::crash_context().deinit_seq = saved;
-    if (after_dump)
-        *after_dump = runs_after_dump.load();
-    return runs.load();
+    return {runs.first.load(), runs.second.load()};
 }
 
 #ifdef _WIN32
@@ -158,7 +153,7 @@ TEST_F(dump_folder_test, TwentyDumpsLoseTheOldestWhoseNumberIsTakenAgainAndMoreA
 
 TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers) {
     crash::crash_context().dump_folder.clear();
-    EXPECT_EQ(filter_with_handlers({false}), 1);
+    EXPECT_EQ(filter_with_handlers({false}).first, 1);
     EXPECT_TRUE(log_has("Invalid folder path: []."));
     EXPECT_TRUE(log_has("Cannot create folder. Folder path: []."));
     EXPECT_TRUE(log_has("Cannot define the name of the next crash dump. Dumps folder: []."));
@@ -167,20 +162,19 @@ TEST_F(dump_folder_test, DefaultEmptyFolderLogsTheFailureAndStillRunsTheHandlers
 }
 
 TEST_F(dump_folder_test, FilterWritesADumpThenRunsTheHandlersUntilOneFailsAndADisabledContextDoesNeither) {
-    int after_dump = 0;
-    EXPECT_EQ(filter_with_handlers({false, false}, crash::previous_filter_t::skip, &after_dump), 2);
-    EXPECT_EQ(after_dump, 2) << "the handlers run once the dump is written";
+    EXPECT_EQ(filter_with_handlers({false, false}), std::make_pair(2, 2))
+        << "the handlers run once the dump is written";
     ASSERT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("Writing dump. Dump path: "));
     EXPECT_TRUE(log_has("Executing crash handlers."));
     EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
     // A failing handler stops the rest, and the failure stays inside the filter.
-    EXPECT_EQ(filter_with_handlers({true, false}), 1);
+    EXPECT_EQ(filter_with_handlers({true, false}).first, 1);
     EXPECT_TRUE(log_has("Crash handlers cannot be executed."));
     EXPECT_TRUE(log_has("handler broke"));
     EXPECT_EQ(log_count("Crash handlers were successfully executed."), 1u);
     crash::crash_context().disabled = 1;
-    EXPECT_EQ(filter_with_handlers({false}, crash::previous_filter_t::ask), 0);
+    EXPECT_EQ(filter_with_handlers({false}, crash::previous_filter_t::ask).first, 0);
     crash::crash_context().disabled = 0;
     EXPECT_EQ(dump_names().size(), 2u) << "a disabled context writes no dump";
 }

@@ -6,7 +6,7 @@
 #include "common/crash/exception_log_win32.h"
 #include "common/crash/fault_win32.h"
 #include "common/exc/exc.h"
-#include "crash_test_support.h"
+#include "log_test_support.h"
 
 #include <gtest/gtest.h>
 

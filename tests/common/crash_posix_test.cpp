@@ -10,7 +10,7 @@
 #include "common/runtime/win_thread.h"
 #include "common/win/event.h"
 #include "common/win/wait.h"
-#include "crash_test_support.h"
+#include "log_test_support.h"
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
