@@ -36,7 +36,7 @@ using exception_log_test = crash_test::dump_folder_test;
 
 } // namespace
 
-TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStack) {
+TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStackAndRecordsAreAppended) {
     made_up_fault_t fault;
     crash::win32::legacy_dump_gen_t().generate(0, dumps_.string(), "RZ", &fault.fault);
     ASSERT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.log"});
@@ -51,9 +51,7 @@ TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStack) {
     EXPECT_NE(record.substr(modules, frames - modules).find("test_common.exe ("), std::string::npos)
         << record;
     EXPECT_NE(record.substr(frames).find("0x0000"), std::string::npos) << "no frame: " << record;
-}
-
-TEST_F(exception_log_test, RecordsAreAppendedAndARecordWithoutFaultTellsWhereItWasWritten) {
+    // Records are appended, and a record without fault tells where it was written.
     const std::wstring path = (dumps_ / "exceptions.log").wstring();
     crash::win32::exception_log().write_record(path, nullptr);
     made_up_fault_t fault;

@@ -70,7 +70,7 @@ void set_error_object(const wchar_t* description) {
 
 } // namespace
 
-TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
+TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayerJoinedByLineFeeds) {
     try {
         fail_snapshot_task();
         FAIL() << "nothing thrown";
@@ -92,9 +92,7 @@ TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
         EXPECT_FALSE(e.messages()[2].is_trace);
         EXPECT_TRUE(e.messages()[3].is_trace);
     }
-}
-
-TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
+    // Entries are joined with line feeds, and only trace lines are tagged.
     EXPECT_STREQ(exc::exc_base_t().what(), "");
 
     exc::exc_base_t single("only");
@@ -108,7 +106,7 @@ TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
     EXPECT_EQ(stack.plain_text(), "inner\na and b");
 }
 
-TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
+TEST(ExceptionStack, WrappingKeepsTheOwnExceptionAndMakesAForeignCauseARuntimeExceptionWithItsTextAndCode) {
     exc::com_exc_t original(static_cast<std::int32_t>(0x80042306u), "first");
     const exc::exc_base_t* address = nullptr;
     try {
@@ -123,9 +121,7 @@ TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
         EXPECT_EQ(e.code(), static_cast<std::int32_t>(0x80042306u));
         EXPECT_EQ(std::string(e.what()), std::string(original.what()) + "\n--tr:x y z");
     }
-}
-
-TEST(ExceptionStack, AForeignCauseBecomesARuntimeExceptionWithItsTextFirstAndItsSystemCode) {
+    // A foreign cause becomes a runtime exception with its text first and its system code.
     const exc::runtime_exc_t from_bad_alloc =
         wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
     EXPECT_EQ(from_bad_alloc.code(), 0u);

@@ -96,9 +96,7 @@ TEST(FormatMessage, MarkersSelectArgumentsInAnyOrderRepeatAndEndAtTheFirstNonDig
     EXPECT_EQ(format_message("%1 %2", "%2", "b"), "%2 b");
     EXPECT_EQ(format_message("<%1>", ""), "<>");
     EXPECT_EQ(format_message(std::string("a%1\0%1", 5), "x"), "ax");
-}
-
-TEST(FormatMessage, MarkersWithoutArgumentStayAsParsedAndOtherPercentSignsAreCopied) {
+    // Markers without an argument stay as parsed, and other percent signs are copied.
     EXPECT_EQ(format_message("%1", std::vector<std::string>{}), "%1");
     EXPECT_EQ(format_message("%12", "a"), "%12");
     EXPECT_EQ(format_message("%3 %0", "a", "b"), "%3 %0");

@@ -95,7 +95,8 @@ TEST_F(impersonation_test, LocalPathsAndSharesWithoutTokenGetNoScopeAndAnInvalid
     EXPECT_EQ(calls_->duplicates.load(), 0) << "nor for an invalid token";
 }
 
-TEST_F(impersonation_test, ShareWithTokenIsImpersonatedUntilTheScopeEnds) {
+TEST_F(impersonation_test,
+       ShareWithTokenIsImpersonatedUntilTheScopeEndsAndNestedScopesRevertOnceAtTheEndOfTheOuter) {
     {
         // The share key compares without regard to case; narrow paths come the same way.
         auto scope = impersonate_for(std::string("\\\\FS01\\Vms\\vm1\\disk.vhdx"));
@@ -108,16 +109,14 @@ TEST_F(impersonation_test, ShareWithTokenIsImpersonatedUntilTheScopeEnds) {
     EXPECT_TRUE(log_has("Found impersonation token for share [\\\\FS01\\Vms]."));
     EXPECT_TRUE(log_has("File operations for path '\\\\FS01\\Vms\\vm1\\disk.vhdx' will be performed under "
                         "impersonation context."));
-}
-
-TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuterAndThreadsCountTheirScopesApart) {
+    // Nested scopes revert once at the end of the outer, and threads count their scopes apart.
     auto outer = impersonate_for(share + L"\\a");
     {
         auto inner = impersonate_for(share + L"\\b");
         auto innermost = impersonate_for(share + L"\\c");
         EXPECT_TRUE(inner->impersonated());
     }
-    EXPECT_EQ(calls_->reverts.load(), 0);
+    EXPECT_EQ(calls_->reverts.load(), 1);
     win_thread_t worker(
         [](void*) -> DWORD {
             impersonate_for(share + L"\\worker").reset();
@@ -126,12 +125,12 @@ TEST_F(impersonation_test, NestedScopesRevertOnceAtTheEndOfTheOuterAndThreadsCou
         nullptr, "Impersonating");
     worker.stop_wait();
     // The worker's own scope ended its own impersonation, while the main thread's stays.
-    EXPECT_EQ(calls_->reverts.load(), 1);
-    outer.reset();
     EXPECT_EQ(calls_->reverts.load(), 2);
+    outer.reset();
+    EXPECT_EQ(calls_->reverts.load(), 3);
     // A new scope afterwards starts a new count.
     impersonate_for(share + L"\\d").reset();
-    EXPECT_EQ(calls_->reverts.load(), 3);
+    EXPECT_EQ(calls_->reverts.load(), 4);
 }
 
 // Either failure leaves the thread under its own identity; only the impersonation's is logged.

@@ -100,7 +100,7 @@ TEST(HandleOwnership, EachValueIsClosedOnceByItsLastOwner) {
               std::vector<std::string>{"Handle object is not initialized."});
 }
 
-TEST(WinPathText, SplitComponentsAndJoinOfEitherSeparator) {
+TEST(WinPathText, SplitJoinRootsOfEveryFormAndSharesApartFromDevicePaths) {
     EXPECT_EQ(split_path(L"C:\\a\\b.txt"), std::make_pair(std::wstring(L"C:\\a"), std::wstring(L"b.txt")));
     EXPECT_EQ(split_path(L"C:\\a/b"), std::make_pair(std::wstring(L"C:\\a"), std::wstring(L"b")));
     EXPECT_EQ(split_path(L"name"), std::make_pair(std::wstring(), std::wstring(L"name")));
@@ -121,9 +121,7 @@ TEST(WinPathText, SplitComponentsAndJoinOfEitherSeparator) {
     EXPECT_EQ(path_join(L"a\\\\", L"\\b"), L"a\\\\\\b");
     EXPECT_EQ(path_join(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7", L"vms\\a.vhd"),
               L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy7\\vms\\a.vhd");
-}
-
-TEST(WinPathText, RootsOfEveryFormAndSharesApartFromDevicePaths) {
+    // Roots of every form, and shares apart from device paths.
     for (const wchar_t* root :
          {L"C:", L"c:\\", L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\", L"\\\\srv\\share\\",
           L"\\\\srv\\share", L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy3\\", L"\\\\?\\C:\\", L"/"})

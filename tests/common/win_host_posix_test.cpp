@@ -85,7 +85,7 @@ const situation_t situations[] = {
 
 } // namespace
 
-TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeQuietAnswersForWhatIsNotThereAndFailuresOtherwise) {
+TEST_F(SimulatedHost, RegistryVolumesAndSearchesAndTheirFailures) {
     win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
     ASSERT_TRUE(key.valid());
     std::wstring text;
@@ -114,9 +114,7 @@ TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeQuietAnswersForWhatIsNotThereA
               "5 Failed to open subkey. Path: [SOFTWARE\\Denied].");
     EXPECT_EQ(failure_lines([&] { reg_read_string(win_reg_key_t(), L"X", text); }).front(),
               "Registry key object is not initialized.");
-}
-
-TEST_F(SimulatedHost, VolumeNamesAndMountPointsAndTheirFailures) {
+    // Volume names and mount points, and their failures.
     EXPECT_EQ(volume_mount_point(L"C:\\VMs\\vm1\\a.vhdx"), L"C:\\");
     const std::wstring volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
     EXPECT_EQ(volume_device_name(L"C:\\"), volume);
@@ -128,9 +126,7 @@ TEST_F(SimulatedHost, VolumeNamesAndMountPointsAndTheirFailures) {
     EXPECT_TRUE(sys_failure([] {
                     volume_device_name(L"Z:\\");
                 }).ends_with(" Failed to get volume device name. Volume mount point: [Z:\\]"));
-}
-
-TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
+    // Search through mount points and volume names, and its failures.
     win_file_search_t by_drive(L"c:\\vms\\VM1\\*.VHDX");
     ASSERT_TRUE(by_drive.found());
     EXPECT_EQ(by_drive.current().name, L"a.vhdx");
@@ -160,7 +156,7 @@ TEST(LocalPath, RelativePathsFollowTheCurrentDirectory) {
     EXPECT_FALSE(win::local_path(L"").has_value());
 }
 
-TEST(FailingCallText, EachSituationGivesTheWindowsCodeAndText) {
+TEST(FailingCallText, EachSituationGivesTheWindowsCodeAndTextAndEveryErrnoHasOne) {
     for (const situation_t& s : situations) {
         win_test::temp_tree_t tree;
         try {
@@ -171,11 +167,8 @@ TEST(FailingCallText, EachSituationGivesTheWindowsCodeAndText) {
             EXPECT_EQ(e.messages().front().text, s.text) << s.name;
         }
     }
-}
-
-// No errno may reach the last-resort text, which only says that the code is unknown; and the
-// "not there" codes stay for the errnos that mean it.
-TEST(FailingCallText, EveryErrnoHasAWindowsCodeWithItsText) {
+    // No errno may reach the last-resort text, which only says that the code is unknown; and the
+    // "not there" codes stay for the errnos that mean it.
     for (int error = 1; error < 134; ++error) {
         const DWORD code = win::win32_error_from_errno(error);
         const std::string text = exc::sys_error_text(code);
