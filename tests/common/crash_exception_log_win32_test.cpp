@@ -54,7 +54,6 @@ TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStackAndRe
     // Records are appended, and a record without fault tells where it was written.
     const std::wstring path = (dumps_ / "exceptions.log").wstring();
     crash::win32::exception_log().write_record(path, nullptr);
-    made_up_fault_t fault;
     crash::win32::exception_log().write_record(path, &fault.pointers);
     const std::string records = dump_text("exceptions.log");
     const std::size_t first = records.find("// Exception: 0x00000000, Address: 0x00000000");
