@@ -6,7 +6,7 @@
 #include "common/crash/exception_log_win32.h"
 #include "common/crash/fault_win32.h"
 #include "common/exc/exc.h"
-#include "crash_test_support.h"
+#include "log_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ using exception_log_test = crash_test::dump_folder_test;
 
 } // namespace
 
-TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStack) {
+TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStackAndRecordsAreAppended) {
     made_up_fault_t fault;
     crash::win32::legacy_dump_gen_t().generate(0, dumps_.string(), "RZ", &fault.fault);
     ASSERT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.log"});
@@ -51,12 +51,9 @@ TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStack) {
     EXPECT_NE(record.substr(modules, frames - modules).find("test_common.exe ("), std::string::npos)
         << record;
     EXPECT_NE(record.substr(frames).find("0x0000"), std::string::npos) << "no frame: " << record;
-}
-
-TEST_F(exception_log_test, RecordsAreAppendedAndARecordWithoutFaultTellsWhereItWasWritten) {
+    // Records are appended, and a record without fault tells where it was written.
     const std::wstring path = (dumps_ / "exceptions.log").wstring();
     crash::win32::exception_log().write_record(path, nullptr);
-    made_up_fault_t fault;
     crash::win32::exception_log().write_record(path, &fault.pointers);
     const std::string records = dump_text("exceptions.log");
     const std::size_t first = records.find("// Exception: 0x00000000, Address: 0x00000000");

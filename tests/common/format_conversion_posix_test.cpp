@@ -45,12 +45,9 @@ TEST(ReplacingConversion, WideTextWithoutScalarValuesNarrowsToReplacements) {
     EXPECT_EQ(to_utf8(bad), expected);
     EXPECT_EQ(to_ansi(bad), expected);
     EXPECT_EQ(to_ansi_nothrow(bad), expected);
-}
-
-// The system's conversions with no flags: bad input never fails, and every sequence that is not
-// well-formed stands as U+FFFD while the rest is kept. Long runs of ASCII take a faster road: what
-// stands inside or right behind such a run must be read as a short text is.
-TEST(ReplacingConversion, EachMaximalSubpartBecomesOneReplacementAtAnyPosition) {
+    // The system's conversions with no flags: bad input never fails, and every sequence that is not
+    // well-formed stands as U+FFFD while the rest is kept. Long runs of ASCII take a faster road: what
+    // stands inside or right behind such a run must be read as a short text is.
     for (const bad_bytes_t& c : bad_bytes) {
         EXPECT_EQ(from_utf8(c.bytes), c.wide) << c.name;
         EXPECT_EQ(to_unicode(c.bytes), c.wide) << c.name;
@@ -80,9 +77,7 @@ TEST(ReplacingConversion, EachMaximalSubpartBecomesOneReplacementAtAnyPosition) 
         round.insert(at, 1, wchar_t(0x20AC));
         EXPECT_EQ(to_utf8(round), std::string(at, 'b') + "\xe2\x82\xac" + std::string(2100 - at, 'b')) << at;
     }
-}
-
-TEST(ReplacingConversion, Utf16PairsJoinAndLoneSurrogatesAreReplaced) {
+    // UTF-16 pairs join and lone surrogates are replaced.
     const std::u16string pair = u"\U0001F600";
     EXPECT_EQ(compat::decode_utf16(pair).value, U'\U0001F600');
     EXPECT_EQ(compat::decode_utf16(pair).units, 2u);

@@ -1,11 +1,16 @@
-// The log file: its folder, its name when locked, its size limit and the ageing of its archives.
-#include "log_test_support.h"
-
+// The log file: its folder, its name when locked, its size limit and the ageing of its archives; many
+// threads writing through rotations, every message arriving once, whole, with its lines marked, in its
+// writer's order.
 #include "common/exc/exc.h"
+#include "common/format/format.h"
 #include "common/logging/log_names.h"
 #include "common/logging/prepare_log.h"
 #include "common/logging/win_log_file.h"
 #include "common/logging/zip_writer.h"
+#include "log_test_support.h"
+
+#include <map>
+#include <thread>
 
 namespace fs = std::filesystem;
 using log_test::gunzip;
@@ -16,9 +21,8 @@ using logging::receiver::aged_name;
 using logging::receiver::check_log_size;
 using logging::receiver::numbered_log_name;
 
+// The names that the rotations and the openings below do not meet.
 TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
-    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 0), "Mirrack.log.gz");
-    EXPECT_EQ(aged_name("Mirrack.log.gz", "gz", 2), "Mirrack.log.2.gz");
     EXPECT_EQ(aged_name("Mirrack.log.GZ", "gz", 3), "Mirrack.log.3.gz");
     EXPECT_EQ(aged_name("Mirrack.log", "gz", 1), "Mirrack.log.1");
     EXPECT_EQ(aged_name("noextension", "gz", 4), "noextension.4");
@@ -26,7 +30,6 @@ TEST(log_file_names, archives_by_age_and_numbered_names_of_locked_logs) {
     EXPECT_EQ(numbered_log_name("C:\\Logs\\Mirrack.log", 1), "C:\\Logs\\Mirrack.1.log");
     EXPECT_EQ(numbered_log_name("Mirrack.LOG", 7), "Mirrack.7.log");
     EXPECT_EQ(numbered_log_name("trace", 1), "trace.1.log");
-    EXPECT_EQ(numbered_log_name("run.txt", 1), "run.txt.1.log");
     EXPECT_EQ(numbered_log_name("dot.", 2), "dot.2");
 }
 
@@ -138,4 +141,56 @@ TEST(log_file_archives, an_archive_that_cannot_be_opened_is_refused_with_the_rea
         EXPECT_GT(named, 0u) << text;
     }
     EXPECT_FALSE(fs::exists(folder / "gone"));
+}
+
+TEST_F(log_file_test, eight_writers_through_rotations_lose_no_line_and_split_no_message) {
+    constexpr int writers = 8;
+    constexpr int messages = 1000;
+    // Each size check rotates; the checks of all messages stay within the kept generations.
+    logging::receiver::set_log_size_limit_for_tests(1);
+    std::vector<std::thread> threads;
+    for (int w = 0; w < writers; ++w)
+        threads.emplace_back([w] {
+            for (int m = 0; m < messages; ++m)
+                log_error(logging::tool_logger(), format_message("writer %1 message %2\nrest of %1 %2",
+                                                                 std::to_string(w), std::to_string(m)));
+        });
+    for (auto& thread : threads)
+        thread.join();
+
+    std::string text;
+    for (int age = logging::receiver::archive_generations; age >= 0; --age) {
+        const fs::path archive =
+            logging::receiver::aged_name((folder_ / "Mirrack.log.gz").string(), "gz", age);
+        if (fs::exists(archive))
+            text += log_test::gunzip(archive);
+    }
+    ASSERT_TRUE(fs::exists(folder_ / "Mirrack.log.1.gz")) << "no rotation happened";
+    EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.10.gz")) << "lines may have aged out";
+    text += log_test::read_file(log_path_);
+
+    std::map<std::string, int> next_message;
+    std::string awaited_rest;
+    int seen = 0;
+    for (std::size_t start = 0, end; start < text.size(); start = end + 2) {
+        end = text.find("\r\n", start);
+        ASSERT_NE(end, std::string::npos);
+        const std::string line = text.substr(start, end - start);
+        const std::string body = line.substr(line.find("> ") + 2);
+        if (!awaited_rest.empty()) {
+            ASSERT_EQ(body, awaited_rest);
+            awaited_rest.clear();
+            continue;
+        }
+        std::istringstream words(body);
+        std::string tag, level, writer_word, writer, message_word;
+        int message = -1;
+        words >> tag >> level >> writer_word >> writer >> message_word >> message;
+        ASSERT_EQ(tag + level + writer_word + message_word, "Mirrack|ERR|writermessage") << line;
+        ASSERT_EQ(message, next_message[writer]++) << line;
+        awaited_rest = "Mirrack| >>  |rest of " + writer + " " + std::to_string(message);
+        ++seen;
+    }
+    EXPECT_TRUE(awaited_rest.empty());
+    EXPECT_EQ(seen, writers * messages);
 }

@@ -2,6 +2,7 @@
 #include "log_test_support.h"
 
 #include "common/exc/convert.h"
+#include "common/logging/debug_receiver.h"
 #include "common/runtime/startup.h"
 #include "tests/support/process_env.h"
 #include "win_temp_tree.h"
@@ -37,7 +38,9 @@ protected:
 
 } // namespace
 
-TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_directory) {
+// The log token, else the registry's log directory, else the fallback folder; a configured folder
+// that cannot be made gives way to the fallback folder.
+TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_directory_else_the_fallback_folder) {
     if (!test_env::simulated_host)
         GTEST_SKIP() << "The registry and the fallback folder are the simulated host's on POSIX only.";
     scoped_env data("MIRRACK_DATA_DIR", "/data");
@@ -47,17 +50,12 @@ TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_director
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"-log"}),
               L"/data\\Orlix\\Backup\\\\Mirrack.log");
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"/data\\Orlix\\Backup\\\\Mirrack.log");
-
     win_test::selected_host_t host(log_directory_host("C:\\Logs\\"));
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog"}), L"C:\\Logs\\\\Mirrack.log");
-}
 
-TEST_F(log_startup_test, configured_folder_that_cannot_be_made_gives_way_to_the_fallback_folder) {
-    if (!test_env::simulated_host)
-        GTEST_SKIP() << "The registry and the fallback folder are the simulated host's on POSIX only.";
     std::ofstream(folder_ / "plain") << "a file where a folder should be";
-    win_test::selected_host_t host(log_directory_host((folder_ / "plain" / "logs").string()));
-    scoped_env data("MIRRACK_DATA_DIR", (folder_ / "data").string());
+    host.describe(log_directory_host((folder_ / "plain" / "logs").string()));
+    test_env::set("MIRRACK_DATA_DIR", (folder_ / "data").string());
     testing::internal::CaptureStdout();
     const std::string path = runtime::start_common_library("Mirrack.log", {L"prog"});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "LOG: Initializing log file ...\n");
@@ -75,6 +73,11 @@ TEST_F(log_startup_test, banner_tells_program_and_system) {
               log.string());
     EXPECT_TRUE(runtime::verbose_requested());
     testing::internal::GetCapturedStdout();
+    // The debug log is served too, under its own handle.
+    EXPECT_EQ(logging::dbg_logger().log, logging::debug_log());
+    EXPECT_NE(dynamic_cast<logging::receiver::COutputDebugStringLog*>(logging::debug_log()->receiver().get()),
+              nullptr);
+    EXPECT_EQ(logging::dbg_logger().format->prefix, "dbg| ");
     const auto lines = file_lines(log);
     ASSERT_EQ(lines.size(), 9u);
     EXPECT_EQ(body(lines[0]), "");

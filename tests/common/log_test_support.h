@@ -1,11 +1,16 @@
-// A log of the process pointed at a fresh file of its own, read back line by line.
+// A log of the process pointed at a fresh file of its own, read back line by line; a crash context
+// pointed at a fresh dump folder for the length of a test.
 #pragma once
 
+#include "common/crash/crash_context.h"
+#include "common/crash/thread_frame.h"
 #include "common/logging/log.h"
 #include "common/logging/log_file_receiver.h"
 #include "common/logging/log_install.h"
 #include "common/logging/log_rotation.h"
 #include "common/logging/log_t.h"
+#include "common/logging/zip_writer.h"
+#include "common/runtime/win_thread.h"
 #include "common/win/thread_id.h"
 #include "tests/support/text_file.h"
 #include "win_temp_tree.h"
@@ -13,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -41,11 +47,9 @@ inline std::string gunzip(const std::filesystem::path& archive) {
 }
 
 inline void write_archive(const std::filesystem::path& path, const std::string& text) {
-    gzFile file = ::gzopen(path.string().c_str(), "wb");
-    ASSERT_NE(file, nullptr) << path;
-    EXPECT_EQ(::gzwrite(file, text.data(), static_cast<unsigned>(text.size())),
-              static_cast<int>(text.size()));
-    EXPECT_EQ(::gzclose(file), Z_OK);
+    util::zip_writer_t writer(path.string(), 9);
+    writer.add(text.data(), text.size());
+    writer.close();
 }
 
 // The names in a folder, sorted.
@@ -125,3 +129,43 @@ protected:
 };
 
 } // namespace log_test
+
+namespace crash_test {
+
+class dump_folder_test : public log_test::log_file_test {
+protected:
+    void SetUp() override {
+        log_file_test::SetUp();
+        crash::crash_context().dump_folder = dumps_.string();
+    }
+    void TearDown() override {
+        crash::crash_context().dump_folder.clear();
+        log_file_test::TearDown();
+    }
+
+    // A dump left by an earlier run, minutes_old minutes old.
+    void add_old_dump(const std::string& name, int minutes_old) const {
+        const auto path = dumps_ / name;
+        std::ofstream(path) << "old";
+        std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() -
+                                                   std::chrono::minutes(minutes_old));
+    }
+
+    std::vector<std::string> dump_names() const { return log_test::names_in(dumps_); }
+
+    std::string dump_text(const std::string& name) const { return log_test::read_file(dumps_ / name); }
+
+    win_test::temp_tree_t dumps_tree_;
+    std::filesystem::path dumps_ = dumps_tree_.root();
+};
+
+// Workers run under the crash frame, which another test may have taken off.
+class crash_frame_test : public dump_folder_test {
+protected:
+    void SetUp() override {
+        dump_folder_test::SetUp();
+        win::set_thread_frame(&crash::thread_crash_frame);
+    }
+};
+
+} // namespace crash_test

@@ -21,24 +21,22 @@ std::vector<std::uint32_t> set_size_only() {
 
 } // namespace
 
-// The process's table is empty, so no file operation is timed; a code selects its word and bit.
-TEST(PerfLogger, ProcessTableIsEmptySoNoFileOperationIsTimedAndACodeSelectsItsWordAndBit) {
+// The process's table is empty, so no file operation is timed; a code selects its word and bit; a full
+// buffer goes to the file in a folder of its own unless it cannot be written.
+TEST_F(perf_logger_test, CodesSelectTheirWordAndBitAndAFullBufferGoesToTheFileUnlessItCannotBeWritten) {
     for (std::uint32_t code : {win::file_op::write, win::file_op::read, win::file_op::seek,
                                win::file_op::set_size, win::file_op::flush, 0u, 0xFFFFFFFFu})
         EXPECT_FALSE(logging::perf::perf_logger().enabled(code)) << code;
     logging::perf::note_file_operation(win::file_op::write);
     EXPECT_EQ(logging::perf::perf_logger().buffered(), 0u);
-    perf_logger_t logger(set_size_only(), L"");
-    EXPECT_TRUE(logger.enabled(win::file_op::set_size));
-    EXPECT_TRUE(logger.enabled(0x123)); // bit 3 of word 1 again
-    EXPECT_FALSE(logger.enabled(win::file_op::flush));
-    EXPECT_FALSE(logger.enabled(0x003)); // word 0
-    EXPECT_FALSE(logger.enabled(0x203)); // beyond the table
-    logger.note(win::file_op::flush);
-    EXPECT_EQ(logger.buffered(), 0u);
-}
-
-TEST_F(perf_logger_test, FullBufferGoesToTheFileInAFolderOfItsOwnUnlessItCannotBeWritten) {
+    perf_logger_t selective(set_size_only(), L"");
+    EXPECT_TRUE(selective.enabled(win::file_op::set_size));
+    EXPECT_TRUE(selective.enabled(0x123)); // bit 3 of word 1 again
+    EXPECT_FALSE(selective.enabled(win::file_op::flush));
+    EXPECT_FALSE(selective.enabled(0x003)); // word 0
+    EXPECT_FALSE(selective.enabled(0x203)); // beyond the table
+    selective.note(win::file_op::flush);
+    EXPECT_EQ(selective.buffered(), 0u);
     const auto folder = folder_ / "perf" / "logs";
     {
         perf_logger_t logger(set_size_only(), folder.wstring(), 3);

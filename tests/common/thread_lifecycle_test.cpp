@@ -58,12 +58,10 @@ TEST(WorkerThread, RunsUnderItsRoleHandsBackTheExitCodeAndOutlivesAStopWaitThatT
     release.set();
     slow.stop_wait();
     EXPECT_EQ(slow.exit_code(), wait_object_0);
-}
-
-TEST(WorkerThread, DestructorWaitsForTheRoutine) {
+    // The destructor waits for the routine.
     std::atomic<bool> finished{false};
     {
-        win_thread_t thread(
+        win_thread_t waited(
             [](void* argument) -> DWORD {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
                 static_cast<std::atomic<bool>*>(argument)->store(true);
@@ -74,7 +72,7 @@ TEST(WorkerThread, DestructorWaitsForTheRoutine) {
     EXPECT_TRUE(finished.load());
 }
 
-TEST(WaitOnEvents, AManualResetEventStaysSetUntilResetAndWaitsOnSeveralSeeEachOne) {
+TEST(WaitOnEvents, AManualResetEventStaysSetUntilResetWaitsOnSeveralSeeEachOneAndWorkersAreWaitable) {
     win_manual_reset_event_t event;
     EXPECT_FALSE(event.is_set());
     EXPECT_EQ(wait_for_object(event.handle(), 0), wait_timed_out);
@@ -89,16 +87,12 @@ TEST(WaitOnEvents, AManualResetEventStaysSetUntilResetAndWaitsOnSeveralSeeEachOn
     c.set();
     b.set();
     EXPECT_EQ(wait_for_any({a.handle(), b.handle(), c.handle()}, wait_infinite), wait_object_0 + 1);
-}
-
-// The worker's handle becomes signalled when its routine has returned, woken by a set on this thread.
-TEST(WaitOnSeveral, CloseEventAndWorkerTogether) {
-    win_manual_reset_event_t close_event;
+    // The worker's handle becomes signalled when its routine has returned, woken by a set on this thread.
     win_manual_reset_event_t go;
     win_thread_t worker(&wait_for_release, &go, "Waiter");
-    EXPECT_EQ(wait_for_any({close_event.handle(), worker.handle()}, 0), wait_timed_out);
+    EXPECT_EQ(wait_for_any({event.handle(), worker.handle()}, 0), wait_timed_out);
     go.set();
-    EXPECT_EQ(wait_for_any({close_event.handle(), worker.handle()}, wait_infinite), wait_object_0 + 1);
+    EXPECT_EQ(wait_for_any({event.handle(), worker.handle()}, wait_infinite), wait_object_0 + 1);
     worker.stop_wait();
     EXPECT_EQ(worker.exit_code(), wait_object_0);
     // A handle that is not waitable fails.

@@ -87,7 +87,7 @@ TEST(FileMask, MatchesAsTheWindowsSearchDoesAndStaysQuickOnLongNamesAndManyStars
     EXPECT_TRUE(win::mask_matches(L"*a*a*a*a*a*a*a*a*a*a*", name));
 }
 
-TEST_F(FileSearch, MasksMatchWithoutRegardToCaseAndStarDotStarListsTheFolderDots) {
+TEST_F(FileSearch, MasksMatchWithoutRegardToCaseAndEntriesTellFoldersSizesAndTimes) {
     EXPECT_EQ(names_found(in_tree(L"*.vhdx")), (std::set<std::wstring>{L"vm1.vhdx", L"snap.vhdx"}));
     EXPECT_EQ(names_found(in_tree(L"VM1.*")), (std::set<std::wstring>{L"vm1.vhdx", L"VM1.AVHDX"}));
     EXPECT_EQ(names_found(in_tree(L"?????.txt")), (std::set<std::wstring>{L"notes.txt"}));
@@ -108,9 +108,7 @@ TEST_F(FileSearch, MasksMatchWithoutRegardToCaseAndStarDotStarListsTheFolderDots
     search.close();
     EXPECT_FALSE(search.found());
     EXPECT_FALSE(search.next());
-}
-
-TEST_F(FileSearch, EntriesTellFoldersSizesAndTimesAndNothingThereIsAnEmptySearch) {
+    // Entries tell folders, sizes and times, and nothing there is an empty search.
     win_file_search_t file(in_tree(L"vm1.vhdx"));
     ASSERT_TRUE(file.found());
     EXPECT_FALSE(file.current().is_directory());

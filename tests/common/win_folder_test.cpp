@@ -77,7 +77,7 @@ TEST(FolderCreation, RacingCreatorsAllSucceed) {
 }
 
 // Paths that keep no parent to create, shares without server and share among them.
-TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
+TEST(FolderCreation, PathsWithoutACreatableParentAFileInTheWayOrAnUnmappedParentFail) {
     // A bare lead of a UNC or device path is named as given, not by what is left of it.
     for (const std::wstring path :
          {L"", L"\\\\srv\\share", L"\\\\server", L"\\\\server\\", L"\\\\", L"\\\\?\\", L"\\\\.\\"}) {
@@ -88,10 +88,7 @@ TEST(FolderCreation, PathsWithoutACreatableParentAreInvalid) {
                                             "Cannot create folder. Folder path: [" +
                                                 std::filesystem::path(path).string() + "]."}));
     }
-}
-
-// Looking for a folder inside a file is a failure, not the quiet "not there" of errors 2 and 3.
-TEST(FolderCreation, AFileInTheWayOrAnUnmappedParentFailsWithTheSystemErrorFirst) {
+    // Looking for a folder inside a file is a failure, not the quiet "not there" of errors 2 and 3.
     win_test::temp_tree_t tree;
     tree.add_file("blocker");
     const std::string sub = std::filesystem::path(tree.wide("blocker\\sub")).string();

@@ -1,8 +1,11 @@
-// POSIX only: the simulated host stands in for the registry and the volumes, and native paths are mapped.
-// The wrappers against a simulated host: registry, volume names and injected
-// failures of the file-system calls.
+// POSIX only: the simulated host stands in for the registry and the volumes, native paths are mapped,
+// and errno is translated into the Win32 codes that Windows reports itself. The wrappers against a
+// simulated host: registry, volume names and injected failures of the file-system calls; the code and
+// text that a failing platform call reports, by the situation that made it fail, as Windows words it.
 #include "common/exc/exc.h"
 #include "common/runtime/search_or_warn.h"
+#include "common/win/errno_posix.h"
+#include "common/win/file.h"
 #include "common/win/folder.h"
 #include "common/win/local_path.h"
 #include "common/win/registry.h"
@@ -12,6 +15,11 @@
 #include "win_temp_tree.h"
 
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+
+#include <unistd.h>
 
 using namespace win;
 
@@ -44,9 +52,40 @@ protected:
 
 const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
+struct situation_t {
+    const char* name;
+    std::function<void(const win_test::temp_tree_t&)> fail;
+    std::uint32_t code;
+    const char* text;
+};
+
+const situation_t situations[] = {
+    {"file_where_a_folder_is_expected",
+     [](const win_test::temp_tree_t& tree) {
+         tree.add_file("file");
+         win::file_open(tree.wide("file\\inner"));
+     },
+     3, "The system cannot find the path specified.\r\n"},
+    {"folder_opened_as_a_file",
+     [](const win_test::temp_tree_t& tree) {
+         tree.add_folder("folder");
+         win::file_open(tree.wide("folder"));
+     },
+     5, "Access is denied.\r\n"},
+    {"name_too_long",
+     [](const win_test::temp_tree_t& tree) { win::create_folder(tree.wide(std::string(300, 'n'))); }, 206,
+     "The filename or extension is too long.\r\n"},
+    {"link_loop",
+     [](const win_test::temp_tree_t& tree) {
+         ASSERT_EQ(::symlink("loop", (tree.root() / "loop").c_str()), 0);
+         win::file_open(tree.wide("loop"));
+     },
+     1921, "The name of the file cannot be resolved by the system.\r\n"},
+};
+
 } // namespace
 
-TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeQuietAnswersForWhatIsNotThereAndFailuresOtherwise) {
+TEST_F(SimulatedHost, RegistryVolumesAndSearchesAndTheirFailures) {
     win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
     ASSERT_TRUE(key.valid());
     std::wstring text;
@@ -75,9 +114,7 @@ TEST_F(SimulatedHost, RegistryValuesOfTheRightTypeQuietAnswersForWhatIsNotThereA
               "5 Failed to open subkey. Path: [SOFTWARE\\Denied].");
     EXPECT_EQ(failure_lines([&] { reg_read_string(win_reg_key_t(), L"X", text); }).front(),
               "Registry key object is not initialized.");
-}
-
-TEST_F(SimulatedHost, VolumeNamesAndMountPointsAndTheirFailures) {
+    // Volume names and mount points, and their failures.
     EXPECT_EQ(volume_mount_point(L"C:\\VMs\\vm1\\a.vhdx"), L"C:\\");
     const std::wstring volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\";
     EXPECT_EQ(volume_device_name(L"C:\\"), volume);
@@ -89,9 +126,7 @@ TEST_F(SimulatedHost, VolumeNamesAndMountPointsAndTheirFailures) {
     EXPECT_TRUE(sys_failure([] {
                     volume_device_name(L"Z:\\");
                 }).ends_with(" Failed to get volume device name. Volume mount point: [Z:\\]"));
-}
-
-TEST_F(SimulatedHost, SearchThroughMountPointsAndVolumeNamesAndItsFailures) {
+    // Search through mount points and volume names, and its failures.
     win_file_search_t by_drive(L"c:\\vms\\VM1\\*.VHDX");
     ASSERT_TRUE(by_drive.found());
     EXPECT_EQ(by_drive.current().name, L"a.vhdx");
@@ -119,4 +154,32 @@ TEST(LocalPath, RelativePathsFollowTheCurrentDirectory) {
     EXPECT_EQ(win::local_path(L"logs\\Mirrack.log"), cwd / "logs/Mirrack.log");
     EXPECT_EQ(win::local_path(L"/var/tmp\\x.log"), std::filesystem::path("/var/tmp/x.log"));
     EXPECT_FALSE(win::local_path(L"").has_value());
+}
+
+TEST(FailingCallText, EachSituationGivesTheWindowsCodeAndTextAndEveryErrnoHasOne) {
+    for (const situation_t& s : situations) {
+        win_test::temp_tree_t tree;
+        try {
+            s.fail(tree);
+            ADD_FAILURE() << s.name << ": no failure";
+        } catch (const exc::win_sys_exc_t& e) {
+            EXPECT_EQ(e.code(), s.code) << s.name;
+            EXPECT_EQ(e.messages().front().text, s.text) << s.name;
+        }
+    }
+    // No errno may reach the last-resort text, which only says that the code is unknown; and the
+    // "not there" codes stay for the errnos that mean it.
+    for (int error = 1; error < 134; ++error) {
+        const DWORD code = win::win32_error_from_errno(error);
+        const std::string text = exc::sys_error_text(code);
+        EXPECT_EQ(text.find("Error code:"), std::string::npos) << error << " " << std::strerror(error);
+        if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) {
+            EXPECT_TRUE(error == ENOENT || error == ENOTDIR || error == ECONNREFUSED) << std::strerror(error);
+        }
+    }
+    EXPECT_EQ(exc::sys_error_text(win::win32_error_from_errno(EROFS)), "The media is write protected.\r\n");
+    EXPECT_EQ(exc::sys_error_text(win::win32_error_from_errno(ENOTEMPTY)), "The directory is not empty.\r\n");
+    EXPECT_EQ(exc::sys_error_text(win::win32_error_from_errno(EXDEV)),
+              "The system cannot move the file to a different disk drive.\r\n");
+    EXPECT_EQ(win::win32_error_from_errno(EDQUOT), win::win32_error_from_errno(ENOSPC));
 }

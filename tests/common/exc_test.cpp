@@ -1,11 +1,18 @@
+// Exceptions: their stacks of messages, cause first, their copies, and the system's and COM's error texts.
 #include "common/exc/exc.h"
 #include "wine_error_texts.h"
 
-#include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
 #include <new>
+#include <string>
 #include <system_error>
+
+#include <boost/system/system_error.hpp>
+
+#ifdef _WIN32
+#include <ole2.h>
+#endif
 
 namespace {
 
@@ -46,9 +53,24 @@ template <typename Throw> exc::runtime_exc_t wrapped_with_trace(Throw thrower, c
     return exc::runtime_exc_t("");
 }
 
+#ifdef _WIN32
+// Sets the calling thread's COM error object, with the description or without one.
+void set_error_object(const wchar_t* description) {
+    ICreateErrorInfo* create = nullptr;
+    ASSERT_EQ(::CreateErrorInfo(&create), S_OK);
+    if (description != nullptr)
+        create->SetDescription(const_cast<LPOLESTR>(description));
+    IErrorInfo* info = nullptr;
+    ASSERT_EQ(create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)), S_OK);
+    EXPECT_EQ(::SetErrorInfo(0, info), S_OK);
+    info->Release();
+    create->Release();
+}
+#endif
+
 } // namespace
 
-TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
+TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayerJoinedByLineFeeds) {
     try {
         fail_snapshot_task();
         FAIL() << "nothing thrown";
@@ -70,9 +92,7 @@ TEST(ExceptionStack, CreateDirectoryFailureReadsCauseFirstThroughEveryLayer) {
         EXPECT_FALSE(e.messages()[2].is_trace);
         EXPECT_TRUE(e.messages()[3].is_trace);
     }
-}
-
-TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
+    // Entries are joined with line feeds, and only trace lines are tagged.
     EXPECT_STREQ(exc::exc_base_t().what(), "");
 
     exc::exc_base_t single("only");
@@ -84,12 +104,9 @@ TEST(ExceptionStack, JoinsEntriesWithLineFeedsAndTagsOnlyTraceLines) {
     stack.append_message("%1 and %2", "a", "b");
     EXPECT_STREQ(stack.what(), "--tr:inner\na and b");
     EXPECT_EQ(stack.plain_text(), "inner\na and b");
-    // The text of an exception falls back when what() is null.
-    EXPECT_EQ(exc::exception_text(null_text_exception()), "Exception message is not available.");
-    EXPECT_EQ(exc::exception_text(exc::runtime_exc_t("x %1", "y")), "x y");
 }
 
-TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
+TEST(ExceptionStack, WrappingKeepsTheOwnExceptionAndMakesAForeignCauseARuntimeExceptionWithItsTextAndCode) {
     exc::com_exc_t original(static_cast<std::int32_t>(0x80042306u), "first");
     const exc::exc_base_t* address = nullptr;
     try {
@@ -104,9 +121,7 @@ TEST(ExceptionStack, WrappingOwnExceptionKeepsTheSameObjectTypeAndCode) {
         EXPECT_EQ(e.code(), static_cast<std::int32_t>(0x80042306u));
         EXPECT_EQ(std::string(e.what()), std::string(original.what()) + "\n--tr:x y z");
     }
-}
-
-TEST(ExceptionStack, AForeignCauseBecomesARuntimeExceptionWithItsTextFirstAndItsSystemCode) {
+    // A foreign cause becomes a runtime exception with its text first and its system code.
     const exc::runtime_exc_t from_bad_alloc =
         wrapped_with_trace([] { throw std::bad_alloc(); }, "Failed to go on.");
     EXPECT_EQ(from_bad_alloc.code(), 0u);
@@ -161,3 +176,44 @@ TEST(ExceptionCopies, CloneRethrowAndWrappingKeepTheDynamicTypeButALockedFileLos
         EXPECT_STREQ(e.what(), "File [C:\\vm.vhdx] is locked.");
     }
 }
+
+TEST(SystemErrorText, KnownCodesKeepTheSystemsClosingLineBreakInternetCodesTheirOwnTable) {
+    using wine_texts::as_windows;
+    EXPECT_EQ(as_windows(exc::sys_error_text(2)), "The system cannot find the file specified.\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(32)),
+              "The process cannot access the file because it is being used by another process.\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(1705)),
+              "The string universal unique identifier (UUID) is invalid.\r\n");
+    EXPECT_EQ(as_windows(exc::sys_error_text(0x80004005u)), "Unspecified error\r\n");
+    // An HRESULT of the Win32 facility reads as its Win32 code.
+    EXPECT_EQ(exc::sys_error_text(0x80070057u), exc::sys_error_text(87));
+    // Internet codes come from their own table, only in their range.
+    EXPECT_EQ(wine_texts::as_windows(exc::sys_error_text(12007)),
+              "The server name or address could not be resolved\r\n");
+    // Beyond the range, and for any code no table holds, the number closes the last-resort text.
+    for (const std::uint32_t unknown : {12175u, 4000000001u}) {
+        const std::string text = exc::sys_error_text(unknown);
+        EXPECT_TRUE(text.ends_with(". Error code: " + std::to_string(unknown))) << text;
+    }
+}
+
+TEST(ComErrorText, WithoutErrorObjectIsTheCodeAloneWithItsLeadingBlank) {
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80042306u)), " Error code: 0x80042306");
+    EXPECT_EQ(exc::com_error_text(5), " Error code: 0x00000005");
+
+    const exc::com_exc_t e(static_cast<std::int32_t>(0x80004005u), "Failed to %1.", "go");
+    EXPECT_STREQ(e.what(), " Error code: 0x80004005\nFailed to go.");
+}
+
+#ifdef _WIN32
+// Only Windows has a thread's COM error object: its description leads the text, and reading it
+// takes it away.
+TEST(ComErrorText, TheThreadsErrorObjectLeadsTheTextOnce) {
+    set_error_object(L"The writer refused.");
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)),
+              "The writer refused. Error code: 0x80004005");
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)), " Error code: 0x80004005");
+    set_error_object(nullptr);
+    EXPECT_EQ(exc::com_error_text(static_cast<std::int32_t>(0x80004005u)), " Error code: 0x80004005");
+}
+#endif
