@@ -135,10 +135,14 @@ DWORD os_set_file_pointer(HANDLE file, std::int64_t offset, DWORD method, std::u
     return ERROR_SUCCESS;
 }
 
+// Only a log's rotation cuts a file, as reads, so the host is asked here too.
 DWORD os_set_end_of_file(HANDLE file) {
-    const int fd = fd_of(file);
-    if (fd < 0)
+    const file_object_t* object = file_of(file);
+    if (object == nullptr)
         return ERROR_INVALID_HANDLE;
+    if (auto fault = hostsim::win32_call("SetEndOfFile", object->path()))
+        return *fault;
+    const int fd = object->fd();
     const off_t position = ::lseek(fd, 0, SEEK_CUR);
     if (position < 0 || ::ftruncate(fd, position) != 0)
         return last_errno_error();

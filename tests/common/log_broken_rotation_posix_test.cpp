@@ -27,7 +27,7 @@ void expect_good_archives_aged_once(const fs::path& folder) {
 } // namespace
 
 // The log cannot be read on behind its first mebibyte once part of it has gone into the archive;
-// then, on the next attempt, not at all.
+// then, on the next attempt, not at all; then it cannot be cut once its archive is whole.
 TEST_F(log_file_test, a_rotation_that_breaks_off_leaves_no_archive_and_loses_no_line) {
     write_archive(folder_ / "Mirrack.log.gz", "newest");
     write_archive(folder_ / "Mirrack.log.1.gz", "older");
@@ -45,6 +45,9 @@ TEST_F(log_file_test, a_rotation_that_breaks_off_leaves_no_archive_and_loses_no_
         EXPECT_THROW(check_log_size(receiver), exc::exc_base_t);
         expect_good_archives_aged_once(folder_);
         host.describe(R"(<Host name="T"><Fault op="ReadFile" match="Mirrack.log" err="1117"/></Host>)");
+        EXPECT_THROW(check_log_size(receiver), exc::exc_base_t);
+        // A whole archive whose lines the log cannot let go of goes too.
+        host.describe(R"(<Host name="T"><Fault op="SetEndOfFile" match="Mirrack.log" err="5"/></Host>)");
         EXPECT_THROW(check_log_size(receiver), exc::exc_base_t);
     }
     expect_good_archives_aged_once(folder_);
