@@ -1,4 +1,4 @@
-// POSIX only: the failing reads are the simulated host's.
+// POSIX only: the failing reads and cuts are the simulated host's.
 // A log rotation whose archive breaks off halfway, however often, loses no line and no good
 // archive, and leaves nothing under an archive's name.
 #include "log_test_support.h"
