@@ -191,15 +191,8 @@ TEST_F(abandoned_worker_test, a_worker_that_crashes_while_it_writes_an_archive_l
 }
 
 TEST_F(undeletable_dumps_test, TwentyDumpsThatCannotGoMeanNoNewDump) {
-    for (int id = 0; id < 19; ++id)
+    for (int id = 0; id < 20; ++id)
         add_old_dump("RZ_crash_" + std::to_string(id) + ".txt", 30 - id);
-    // Nineteen leave room for one more without a deletion.
-    crash::crash_filter(nullptr, crash::previous_filter_t::skip);
-    EXPECT_EQ(dump_names().size(), 20u);
-    EXPECT_TRUE(std::filesystem::exists(dumps_ / "RZ_crash_19.txt"));
-    EXPECT_FALSE(log_has("Old dump cannot be removed."));
-    EXPECT_FALSE(log_has("Cannot generate crash dump."));
-
     EXPECT_EQ(crash::crash_filter(nullptr, crash::previous_filter_t::skip), crash::execute_handler);
     EXPECT_EQ(dump_names().size(), 20u);
     EXPECT_EQ(log_count("Old dump cannot be removed. Dump path: ["), 20u);
@@ -208,7 +201,7 @@ TEST_F(undeletable_dumps_test, TwentyDumpsThatCannotGoMeanNoNewDump) {
         log_has("Cannot cleanup out of date dumps. There are [20] dumps stored. Maximum allowed dumps "
                 "number: [20]."));
     EXPECT_TRUE(log_has("Cannot generate crash dump."));
-    EXPECT_EQ(log_count("Crash handlers were successfully executed."), 2u);
+    EXPECT_EQ(log_count("Crash handlers were successfully executed."), 1u);
 }
 
 // Workers that crash at once each pick a name from the same listing of the folder: each must
