@@ -9,7 +9,10 @@
 #include "common/logging/zip_writer.h"
 #include "log_test_support.h"
 
+#include <algorithm>
 #include <map>
+#include <regex>
+#include <sstream>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -169,28 +172,17 @@ TEST_F(log_file_test, eight_writers_through_rotations_lose_no_line_and_split_no_
     EXPECT_FALSE(fs::exists(folder_ / "Mirrack.log.10.gz")) << "lines may have aged out";
     text += log_test::read_file(log_path_);
 
+    // Every line closed by CR LF, each first line followed by its rest, each writer's messages in order.
+    ASSERT_EQ(std::count(text.begin(), text.end(), '\n'), 2 * writers * messages);
+    ASSERT_TRUE(text.ends_with("\r\n"));
+    const std::regex first_line(R"(> Mirrack\| ERR \|writer (\d) message (\d+)\r$)");
     std::map<std::string, int> next_message;
-    std::string awaited_rest;
-    int seen = 0;
-    for (std::size_t start = 0, end; start < text.size(); start = end + 2) {
-        end = text.find("\r\n", start);
-        ASSERT_NE(end, std::string::npos);
-        const std::string line = text.substr(start, end - start);
-        const std::string body = line.substr(line.find("> ") + 2);
-        if (!awaited_rest.empty()) {
-            ASSERT_EQ(body, awaited_rest);
-            awaited_rest.clear();
-            continue;
-        }
-        std::istringstream words(body);
-        std::string tag, level, writer_word, writer, message_word;
-        int message = -1;
-        words >> tag >> level >> writer_word >> writer >> message_word >> message;
-        ASSERT_EQ(tag + level + writer_word + message_word, "Mirrack|ERR|writermessage") << line;
-        ASSERT_EQ(message, next_message[writer]++) << line;
-        awaited_rest = "Mirrack| >>  |rest of " + writer + " " + std::to_string(message);
-        ++seen;
+    std::istringstream lines(text);
+    for (std::string first, rest; std::getline(lines, first) && std::getline(lines, rest);) {
+        std::smatch match;
+        ASSERT_TRUE(std::regex_search(first, match, first_line)) << first;
+        ASSERT_EQ(std::stoi(match[2]), next_message[match[1]]++) << first;
+        ASSERT_TRUE(rest.ends_with("> Mirrack| >>  |rest of " + match[1].str() + " " + match[2].str() + "\r"))
+            << rest;
     }
-    EXPECT_TRUE(awaited_rest.empty());
-    EXPECT_EQ(seen, writers * messages);
 }
