@@ -183,7 +183,6 @@ TEST(DumpType, KindAndSettingsChooseTheMinidumpType) {
     crash::library_settings_t settings;
     EXPECT_EQ(crash::dump_type(0, settings), 0u);
     EXPECT_EQ(crash::dump_type(2, settings), 0x21907u);
-    EXPECT_EQ(crash::dump_type(1, settings), 0u);
     settings.dump_type_text = "Full";
     EXPECT_EQ(crash::dump_type(0, settings), 2u);
     EXPECT_EQ(crash::dump_type(3, settings), 0u);
