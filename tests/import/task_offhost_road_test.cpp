@@ -156,54 +156,49 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
         EXPECT_TRUE(contains(proxyLog, line)) << line << "\n" << proxyLog;
 }
 
-// Transportable copies outlive the job that made them: what a failed import leaves waits on the
-// storage, and the host's state lists it apart.
-TEST(OffhostRoad, AnImportCancelledByVssImportsNothingAndTheHostsCopiesWaitForAnImport) {
-    OffhostRoad road(R"(<Fault op="ImportSnapshots" status="0x0004230B"/>)");
-    const client::operation_status_t status = road.Import(road.documents.snapshotsXml);
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_TRUE(contains(to_ansi(status.errDescription), "Import snapshot task has been cancelled."))
-        << to_ansi(status.errDescription);
-    road.CloseBoth();
-    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
+// A failed import takes nothing onto the proxy, whose paths are then refused. Transportable copies
+// outlive the job that made them: what an import that never ran leaves waits on the storage, and
+// the host's state lists it apart.
+TEST(OffhostRoad, AnImportThatFailsImportsNothingRefusesPathsAndTheHostsCopiesWaitForAnImport) {
+    for (const bool unknownSnapshot : {false, true}) {
+        SCOPED_TRACE(unknownSnapshot ? "a snapshot the host never made" : "cancelled by VSS");
+        OffhostRoad road(unknownSnapshot ? "" : R"(<Fault op="ImportSnapshots" status="0x0004230B"/>)");
+        SnapshotIdList ids;
+        DeserializeSnapshotIds(road.documents.snapshotsXml, ids);
+        if (unknownSnapshot)
+            ids.push_back(string_to_guid(std::string("{0badbad0-0000-4000-8000-000000000001}")));
+        const client::operation_status_t status = road.Import(SerializeSnapshotIds(ids));
+        EXPECT_FALSE(status.isSucceeded);
+        EXPECT_TRUE(contains(to_ansi(status.errDescription),
+                             unknownSnapshot ? "Failed to enumerate mount points for imported snapshots."
+                                             : "Import snapshot task has been cancelled."))
+            << to_ansi(status.errDescription);
+        const std::wstring items = L"<FilesList/>";
+        EXPECT_EQ(road.ConvertFrame(items),
+                  L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to "
+                  L"off-host shadow paths. Given specification: '" +
+                      items + L"'.");
+        road.CloseBoth();
+        EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
 
-    const auto waiting = road.hosts.host.state_lines("shadows.txt");
-    ASSERT_FALSE(waiting.empty());
-    const std::string state = lab::host_state_report(road.hosts.host.dir());
-    EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
-                                    std::to_string(waiting.size()) + "\n"))
-        << state;
-    for (const std::string& shadow : waiting) {
-        // The record's number, then its snapshot id and its set.
-        std::istringstream fields(shadow);
-        std::string number, snapshot, set;
-        std::getline(fields, number, '\t');
-        std::getline(fields, snapshot, '\t');
-        std::getline(fields, set, '\t');
-        EXPECT_TRUE(contains(state, "HarddiskVolumeShadowCopy" + number + "  set " + set + "\n")) << state;
+        const auto waiting = road.hosts.host.state_lines("shadows.txt");
+        EXPECT_EQ(waiting.empty(), unknownSnapshot) << "an import takes the copies, though it fails after";
+        const std::string state = lab::host_state_report(road.hosts.host.dir());
+        EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
+                                        std::to_string(waiting.size()) + "\n"))
+            << state;
+        for (const std::string& shadow : waiting) {
+            // The record's number, then its snapshot id and its set.
+            std::istringstream fields(shadow);
+            std::string number, snapshot, set;
+            std::getline(fields, number, '\t');
+            std::getline(fields, snapshot, '\t');
+            std::getline(fields, set, '\t');
+            EXPECT_TRUE(contains(state, "HarddiskVolumeShadowCopy" + number + "  set " + set + "\n"))
+                << state;
+        }
+        EXPECT_EQ(contains(state, "Age\n"), !unknownSnapshot) << state;
     }
-    EXPECT_TRUE(contains(state, "Age\n")) << state;
-}
-
-TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWholeAndPathsAreRefused) {
-    OffhostRoad road;
-    SnapshotIdList ids;
-    DeserializeSnapshotIds(road.documents.snapshotsXml, ids);
-    ids.push_back(string_to_guid(std::string("{0badbad0-0000-4000-8000-000000000001}")));
-
-    const client::operation_status_t status = road.Import(SerializeSnapshotIds(ids));
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_TRUE(
-        contains(to_ansi(status.errDescription), "Failed to enumerate mount points for imported snapshots."))
-        << to_ansi(status.errDescription);
-    const std::wstring items = L"<FilesList/>";
-    EXPECT_EQ(
-        road.ConvertFrame(items),
-        L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to off-host "
-        L"shadow paths. Given specification: '" +
-            items + L"'.");
-    road.CloseBoth();
-    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty());
 }
 
 TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBothClean) {
