@@ -59,13 +59,6 @@ ItemsList Convert(const hv::CVssImportSnapshotResult& result, const ItemsList& i
     return converted;
 }
 
-std::vector<std::wstring> FullPaths(const ItemsList& items) {
-    std::vector<std::wstring> paths;
-    for (const CFilesListItem& item : items)
-        paths.push_back(item.fullPath);
-    return paths;
-}
-
 } // namespace
 
 TEST(SnapshotImport, TakesTheListedSnapshotsWithTheHyperVWriterAndChecksWritersWhileItRuns) {
@@ -115,7 +108,7 @@ TEST(SnapshotImport, ImportThatDoesntStandGivesItsOwnFailureAndLeavesTheProxyEmp
 // put between, and each snapshot walks the list once in the result's order.
 TEST(PathConversion, OneItemAgainstTheSnapshotsOfAResult) {
     const auto one = [](std::vector<VSSUtils::VSS_SNAPSHOT_INFO> snapshots, const std::wstring& fullPath) {
-        return FullPaths(Convert(ResultOf(std::move(snapshots)), {Item(fullPath)})).at(0);
+        return Convert(ResultOf(std::move(snapshots)), {Item(fullPath)}).at(0).fullPath;
     };
     std::wstring upper = volumeC;
     for (wchar_t& c : upper)
