@@ -66,11 +66,6 @@ struct OffhostRoad : offhost_tools_t {
         }
     }
 
-    std::wstring ConvertFrame(const std::wstring& itemsXml) {
-        return proxy->Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", itemsXml))
-            .Frame();
-    }
-
     // Closes both tasks, the proxy's first, and ends both sessions; the proxy's log.
     std::string CloseBoth() {
         client::CloseSnapshotTask(*proxy);
@@ -94,12 +89,11 @@ struct client_run_t {
     std::string err;
 };
 
-client_run_t RunOffhost(const offhost_tools_t& tools, const fs::path& spec,
-                        const std::vector<std::string>& more = {}) {
-    std::vector<std::string> line{
-        "offhost",      "--host-pipe", "host",
-        "--proxy-pipe", "proxy",       "--spec",
-        spec.string(),  "--to",        (tools.hosts.host.dir() / "backup").string()};
+// mirrack-client's subcommand against both tools, for the specification in the host's folder.
+client_run_t RunBoth(const offhost_tools_t& tools, const std::string& subcommand, const char* spec,
+                     const std::vector<std::string>& more) {
+    std::vector<std::string> line{subcommand, "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec"};
+    line.push_back((tools.hosts.host.dir() / spec).string());
     line.insert(line.end(), more.begin(), more.end());
     std::ostringstream out, err;
     const int status = client::RunClient(line, out, err);
@@ -174,10 +168,12 @@ TEST(OffhostRoad, AnImportThatFailsImportsNothingRefusesPathsAndTheHostsCopiesWa
                                              : "Import snapshot task has been cancelled."))
             << to_ansi(status.errDescription);
         const std::wstring items = L"<FilesList/>";
-        EXPECT_EQ(road.ConvertFrame(items),
-                  L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to "
-                  L"off-host shadow paths. Given specification: '" +
-                      items + L"'.");
+        EXPECT_EQ(
+            road.proxy->Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", items))
+                .Frame(),
+            L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to "
+            L"off-host shadow paths. Given specification: '" +
+                items + L"'.");
         road.CloseBoth();
         EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
 
@@ -207,8 +203,9 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     ASSERT_GE(vms.size(), 2u);
     const std::string failedVm = to_ansi(guid_to_wstring(vms[1]));
 
+    const std::string backup = (tools.hosts.host.dir() / "backup").string();
     const client_run_t run =
-        RunOffhost(tools, tools.hosts.host.dir() / "spec-offhost.xml", {"--fail-vm", failedVm});
+        RunBoth(tools, "offhost", "spec-offhost.xml", {"--to", backup, "--fail-vm", failedVm});
     EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "Import task completed")) << run.out;
     EXPECT_TRUE(contains(run.out, "Import and snapshot closed.")) << run.out;
@@ -244,7 +241,8 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
 
 TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
     offhost_tools_t tools;
-    const client_run_t run = RunOffhost(tools, tools.hosts.host.dir() / "spec.xml");
+    const client_run_t run =
+        RunBoth(tools, "offhost", "spec.xml", {"--to", (tools.hosts.host.dir() / "backup").string()});
     EXPECT_EQ(run.status, client::exit_error_response) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "The host made no transportable snapshot")) << run.out;
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
@@ -256,12 +254,8 @@ TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
 TEST(OffhostClient, AFieldCheckReadsSamplesOnTheProxyAndReportsBothToolsSteps) {
     offhost_tools_t tools;
     const fs::path report = tools.hosts.host.dir() / "report.txt";
-    std::ostringstream out, err;
-    const int status = client::RunClient({"check", "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec",
-                                          (tools.hosts.host.dir() / "spec-offhost.xml").string(), "--report",
-                                          report.string()},
-                                         out, err);
-    EXPECT_EQ(status, client::exit_success) << out.str() << err.str();
+    const client_run_t run = RunBoth(tools, "check", "spec-offhost.xml", {"--report", report.string()});
+    EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
     EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
     const std::string text = read_file(report);
