@@ -46,7 +46,6 @@ TEST_F(ToolSession,
             << refusal;
     }
     // Closing is answered in any letter case.
-    EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
     EXPECT_EQ(Call(L"closesnapshot"), tool_expect::emptyOutput);
     EXPECT_EQ(Exchange(L"CMD:CLOSESNAPSHOT XML:<InputArguments/>"), tool_expect::emptyOutput);
 
