@@ -66,11 +66,6 @@ struct OffhostRoad : offhost_tools_t {
         }
     }
 
-    std::wstring ConvertFrame(const std::wstring& itemsXml) {
-        return proxy->Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", itemsXml))
-            .Frame();
-    }
-
     // Closes both tasks, the proxy's first, and ends both sessions; the proxy's log.
     std::string CloseBoth() {
         client::CloseSnapshotTask(*proxy);
@@ -94,12 +89,11 @@ struct client_run_t {
     std::string err;
 };
 
-client_run_t RunOffhost(const offhost_tools_t& tools, const fs::path& spec,
-                        const std::vector<std::string>& more = {}) {
-    std::vector<std::string> line{
-        "offhost",      "--host-pipe", "host",
-        "--proxy-pipe", "proxy",       "--spec",
-        spec.string(),  "--to",        (tools.hosts.host.dir() / "backup").string()};
+// mirrack-client's subcommand against both tools, for the specification in the host's folder.
+client_run_t RunBoth(const offhost_tools_t& tools, const std::string& subcommand, const char* spec,
+                     const std::vector<std::string>& more) {
+    std::vector<std::string> line{subcommand, "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec"};
+    line.push_back((tools.hosts.host.dir() / spec).string());
     line.insert(line.end(), more.begin(), more.end());
     std::ostringstream out, err;
     const int status = client::RunClient(line, out, err);
@@ -156,54 +150,51 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
         EXPECT_TRUE(contains(proxyLog, line)) << line << "\n" << proxyLog;
 }
 
-// Transportable copies outlive the job that made them: what a failed import leaves waits on the
-// storage, and the host's state lists it apart.
-TEST(OffhostRoad, AnImportCancelledByVssImportsNothingAndTheHostsCopiesWaitForAnImport) {
-    OffhostRoad road(R"(<Fault op="ImportSnapshots" status="0x0004230B"/>)");
-    const client::operation_status_t status = road.Import(road.documents.snapshotsXml);
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_TRUE(contains(to_ansi(status.errDescription), "Import snapshot task has been cancelled."))
-        << to_ansi(status.errDescription);
-    road.CloseBoth();
-    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
+// A failed import takes nothing onto the proxy, whose paths are then refused. Transportable copies
+// outlive the job that made them: what an import that never ran leaves waits on the storage, and
+// the host's state lists it apart.
+TEST(OffhostRoad, AnImportThatFailsImportsNothingRefusesPathsAndTheHostsCopiesWaitForAnImport) {
+    for (const bool unknownSnapshot : {false, true}) {
+        SCOPED_TRACE(unknownSnapshot ? "a snapshot the host never made" : "cancelled by VSS");
+        OffhostRoad road(unknownSnapshot ? "" : R"(<Fault op="ImportSnapshots" status="0x0004230B"/>)");
+        SnapshotIdList ids;
+        DeserializeSnapshotIds(road.documents.snapshotsXml, ids);
+        if (unknownSnapshot)
+            ids.push_back(string_to_guid(std::string("{0badbad0-0000-4000-8000-000000000001}")));
+        const client::operation_status_t status = road.Import(SerializeSnapshotIds(ids));
+        EXPECT_FALSE(status.isSucceeded);
+        EXPECT_TRUE(contains(to_ansi(status.errDescription),
+                             unknownSnapshot ? "Failed to enumerate mount points for imported snapshots."
+                                             : "Import snapshot task has been cancelled."))
+            << to_ansi(status.errDescription);
+        const std::wstring items = L"<FilesList/>";
+        EXPECT_EQ(
+            road.proxy->Call(L"ConvertOffhostPaths", CRequestArguments().AddEncoded(L"InPathsXML", items))
+                .Frame(),
+            L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to "
+            L"off-host shadow paths. Given specification: '" +
+                items + L"'.");
+        road.CloseBoth();
+        EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "nothing was imported";
 
-    const auto waiting = road.hosts.host.state_lines("shadows.txt");
-    ASSERT_FALSE(waiting.empty());
-    const std::string state = lab::host_state_report(road.hosts.host.dir());
-    EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
-                                    std::to_string(waiting.size()) + "\n"))
-        << state;
-    for (const std::string& shadow : waiting) {
-        // The record's number, then its snapshot id and its set.
-        std::istringstream fields(shadow);
-        std::string number, snapshot, set;
-        std::getline(fields, number, '\t');
-        std::getline(fields, snapshot, '\t');
-        std::getline(fields, set, '\t');
-        EXPECT_TRUE(contains(state, "HarddiskVolumeShadowCopy" + number + "  set " + set + "\n")) << state;
+        const auto waiting = road.hosts.host.state_lines("shadows.txt");
+        EXPECT_EQ(waiting.empty(), unknownSnapshot) << "an import takes the copies, though it fails after";
+        const std::string state = lab::host_state_report(road.hosts.host.dir());
+        EXPECT_TRUE(contains(state, "Live shadow copies: 0\nShadow copies waiting for import: " +
+                                        std::to_string(waiting.size()) + "\n"))
+            << state;
+        for (const std::string& shadow : waiting) {
+            // The record's number, then its snapshot id and its set.
+            std::istringstream fields(shadow);
+            std::string number, snapshot, set;
+            std::getline(fields, number, '\t');
+            std::getline(fields, snapshot, '\t');
+            std::getline(fields, set, '\t');
+            EXPECT_TRUE(contains(state, "HarddiskVolumeShadowCopy" + number + "  set " + set + "\n"))
+                << state;
+        }
+        EXPECT_EQ(contains(state, "Age\n"), !unknownSnapshot) << state;
     }
-    EXPECT_TRUE(contains(state, "Age\n")) << state;
-}
-
-TEST(OffhostRoad, ImportOfASnapshotTheHostNeverMadeFailsWholeAndPathsAreRefused) {
-    OffhostRoad road;
-    SnapshotIdList ids;
-    DeserializeSnapshotIds(road.documents.snapshotsXml, ids);
-    ids.push_back(string_to_guid(std::string("{0badbad0-0000-4000-8000-000000000001}")));
-
-    const client::operation_status_t status = road.Import(SerializeSnapshotIds(ids));
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_TRUE(
-        contains(to_ansi(status.errDescription), "Failed to enumerate mount points for imported snapshots."))
-        << to_ansi(status.errDescription);
-    const std::wstring items = L"<FilesList/>";
-    EXPECT_EQ(
-        road.ConvertFrame(items),
-        L"err:There is no successfully imported snapshot.\n--tr:Failed to convert source paths to off-host "
-        L"shadow paths. Given specification: '" +
-            items + L"'.");
-    road.CloseBoth();
-    EXPECT_TRUE(road.hosts.proxy.state_lines("shadows.txt").empty());
 }
 
 TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBothClean) {
@@ -212,8 +203,9 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
     ASSERT_GE(vms.size(), 2u);
     const std::string failedVm = to_ansi(guid_to_wstring(vms[1]));
 
+    const std::string backup = (tools.hosts.host.dir() / "backup").string();
     const client_run_t run =
-        RunOffhost(tools, tools.hosts.host.dir() / "spec-offhost.xml", {"--fail-vm", failedVm});
+        RunBoth(tools, "offhost", "spec-offhost.xml", {"--to", backup, "--fail-vm", failedVm});
     EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "Import task completed")) << run.out;
     EXPECT_TRUE(contains(run.out, "Import and snapshot closed.")) << run.out;
@@ -249,7 +241,8 @@ TEST(OffhostClient, CopiesTheSnapshotOnTheProxyReportsEachVmOnTheHostAndLeavesBo
 
 TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
     offhost_tools_t tools;
-    const client_run_t run = RunOffhost(tools, tools.hosts.host.dir() / "spec.xml");
+    const client_run_t run =
+        RunBoth(tools, "offhost", "spec.xml", {"--to", (tools.hosts.host.dir() / "backup").string()});
     EXPECT_EQ(run.status, client::exit_error_response) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "The host made no transportable snapshot")) << run.out;
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
@@ -261,12 +254,8 @@ TEST(OffhostClient, AnOnHostSpecificationEndsTheRoadBeforeTheProxyIsAsked) {
 TEST(OffhostClient, AFieldCheckReadsSamplesOnTheProxyAndReportsBothToolsSteps) {
     offhost_tools_t tools;
     const fs::path report = tools.hosts.host.dir() / "report.txt";
-    std::ostringstream out, err;
-    const int status = client::RunClient({"check", "--host-pipe", "host", "--proxy-pipe", "proxy", "--spec",
-                                          (tools.hosts.host.dir() / "spec-offhost.xml").string(), "--report",
-                                          report.string()},
-                                         out, err);
-    EXPECT_EQ(status, client::exit_success) << out.str() << err.str();
+    const client_run_t run = RunBoth(tools, "check", "spec-offhost.xml", {"--report", report.string()});
+    EXPECT_EQ(run.status, client::exit_success) << run.out << run.err;
     EXPECT_EQ(tools.proxyRun.WaitForExit(), 0);
     EXPECT_EQ(tools.hostRun.WaitForExit(), 0);
     const std::string text = read_file(report);

@@ -80,11 +80,13 @@ long WorkerThreadId(const std::string& log, const std::string& role) {
     return id == std::string::npos ? 0 : std::strtol(log.c_str() + id + marker.size(), nullptr, 10);
 }
 
-// A host whose faults are gone serves the next backup, and is left clean after it.
-void ExpectTheNextBackupSucceeds(const hyperv_host_t& host, const std::vector<spec_vm_t>& vms) {
+const std::vector<spec_vm_t> twoVms{{local_vm}, {csv_vm}};
+
+// A host whose faults are gone serves the next backup of the two VMs, and is left clean after it.
+void ExpectTheNextBackupSucceeds(const hyperv_host_t& host) {
     host.write("host.xml", hyperv_host_xml());
     ToolJob next(host.dir());
-    ASSERT_TRUE(next.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    ASSERT_TRUE(next.Begin(spec_xml(twoVms, usual_providers)).IsSuccess());
     EXPECT_TRUE(next.Succeeds());
     next.Close();
     EXPECT_TRUE(host.is_clean());
@@ -156,7 +158,6 @@ struct road_failure_t {
     const char* name;
     std::string hostExtra{};
     std::string systemProvider{};
-    std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
     // Closes the task as soon as the host sees this call, before any verdict.
     std::string closeAt{};
     // Pieces of the error description, or of the log when the task was closed before its verdict.
@@ -223,7 +224,7 @@ const road_failure_t failures[] = {
 TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
     const road_failure_t& c = GetParam();
     Road road(c.hostExtra, c.systemProvider);
-    const CResponse begin = road.Begin(c.vms);
+    const CResponse begin = road.Begin(twoVms);
     ASSERT_TRUE(begin.IsSuccess());
     std::string seen;
     if (!c.closeAt.empty()) {
@@ -255,7 +256,7 @@ TEST_P(SnapshotRoadFailure, EndsTheTaskAndLeavesTheHostCleanAndTheToolServing) {
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
     EXPECT_TRUE(road.host.state_lines("creation.txt").empty());
 
-    ExpectTheNextBackupSucceeds(road.host, c.vms);
+    ExpectTheNextBackupSucceeds(road.host);
     EXPECT_EQ(road.host.count("ImplicitAbort"), 1u);
 }
 
@@ -267,12 +268,11 @@ TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouch
     // The first job's snapshot takes a while, long enough for the second to reach StartSnapshotSet.
     Road first(R"(<Fault op="DoSnapshotSet" delayMs="3000"/>)");
     ToolJob second(first.host.dir());
-    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}};
-    ASSERT_TRUE(first.Begin(vms).IsSuccess());
+    ASSERT_TRUE(first.Begin(twoVms).IsSuccess());
     first.WaitForCall("DoSnapshotSet");
     const std::string csvStateOfTheFirst = read_file(first.host.dir() / "state" / "csv.txt");
 
-    ASSERT_TRUE(second.Begin(spec_xml(vms, usual_providers)).IsSuccess());
+    ASSERT_TRUE(second.Begin(spec_xml(twoVms, usual_providers)).IsSuccess());
     const CResponse status = second.WaitForVerdict();
     EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
     const std::string description = to_ansi(status.Value(L"ErrDescription"));
@@ -290,7 +290,7 @@ TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouch
     first.Close();
     EXPECT_TRUE(first.host.is_clean());
     EXPECT_EQ(first.host.state_lines("backups.txt").size(), 3u) << "the first job's backup and its two VMs";
-    ExpectTheNextBackupSucceeds(first.host, vms);
+    ExpectTheNextBackupSucceeds(first.host);
 }
 
 // The report is taken at its word; only the writer, at the close, can't be told about it.
@@ -314,7 +314,7 @@ TEST(SnapshotRoad, ASignalToTheWorkerDuringTheHoldLeavesTheToolServingAndNoShado
         "detect_leaks=0";
     ::setenv("ASAN_OPTIONS", withoutLeakCheck.c_str(), 1);
     Road road;
-    ASSERT_TRUE(road.Begin({{local_vm}, {csv_vm}}).IsSuccess());
+    ASSERT_TRUE(road.Begin(twoVms).IsSuccess());
     ASSERT_TRUE(road.Succeeds());
     ASSERT_FALSE(road.host.state_lines("shadows.txt").empty());
 
@@ -349,7 +349,7 @@ TEST(SnapshotRoad, AToolEndedByASignalWhileCreatingHoldingOrClosingLeavesNothing
             SCOPED_TRACE("stage " + std::to_string(static_cast<int>(stage)) + ", signal " +
                          std::to_string(signal));
             Road road(fault);
-            ASSERT_TRUE(road.Begin({{local_vm}, {csv_vm}}).IsSuccess());
+            ASSERT_TRUE(road.Begin(twoVms).IsSuccess());
             std::thread closer;
             if (stage == Stage::creating) {
                 road.WaitForCall("DoSnapshotSet");
