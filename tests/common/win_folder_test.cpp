@@ -21,27 +21,20 @@ TEST(FolderCreation, MakesEveryMissingLevelFromTheTopThatTheProbesThenSee) {
     // Again: nothing to do, no failure; nor for a drive alone.
     EXPECT_NO_THROW(win::create_folder(tree.wide("a\\b")));
     EXPECT_NO_THROW(win::create_folder(L"C:"));
-    // Probes tell files and folders apart, answer roots as folders and what is not there as false.
+    // Probes tell files and folders apart, answer roots as folders and what is not there as false, not
+    // a failure: f a file, d a folder, - nothing there.
     tree.add_file("Dir/File.txt");
-    bool is_folder = false;
-    EXPECT_TRUE(win::path_exists(tree.wide("Dir\\File.txt"), is_folder));
-    EXPECT_FALSE(is_folder);
-    EXPECT_TRUE(win::path_exists(tree.wide("dir\\"), is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_FALSE(win::folder_exists(tree.wide("Dir\\File.txt")));
-    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
-    // What is not there is false, not a failure.
-    is_folder = true;
-    EXPECT_FALSE(win::path_exists(tree.wide("none"), is_folder));
-    EXPECT_FALSE(is_folder);
+    std::string kinds;
+    for (const std::wstring& path : {tree.wide("Dir\\File.txt"), tree.wide("dir\\"), tree.wide("none"),
+                                     std::wstring(L"/"), std::wstring(L"Q:\\nowhere")}) {
+        bool is_folder = true;
+        kinds += win::path_exists(path, is_folder) ? (is_folder ? 'd' : 'f') : (is_folder ? '?' : '-');
+        kinds += win::folder_exists(path) ? 'd' : '-';
+    }
+    EXPECT_EQ(kinds, "f-dd--dd--");
     EXPECT_FALSE(win::path_exists(tree.wide("none\\deeper")));
-    EXPECT_FALSE(win::folder_exists(L"Q:\\nowhere"));
+    EXPECT_TRUE(win::folder_exists(std::filesystem::path(tree.wide("DIR")).string()));
     EXPECT_FALSE(win::folder_exists(L""));
-    // Roots are answered as folders.
-    is_folder = false;
-    EXPECT_TRUE(win::path_exists(L"/", is_folder));
-    EXPECT_TRUE(is_folder);
-    EXPECT_TRUE(win::folder_exists(L"/"));
     EXPECT_FALSE(win::folder_exists(L"Q:\\"));
 }
 
@@ -103,16 +96,12 @@ TEST(FolderCreation, PathsWithoutACreatableParentAFileInTheWayOrAnUnmappedParent
         // Windows says that the folder's name is invalid (267); Wine's search, that the name is (123).
         EXPECT_TRUE(e.code() == 267 || (e.code() == 123 && !test_env::simulated_host)) << e.code();
     }
-    // A parent that no volume holds fails at each level.
-    try {
-        win::create_folder(L"Q:\\x\\y");
-        FAIL() << "no exception";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.messages().back().text, "Cannot create folder. Folder path: [Q:\\x\\y].");
-        EXPECT_EQ(e.messages()[1].text, "CreateDirectory(Q:\\x) function call failed.");
-        // As CreateDirectory says where the parent is missing: the path, not the file. Wine says
-        // the file for a drive that no volume holds.
-        const DWORD expected = test_support::under_wine() ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
-        EXPECT_EQ(e.code(), expected);
-    }
+    // A parent that no volume holds fails at each level. As CreateDirectory says where the parent is
+    // missing: the path, not the file. Wine says the file for a drive that no volume holds.
+    const DWORD missing = test_support::under_wine() ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+    EXPECT_EQ(failure_lines([] { win::create_folder(L"Q:\\x\\y"); }),
+              (std::vector<std::string>{exc::sys_error_text(missing),
+                                        "CreateDirectory(Q:\\x) function call failed.",
+                                        "Cannot create folder. Folder path: [Q:\\x].",
+                                        "Cannot create folder. Folder path: [Q:\\x\\y]."}));
 }
