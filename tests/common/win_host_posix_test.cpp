@@ -40,16 +40,6 @@ const char* const host_xml = R"(<Host name="T">
   <Fault op="GetVolumePathNameW" err="21" match="notready"/>
 </Host>)";
 
-class SimulatedHost : public ::testing::Test {
-protected:
-    SimulatedHost() : host(host_xml) {
-        host.tree().add_file("volumes/c/VMs/vm1/a.vhdx");
-        host.tree().add_file("volumes/c/VMs/faulty/a.vhdx");
-        host.tree().add_file("volumes/c/VMs/faulty/b.vhdx");
-    }
-    win_test::selected_host_t host;
-};
-
 const wchar_t* const keepsafe = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
 struct situation_t {
@@ -85,9 +75,11 @@ const situation_t situations[] = {
 
 } // namespace
 
-TEST_F(SimulatedHost, RegistryVolumesAndSearchesAndTheirFailures) {
+TEST(SimulatedHost, RegistryVolumesAndSearchesAndTheirFailures) {
+    const win_test::selected_host_t host(host_xml);
+    for (const char* file : {"VMs/vm1/a.vhdx", "VMs/faulty/a.vhdx", "VMs/faulty/b.vhdx", "locked/a.vhdx"})
+        host.tree().add_file(std::string("volumes/c/") + file);
     win_reg_key_t key = reg_open_subkey(keepsafe, reg_access_read_64);
-    ASSERT_TRUE(key.valid());
     std::wstring text;
     EXPECT_TRUE(reg_read_string(key, L"LogDirectory", text));
     EXPECT_EQ(text, L"C:\\Logs\\");
@@ -120,27 +112,21 @@ TEST_F(SimulatedHost, RegistryVolumesAndSearchesAndTheirFailures) {
     EXPECT_EQ(volume_device_name(L"C:\\"), volume);
     EXPECT_EQ(volume_mount_points(volume), (std::vector<std::wstring>{L"C:\\", L"E:\\mnt\\"}));
     EXPECT_EQ(cluster_storage_root(), L"C:\\ClusterStorage");
-    // Failures carry their texts.
     EXPECT_EQ(sys_failure([] { volume_mount_point(L"C:\\notready\\x"); }),
               "21 Failed to get volume mount point. File name: [C:\\notready\\x]");
     EXPECT_TRUE(sys_failure([] {
                     volume_device_name(L"Z:\\");
                 }).ends_with(" Failed to get volume device name. Volume mount point: [Z:\\]"));
     // Search through mount points and volume names, and its failures.
-    win_file_search_t by_drive(L"c:\\vms\\VM1\\*.VHDX");
-    ASSERT_TRUE(by_drive.found());
-    EXPECT_EQ(by_drive.current().name, L"a.vhdx");
+    EXPECT_EQ(win_file_search_t(L"c:\\vms\\VM1\\*.VHDX").current().name, L"a.vhdx");
     EXPECT_TRUE(folder_exists(L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-000000000001}\\VMs"));
     EXPECT_TRUE(folder_exists(L"C:\\"));
-    // Failures name their mask.
-    host.tree().add_file("volumes/c/locked/a.vhdx");
     EXPECT_FALSE(runtime::search_or_warn(L"C:\\locked\\*").found());
     EXPECT_EQ(sys_failure([] { win_file_search_t(L"C:\\locked\\*"); }),
               "5 File search operation has failed. Search mask: [C:\\locked\\*].");
 
     // A search that fails after its first entry throws, and is over.
     win_file_search_t search(L"C:\\VMs\\faulty\\*.vhdx");
-    ASSERT_TRUE(search.found());
     EXPECT_EQ(sys_failure([&] { search.next(); }),
               "1117 File search operation has failed. Search mask: [C:\\VMs\\faulty\\*.vhdx].");
     EXPECT_FALSE(search.found());
