@@ -51,7 +51,6 @@ TEST(FileOperations, WriteSeekReadResizeReopenAndFailuresThatNameTheFile) {
     auto old = file_open(tree.wide("old.txt"));
     EXPECT_EQ(read_all(*old), "kept");
     EXPECT_EQ(file_seek(*old, 0, seek_method_t::end), 4u);
-    // Failures name the file.
     const std::string busy = std::filesystem::path(tree.wide("busy.log")).string();
     auto first = file_open(tree.wide("busy.log"));
     // A second writer is refused with the sharing code until the first has gone.
@@ -72,14 +71,9 @@ TEST(HandleOwnership, EachValueIsClosedOnceByItsLastOwner) {
         fake_handle_t a(1);
         fake_handle_t b(2);
         a = std::move(b);
-        EXPECT_EQ(g_closed, std::vector<int>{1});
-        EXPECT_EQ(a.get(), 2);
-        EXPECT_FALSE(b.valid());
         fake_handle_t c(std::move(a));
-        EXPECT_FALSE(a.valid());
         fake_handle_t& same = c;
         c = std::move(same);
-        EXPECT_EQ(c.get(), 2);
         EXPECT_EQ(g_closed, std::vector<int>{1});
     }
     EXPECT_EQ(g_closed, (std::vector<int>{1, 2}));
@@ -92,8 +86,7 @@ TEST(HandleOwnership, EachValueIsClosedOnceByItsLastOwner) {
     EXPECT_EQ(g_closed, (std::vector<int>{1, 2, 5}));
     EXPECT_EQ(e.get(), 6);
     // A kernel handle that is empty or invalid means none.
-    win_handle_t none;
-    EXPECT_FALSE(none.valid());
+    EXPECT_FALSE(win_handle_t().valid());
     win_handle_t invalid(invalid_handle());
     EXPECT_FALSE(invalid.valid());
     EXPECT_EQ(failure_lines([&] { (void)invalid.handle(); }),
@@ -129,10 +122,8 @@ TEST(WinPathText, SplitJoinRootsOfEveryFormAndSharesApartFromDevicePaths) {
     for (const wchar_t* not_root : {L"", L"C:\\a", L"\\\\srv", L"\\\\srv\\share\\dir",
                                     L"\\\\?\\Volume{1}\\dir", L"/tmp", L"\\\\?\\GLOBALROOT\\Device"})
         EXPECT_FALSE(is_root_path(not_root)) << not_root;
-    // A share is told from device paths.
     EXPECT_TRUE(is_unc_share_path(L"\\\\fs01\\vms\\a.vhdx"));
-    EXPECT_FALSE(is_unc_share_path(L"\\\\?\\Volume{1}\\a"));
-    EXPECT_FALSE(is_unc_share_path(L"\\\\.\\pipe\\x"));
-    EXPECT_FALSE(is_unc_share_path(L"C:\\a"));
+    for (const wchar_t* not_share : {L"\\\\?\\Volume{1}\\a", L"\\\\.\\pipe\\x", L"C:\\a"})
+        EXPECT_FALSE(is_unc_share_path(not_share)) << not_share;
     EXPECT_EQ(strip_trailing_separators(L"C:\\a\\\\/"), L"C:\\a");
 }

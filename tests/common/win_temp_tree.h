@@ -4,6 +4,7 @@
 
 #include "tests/support/process_env.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -29,9 +30,7 @@ public:
     // A native root ('/' leads) with the rest in the Windows form.
     std::wstring wide(const std::string& relative = std::string()) const {
         std::wstring rest = std::filesystem::path(relative).wstring();
-        for (auto& c : rest)
-            if (c == L'/')
-                c = L'\\';
+        std::replace(rest.begin(), rest.end(), L'/', L'\\');
         return rest.empty() ? root_.wstring() : root_.wstring() + L"\\" + rest;
     }
     void add_file(const std::string& relative, const std::string& content = "x") const {
