@@ -197,18 +197,16 @@ TEST_F(crashing_worker_test, CrashesWriteADumpAndEndOnlyTheirThread) {
     EXPECT_EQ(run_worker(&dereference_null), 0xFFFFFFFFu);
     ASSERT_EQ(dump_names(), std::vector<std::string>{first_dump});
     const std::string dump = dump_text(first_dump);
+    EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
 #ifdef _WIN32
     EXPECT_EQ(dump.substr(0, 4), "MDMP");
     EXPECT_TRUE(log_has("Writing dump. Dump path: "));
 #else
-    EXPECT_NE(dump.find("Signal: 11 (SIGSEGV)"), std::string::npos) << dump;
-    EXPECT_NE(dump.find("Thread id: " + std::to_string(worker_id_) + ", role: Crasher"), std::string::npos)
-        << dump;
-    EXPECT_NE(dump.find("Backtrace:\n"), std::string::npos);
+    const std::string head =
+        "Signal: 11 (SIGSEGV), fault address: (nil)\nThread id: " + std::to_string(worker_id_) +
+        ", role: Crasher\nBacktrace:\n";
+    EXPECT_EQ(dump.substr(0, head.size()), head);
     EXPECT_GT(std::count(dump.begin(), dump.end(), '\n'), 3) << "no frames in the backtrace";
-#endif
-    EXPECT_TRUE(log_has("Crash handlers were successfully executed."));
-#ifndef _WIN32
     // Windows ends the crashed worker inside the filter, before its routine's own last line.
     EXPECT_EQ(log_count("Thread finished. Role: 'Crasher'."), 1u);
 #endif
