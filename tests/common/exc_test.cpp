@@ -22,17 +22,13 @@ struct null_text_exception : std::exception {
     const char* what() const noexcept override { return nullptr; }
 };
 
-void fail_create_directory() {
-    try {
-        throw exc::win_sys_exc_t("CreateDirectory(%1) function call failed.", "C:\\B", 5);
-    } catch (const std::exception& e) {
-        exc::rethrow_with_message("Cannot create folder. Folder path: [%1].", "C:\\B", e);
-    }
-}
-
 void fail_snapshot_task() {
     try {
-        fail_create_directory();
+        try {
+            throw exc::win_sys_exc_t("CreateDirectory(%1) function call failed.", "C:\\B", 5);
+        } catch (const std::exception& e) {
+            exc::rethrow_with_message("Cannot create folder. Folder path: [%1].", "C:\\B", e);
+        }
     } catch (const std::exception& e) {
         exc::rethrow_with_trace("Failed to create snapshot task. Job: '%1'. Backup console: '%2'.", "J", "C",
                                 e);

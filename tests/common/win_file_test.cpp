@@ -40,7 +40,6 @@ TEST(FileOperations, WriteSeekReadResizeReopenAndFailuresThatNameTheFile) {
     win_test::temp_tree_t tree;
     auto file = file_open(tree.wide("log.txt"));
     EXPECT_EQ(file_write(*file, "hello world", 11), 11u);
-    EXPECT_EQ(file_size(*file), 11u);
     EXPECT_EQ(file_seek(*file, -5, seek_method_t::end), 6u);
     EXPECT_EQ(file_seek(*file, 2, seek_method_t::current), 8u);
     file_set_size(*file, 5);
@@ -50,7 +49,6 @@ TEST(FileOperations, WriteSeekReadResizeReopenAndFailuresThatNameTheFile) {
     tree.add_file("old.txt", "kept");
     auto old = file_open(tree.wide("old.txt"));
     EXPECT_EQ(read_all(*old), "kept");
-    EXPECT_EQ(file_seek(*old, 0, seek_method_t::end), 4u);
     const std::string busy = std::filesystem::path(tree.wide("busy.log")).string();
     auto first = file_open(tree.wide("busy.log"));
     // A second writer is refused with the sharing code until the first has gone.
