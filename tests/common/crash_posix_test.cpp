@@ -140,15 +140,14 @@ TEST_F(abandoned_worker_test, a_worker_killed_while_it_waits_leaves_events_and_t
     ASSERT_TRUE(asleep(holder.thread_id.load()));
     ::syscall(SYS_tgkill, ::getpid(), holder.thread_id.load(), SIGSEGV);
 
-    const bool finished = finishes_in_time([&] {
+    ASSERT_TRUE(finishes_in_time([&] {
         worker.stop_wait_for(10000);
         EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
         holder.close_event.set();
         win::win_thread_t next(&hold_until_closed, &holder, "Next");
         next.stop_wait_for(10000);
         EXPECT_EQ(next.exit_code(), win::wait_object_0);
-    });
-    ASSERT_TRUE(finished) << "waits and events hang after the worker's death";
+    })) << "waits and events hang after the worker's death";
     EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(worker.thread_id()), nullptr);
     EXPECT_EQ(log_count("Thread finished. Role: 'Holder'."), 1u);
 }
@@ -157,11 +156,10 @@ TEST_F(abandoned_worker_test, a_worker_that_crashes_inside_a_log_write_leaves_th
     logging::main_log()->install(std::make_shared<crashing_receiver_t>(logging::main_log()->receiver()),
                                  false);
     win::win_thread_t worker(&log_and_crash, nullptr, "Writer");
-    const bool finished = finishes_in_time([&] {
+    ASSERT_TRUE(finishes_in_time([&] {
         worker.stop_wait_for(10000);
         log_info(logging::lib_logger(), "the main thread goes on");
-    });
-    ASSERT_TRUE(finished) << "the log hangs after the worker's death";
+    })) << "the log hangs after the worker's death";
     EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
     EXPECT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("the main thread goes on"));
