@@ -7,6 +7,8 @@
 #include "common/crash/fault_win32.h"
 #include "common/exc/exc.h"
 #include "log_test_support.h"
+#include "sys_failure.h"
+#include "tests/support/failure_lines.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +27,15 @@ struct made_up_fault_t {
     crash::fault_t fault{&pointers};
 };
 
+// Whether the pieces stand in the text in this order.
+bool in_order(const std::string& text, std::initializer_list<std::string> pieces) {
+    std::size_t at = 0;
+    for (const std::string& piece : pieces)
+        if ((at = text.find(piece, at)) == std::string::npos)
+            return false;
+    return true;
+}
+
 EXCEPTION_POINTERS* g_seen = nullptr;
 
 LONG WINAPI previous_filter(EXCEPTION_POINTERS* pointers) {
@@ -42,43 +53,28 @@ TEST_F(exception_log_test, LegacyDumpHoldsTheExceptionTheModulesAndTheStackAndRe
     ASSERT_EQ(dump_names(), std::vector<std::string>{"RZ_crash_0.log"});
     EXPECT_TRUE(log_has("Writing legacy dump. Dump path: "));
     const std::string record = dump_text("RZ_crash_0.log");
-    EXPECT_NE(record.find("// Exception: 0xc0000005, Address: 0x"), std::string::npos) << record;
-    EXPECT_NE(record.find("// Process test_common.exe ("), std::string::npos) << record;
-    const std::size_t modules = record.find("Loaded modules:\n\n");
-    const std::size_t frames = record.find("Stack frames:\n");
-    ASSERT_NE(modules, std::string::npos) << record;
-    ASSERT_NE(frames, std::string::npos) << record;
-    EXPECT_NE(record.substr(modules, frames - modules).find("test_common.exe ("), std::string::npos)
+    EXPECT_TRUE(in_order(record, {"// Exception: 0xc0000005, Address: 0x", "// Process test_common.exe (",
+                                  "Loaded modules:\n\n", "test_common.exe (", "Stack frames:\n", "0x0000"}))
         << record;
-    EXPECT_NE(record.substr(frames).find("0x0000"), std::string::npos) << "no frame: " << record;
     // Records are appended, and a record without fault tells where it was written.
     const std::wstring path = (dumps_ / "exceptions.log").wstring();
     crash::win32::exception_log().write_record(path, nullptr);
     crash::win32::exception_log().write_record(path, &fault.pointers);
     const std::string records = dump_text("exceptions.log");
-    const std::size_t first = records.find("// Exception: 0x00000000, Address: 0x00000000");
-    const std::size_t second = records.find("// Exception: 0xc0000005");
-    ASSERT_NE(first, std::string::npos) << records;
-    EXPECT_GT(second, first);
-    EXPECT_NE(second, std::string::npos) << records;
+    EXPECT_TRUE(
+        in_order(records, {"// Exception: 0x00000000, Address: 0x00000000", "// Exception: 0xc0000005"}))
+        << records;
     EXPECT_TRUE(crash::win32::exception_log_t::default_file().ends_with(L"test_common-exceptions.log"));
 }
 
 TEST_F(exception_log_test, AFolderThatCannotBeMadeOrAFileThatCannotBeOpenedIsAFailureWithItsReason) {
     std::ofstream(dumps_ / "file") << "a file, not a folder";
-    try {
-        crash::win32::legacy_dump_gen_t().generate(0, (dumps_ / "file" / "dumps").string(), "RZ", nullptr);
-        ADD_FAILURE() << "no failure";
-    } catch (const exc::exc_base_t& e) {
-        EXPECT_EQ(e.messages().back().text, "Crash details cannot be stored in legacy format.");
-    }
-    try {
-        crash::win32::exception_log().write_record(dumps_.wstring(), nullptr);
-        ADD_FAILURE() << "no failure";
-    } catch (const exc::win_sys_exc_t& e) {
-        EXPECT_EQ(e.messages().back().text,
-                  "Cannot open the exception log. File path: [" + dumps_.string() + "].");
-    }
+    const std::string blocked = (dumps_ / "file" / "dumps").string();
+    EXPECT_EQ(
+        failure_lines([&] { crash::win32::legacy_dump_gen_t().generate(0, blocked, "RZ", nullptr); }, 1),
+        std::vector<std::string>{"Crash details cannot be stored in legacy format."});
+    EXPECT_EQ(sys_failure([&] { crash::win32::exception_log().write_record(dumps_.wstring(), nullptr); }),
+              "5 Cannot open the exception log. File path: [" + dumps_.string() + "].");
 }
 
 TEST_F(exception_log_test, ThePreviousFilterAnswersForAFaultPassedOn) {

@@ -14,40 +14,32 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-std::string last_line(const std::function<void()>& call) {
-    const auto lines = failure_lines(call);
-    return lines.empty() ? "" : lines.back();
-}
-
-} // namespace
+#include <algorithm>
 
 TEST(Volumes, AFileResolvesToItsMountPointItsVolumeAndBackAndWhatNamesNoVolumeFails) {
     const std::wstring file = (std::filesystem::temp_directory_path() / "mirrack-volume-probe").wstring();
     const std::wstring mount_point = win::volume_mount_point(file);
-    ASSERT_FALSE(mount_point.empty());
-    EXPECT_EQ(mount_point.back(), L'\\');
+    ASSERT_TRUE(mount_point.ends_with(L'\\')) << to_ansi(mount_point);
     EXPECT_TRUE(iequals(file.substr(0, mount_point.size()), mount_point)) << to_ansi(mount_point);
     const std::wstring volume = win::volume_device_name(mount_point);
     EXPECT_TRUE(volume.starts_with(L"\\\\?\\Volume{") && volume.ends_with(L"}\\")) << to_ansi(volume);
-    bool found = false;
-    for (const std::wstring& point : win::volume_mount_points(volume))
-        found = found || iequals(point, mount_point);
-    EXPECT_TRUE(found) << to_ansi(mount_point);
-    EXPECT_EQ(last_line([] { win::volume_mount_point(L""); }),
-              "Failed to get volume mount point. File name: []");
-    EXPECT_EQ(last_line([] { win::volume_device_name(L"Q:\\no\\such\\mount\\"); }),
-              "Failed to get volume device name. Volume mount point: [Q:\\no\\such\\mount\\]");
+    EXPECT_TRUE(std::ranges::any_of(win::volume_mount_points(volume), [&](const std::wstring& point) {
+        return iequals(point, mount_point);
+    })) << to_ansi(mount_point);
     const std::wstring unknown = L"\\\\?\\Volume{00000000-0000-0000-0000-00000000beef}\\";
-    EXPECT_EQ(last_line([&] { win::volume_mount_points(unknown); }),
-              "Failed to get volume mount points. Volume name: [" + to_ansi(unknown) + "]");
+    EXPECT_EQ(failure_lines([] { win::volume_mount_point(L""); }, 1),
+              std::vector<std::string>{"Failed to get volume mount point. File name: []"});
+    EXPECT_EQ(failure_lines([] { win::volume_device_name(L"Q:\\no\\such\\mount\\"); }, 1),
+              std::vector<std::string>{
+                  "Failed to get volume device name. Volume mount point: [Q:\\no\\such\\mount\\]"});
+    EXPECT_EQ(failure_lines([&] { win::volume_mount_points(unknown); }, 1),
+              std::vector<std::string>{"Failed to get volume mount points. Volume name: [" +
+                                       to_ansi(unknown) + "]"});
 }
 
 TEST(Registry, TheSystemsOwnValuesReadAsTheirTypeAndNoOther) {
     const win::win_reg_key_t key =
         win::reg_open_subkey(L"SYSTEM\\CurrentControlSet\\Control\\Windows", win::reg_access_read_64);
-    ASSERT_TRUE(key.valid());
     DWORD service_pack = 0xFFFFFFFF;
     EXPECT_TRUE(win::reg_read_dword(key, L"CSDVersion", service_pack));
     EXPECT_LT(service_pack, 0x10000u);
@@ -76,9 +68,9 @@ TEST(ProcessFacts, TheCommandLineAndTheVersionOfAModuleThatHasNone) {
     EXPECT_TRUE(logging::platform::executable_module_path().ends_with("test_common.exe"));
 
     const win_test::temp_tree_t tree;
-    const std::filesystem::path& folder = tree.root();
-    const std::string plain = (folder / "plain.txt").string();
+    const std::string plain = (tree.root() / "plain.txt").string();
     std::ofstream(plain) << "no version resource";
-    EXPECT_EQ(last_line([&] { logging::platform::module_version(plain); }),
-              "Cannot retrieve the version of the specified module. Module path: [" + plain + "].");
+    EXPECT_EQ(failure_lines([&] { logging::platform::module_version(plain); }, 1),
+              std::vector<std::string>{"Cannot retrieve the version of the specified module. Module path: [" +
+                                       plain + "]."});
 }
