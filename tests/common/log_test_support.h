@@ -31,6 +31,8 @@
 
 namespace log_test {
 
+using lines_t = std::vector<std::string>;
+
 inline std::string gunzip(const std::filesystem::path& archive) {
     gzFile file = ::gzopen(archive.string().c_str(), "rb");
     EXPECT_NE(file, nullptr) << archive;
@@ -63,18 +65,17 @@ inline std::vector<std::string> names_in(const std::filesystem::path& folder) {
 
 using test_support::read_file;
 
-// Lines of a log file without their CR LF ends; a carriage return inside a line stays.
-inline std::vector<std::string> file_lines(const std::filesystem::path& path) {
-    const std::string text = read_file(path);
+// The lines of a log text without their ends; a carriage return inside a line stays.
+inline std::vector<std::string> lines_of(const std::string& text, const std::string& eol = "\r\n") {
     std::vector<std::string> lines;
     std::size_t start = 0;
     while (start < text.size()) {
-        const std::size_t end = text.find("\r\n", start);
-        EXPECT_NE(end, std::string::npos) << "line without CR LF: " << text.substr(start);
+        const std::size_t end = text.find(eol, start);
+        EXPECT_NE(end, std::string::npos) << "line without its end: " << text.substr(start);
         if (end == std::string::npos)
             break;
         lines.push_back(text.substr(start, end - start));
-        start = end + 2;
+        start = end + eol.size();
     }
     return lines;
 }
@@ -92,6 +93,14 @@ inline std::string body(const std::string& line, long thread_id = win::current_t
     return match.suffix().str();
 }
 
+// The lines of a log text that this thread wrote, each without its head.
+inline std::vector<std::string> bodies_of(const std::string& text, const std::string& eol = "\r\n") {
+    std::vector<std::string> bodies;
+    for (const auto& line : lines_of(text, eol))
+        bodies.push_back(body(line));
+    return bodies;
+}
+
 class log_file_test : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -104,12 +113,7 @@ protected:
         logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
     }
 
-    std::vector<std::string> bodies() const {
-        std::vector<std::string> result;
-        for (const auto& line : file_lines(log_path_))
-            result.push_back(body(line));
-        return result;
-    }
+    std::vector<std::string> bodies() const { return bodies_of(read_file(log_path_)); }
 
     bool log_has(const std::string& text) const {
         return read_file(log_path_).find(text) != std::string::npos;
