@@ -26,13 +26,10 @@ TEST(ValueTexts, NumbersPrintUngroupedAndHexZeroFilledAndOnlyFalseAndZeroAreFals
     EXPECT_EQ(num_to_string(static_cast<std::int32_t>(0x80070005u)), "-2147024891");
     EXPECT_EQ(num_to_string(std::uint64_t{18446744073709551615ULL}), "18446744073709551615");
     EXPECT_EQ(hex_to_string(0xABu), "0x000000ab");
-    // Only false and zero are false.
-    EXPECT_TRUE(string_to_bool("TRUE"));
-    EXPECT_FALSE(string_to_bool("False"));
-    EXPECT_FALSE(string_to_bool("0"));
-    EXPECT_TRUE(string_to_bool("no"));
-    EXPECT_TRUE(string_to_bool(""));
-    EXPECT_TRUE(string_to_bool("00"));
+    for (const char* text : {"TRUE", "no", "", "00"})
+        EXPECT_TRUE(string_to_bool(text)) << text;
+    for (const char* text : {"False", "0"})
+        EXPECT_FALSE(string_to_bool(text)) << text;
 }
 
 TEST(GuidText, RoundTripsInLowerCaseWithBracesAndRefusalsNameTheText) {
@@ -92,22 +89,12 @@ TEST(FormatMessage, MarkersSelectArgumentsInAnyOrderRepeatAndEndAtTheFirstNonDig
     for (int i = 1; i <= 12; ++i)
         twelve.push_back(std::string("v").append(std::to_string(i)));
     EXPECT_EQ(format_message("%12|%1 2", twelve), "v12|v1 2");
+    EXPECT_EQ(format_message("%1", std::vector<std::string>{}), "%1");
+    EXPECT_EQ(format_message_w(L"50% %", L"a"), L"50% %");
     // Arguments are not expanded again, and the template ends at its first zero.
     EXPECT_EQ(format_message("%1 %2", "%2", "b"), "%2 b");
-    EXPECT_EQ(format_message("<%1>", ""), "<>");
     EXPECT_EQ(format_message(std::string("a%1\0%1", 5), "x"), "ax");
     // Markers without an argument stay as parsed, and other percent signs are copied.
-    EXPECT_EQ(format_message("%1", std::vector<std::string>{}), "%1");
-    EXPECT_EQ(format_message("%12", "a"), "%12");
-    EXPECT_EQ(format_message("%3 %0", "a", "b"), "%3 %0");
-    EXPECT_EQ(format_message("%007", "a"), "%7");
-    EXPECT_EQ(format_message("%-1", "a"), "%-1");
-    EXPECT_EQ(format_message("% 1|%+1", "a"), "a|a");
-    EXPECT_EQ(format_message("%99999999999", "a"), "%2147483647");
-    EXPECT_EQ(format_message("%-99999999999", "a"), "%-2147483648");
-    EXPECT_EQ(format_message("100%", "a"), "100%");
-    EXPECT_EQ(format_message("%%1", "a"), "%a");
-    EXPECT_EQ(format_message("%%", "a"), "%%");
-    EXPECT_EQ(format_message("%-x", "a"), "%-x");
-    EXPECT_EQ(format_message_w(L"50% %", L"a"), L"50% %");
+    EXPECT_EQ(format_message("%12|%3 %0|%007|%-1|% 1|%+1|%99999999999|%-99999999999|%%1|%%|%-x|100%", "a"),
+              "%12|%3 %0|%7|%-1|a|a|%2147483647|%-2147483648|%a|%%|%-x|100%");
 }
