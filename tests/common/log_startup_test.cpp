@@ -13,13 +13,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A variable of the environment for as long as the object lives.
-struct scoped_env {
-    scoped_env(const char* name, const std::string& value) : name_(name) { test_env::set(name, value); }
-    ~scoped_env() { test_env::unset(name_); }
-    const char* name_;
-};
-
 // A simulated host whose registry names the log directory.
 std::string log_directory_host(const std::string& log_directory) {
     return "<Host name=\"T\"><Registry><Key path=\"SOFTWARE\\Orlix\\Orlix Keepsafe\">"
@@ -29,7 +22,11 @@ std::string log_directory_host(const std::string& log_directory) {
 
 class log_startup_test : public ::testing::Test {
 protected:
-    void TearDown() override { logging::main_log()->install(nullptr, false); }
+    void TearDown() override {
+        logging::main_log()->install(nullptr, false);
+        test_env::unset("MIRRACK_DATA_DIR");
+        test_env::unset("MIRRACK_TEST_EXIT_LOG");
+    }
     win_test::temp_tree_t tree_;
     fs::path folder_ = tree_.root();
 };
@@ -41,7 +38,7 @@ protected:
 TEST_F(log_startup_test, log_path_comes_from_the_log_token_else_the_log_directory_else_the_fallback_folder) {
     if (!test_env::simulated_host)
         GTEST_SKIP() << "The registry and the fallback folder are the simulated host's on POSIX only.";
-    scoped_env data("MIRRACK_DATA_DIR", "/data");
+    test_env::set("MIRRACK_DATA_DIR", "/data");
     using runtime::log_path_from_arguments;
     EXPECT_EQ(log_path_from_arguments(L"Mirrack.log", {L"prog", L"--pipemode", L"-LOG", L"D:\\x.log", L"-p"}),
               L"D:\\x.log");
@@ -96,7 +93,7 @@ TEST_F(log_startup_test, library_context_ends_at_process_exit_with_its_last_line
     // own: the path of the log comes to it through the environment that it inherits.
     const char* inherited = std::getenv("MIRRACK_TEST_EXIT_LOG");
     const fs::path log = inherited ? fs::path(inherited) : folder_ / "exit.log";
-    const scoped_env handed_on("MIRRACK_TEST_EXIT_LOG", log.string());
+    test_env::set("MIRRACK_TEST_EXIT_LOG", log.string());
     EXPECT_EXIT(
         {
             runtime::start_common_library("Mirrack.log", {L"prog", L"-log", from_utf8(log.string())});
