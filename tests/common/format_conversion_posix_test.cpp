@@ -67,6 +67,7 @@ TEST(ReplacingConversion, WideTextWithoutScalarValuesNarrowsToReplacements) {
             std::wstring round = wide_ascii;
             round.insert(at, 1, c);
             EXPECT_EQ(from_utf8(to_utf8(round)), round) << at;
+            EXPECT_EQ(to_unicode(to_ansi(round)), round) << at;
         }
     }
     // Wide text is narrowed a stage of a thousand characters at a time: around the stages' seams.

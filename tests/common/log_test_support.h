@@ -36,12 +36,10 @@ using lines_t = std::vector<std::string>;
 inline std::string gunzip(const std::filesystem::path& archive) {
     gzFile file = ::gzopen(archive.string().c_str(), "rb");
     EXPECT_NE(file, nullptr) << archive;
-    if (file == nullptr)
-        return "";
     std::string text;
     char buffer[4096];
     int got = 0;
-    while ((got = ::gzread(file, buffer, sizeof buffer)) > 0)
+    while (file != nullptr && (got = ::gzread(file, buffer, sizeof buffer)) > 0)
         text.append(buffer, static_cast<std::size_t>(got));
     EXPECT_EQ(got, 0) << archive;
     ::gzclose(file);
@@ -115,9 +113,7 @@ protected:
 
     std::vector<std::string> bodies() const { return bodies_of(read_file(log_path_)); }
 
-    bool log_has(const std::string& text) const {
-        return read_file(log_path_).find(text) != std::string::npos;
-    }
+    bool log_has(const std::string& text) const { return test_support::contains(read_file(log_path_), text); }
 
     std::size_t log_count(const std::string& text) const {
         const std::string log = read_file(log_path_);
