@@ -57,7 +57,6 @@ TEST(CaseFolding, FoldsAsciiLettersOnlyAndLogShorteningCutsAt128) {
     EXPECT_TRUE(iequals(std::wstring(L"C:\\VMs"), std::wstring(L"c:\\vms")));
     EXPECT_FALSE(iequals(std::wstring(L"\u00c4"), std::wstring(L"\u00e4")));
     EXPECT_EQ(to_lower(L"AZ[az]\u00c4"), L"az[az]\u00c4");
-    // Text for the log is cut at 128.
     const std::string exact(128, 'x');
     EXPECT_EQ(shorten_for_log(exact), exact);
     const std::string longer = std::string(128, 'y') + "tail";

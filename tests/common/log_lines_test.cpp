@@ -22,13 +22,9 @@ struct no_text_exception : std::exception {
     const char* what() const noexcept override { return nullptr; }
 };
 
-struct observed_steps {
-    std::vector<std::string> inside;
-    std::size_t after = 99;
-};
-
+// The steps that two blocks push on a worker's state, then how many are left once both have closed.
 DWORD run_block_on_worker(void* argument) {
-    auto* seen = static_cast<observed_steps*>(argument);
+    auto* seen = static_cast<lines_t*>(argument);
     auto state = monitoring::CThreadStatesCollection::get()->find(win::current_thread_id());
     if (!state)
         return 1;
@@ -37,11 +33,11 @@ DWORD run_block_on_worker(void* argument) {
         log_scope_t block(logging::tool_logger(), "outer step");
         log_scope_t quiet(log_scope_t::silent, logging::tool_logger(), "quiet step");
         for (std::size_t i = before; i < state->steps().size(); ++i)
-            seen->inside.push_back(state->steps()[i]->text());
+            seen->push_back(state->steps()[i]->text());
         quiet.ok();
         block.ok();
     }
-    seen->after = state->steps().size() - before;
+    seen->push_back(std::to_string(state->steps().size() - before) + " left");
     return 0;
 }
 
@@ -184,13 +180,11 @@ TEST_F(log_file_test, blocks_frame_their_lines_fail_when_left_by_an_exception_an
                                  "Mirrack| Renamed step Failed.", "Mirrack| margin"}));
 }
 
-// Blocks push and pop steps of a worker thread; the steps and the threads' states themselves.
 TEST(ThreadSteps, BlocksPushAndPopAWorkersStepsAndOneStateServesEachThreadId) {
-    observed_steps seen;
+    lines_t seen;
     win::win_thread_t worker(&run_block_on_worker, &seen, "LogBlockTest");
     worker.stop_wait();
-    EXPECT_EQ(seen.inside, (lines_t{"outer step", "quiet step"}));
-    EXPECT_EQ(seen.after, 0u);
+    EXPECT_EQ(seen, (lines_t{"outer step", "quiet step", "0 left"}));
     // Pop takes the last pushed and ignores an empty stack.
     CThreadState state("Role", 1);
     state.pop();
