@@ -101,10 +101,7 @@ inline std::vector<std::string> bodies_of(const std::string& text, const std::st
 
 class log_file_test : public ::testing::Test {
 protected:
-    void SetUp() override {
-        log_path_ = folder_ / "Mirrack.log";
-        logging::install_log_file(log_path_.string());
-    }
+    void SetUp() override { logging::install_log_file(log_path_.string()); }
 
     void TearDown() override {
         logging::main_log()->install(nullptr, false);
@@ -125,7 +122,7 @@ protected:
 
     win_test::temp_tree_t tree_;
     std::filesystem::path folder_ = tree_.root();
-    std::filesystem::path log_path_;
+    std::filesystem::path log_path_ = folder_ / "Mirrack.log";
 };
 
 } // namespace log_test
