@@ -63,21 +63,6 @@ inline std::vector<std::string> names_in(const std::filesystem::path& folder) {
 
 using test_support::read_file;
 
-// The lines of a log text without their ends; a carriage return inside a line stays.
-inline std::vector<std::string> lines_of(const std::string& text, const std::string& eol = "\r\n") {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const std::size_t end = text.find(eol, start);
-        EXPECT_NE(end, std::string::npos) << "line without its end: " << text.substr(start);
-        if (end == std::string::npos)
-            break;
-        lines.push_back(text.substr(start, end - start));
-        start = end + eol.size();
-    }
-    return lines;
-}
-
 // What follows the time stamp and the thread head; checks both on the way.
 inline std::string body(const std::string& line, long thread_id = win::current_thread_id()) {
     static const std::regex head(R"(^\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <( *)(\d+)> )");
@@ -91,11 +76,19 @@ inline std::string body(const std::string& line, long thread_id = win::current_t
     return match.suffix().str();
 }
 
-// The lines of a log text that this thread wrote, each without its head.
+// The lines of a log text that this thread wrote, each without its head and its end; a carriage
+// return inside a line stays.
 inline std::vector<std::string> bodies_of(const std::string& text, const std::string& eol = "\r\n") {
     std::vector<std::string> bodies;
-    for (const auto& line : lines_of(text, eol))
-        bodies.push_back(body(line));
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = text.find(eol, start);
+        EXPECT_NE(end, std::string::npos) << "line without its end: " << text.substr(start);
+        if (end == std::string::npos)
+            break;
+        bodies.push_back(body(text.substr(start, end - start)));
+        start = end + eol.size();
+    }
     return bodies;
 }
 
