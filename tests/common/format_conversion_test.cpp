@@ -10,10 +10,6 @@ const std::wstring non_ascii = L"Caf\u00e9 \u65e5\u672c \u00c4";
 TEST(TextConversion, RoundTripsNonAsciiTextAndEndsAtTheFirstZero) {
     EXPECT_EQ(from_utf8(to_utf8(non_ascii)), non_ascii);
     EXPECT_EQ(to_utf8(L"\u00e9"), "\xc3\xa9");
-#ifndef _WIN32
-    // A Windows ANSI code page holds only its own few characters.
-    EXPECT_EQ(to_unicode(to_ansi(non_ascii)), non_ascii);
-#endif
     EXPECT_EQ(to_ansi(L""), "");
     EXPECT_EQ(to_utf8(L""), "");
     EXPECT_EQ(to_unicode(""), L"");
@@ -26,13 +22,10 @@ TEST(ValueTexts, NumbersPrintUngroupedAndHexZeroFilledAndOnlyFalseAndZeroAreFals
     EXPECT_EQ(num_to_string(static_cast<std::int32_t>(0x80070005u)), "-2147024891");
     EXPECT_EQ(num_to_string(std::uint64_t{18446744073709551615ULL}), "18446744073709551615");
     EXPECT_EQ(hex_to_string(0xABu), "0x000000ab");
-    // Only false and zero are false.
-    EXPECT_TRUE(string_to_bool("TRUE"));
-    EXPECT_FALSE(string_to_bool("False"));
-    EXPECT_FALSE(string_to_bool("0"));
-    EXPECT_TRUE(string_to_bool("no"));
-    EXPECT_TRUE(string_to_bool(""));
-    EXPECT_TRUE(string_to_bool("00"));
+    for (const char* text : {"TRUE", "no", "", "00"})
+        EXPECT_TRUE(string_to_bool(text)) << text;
+    for (const char* text : {"False", "0"})
+        EXPECT_FALSE(string_to_bool(text)) << text;
 }
 
 TEST(GuidText, RoundTripsInLowerCaseWithBracesAndRefusalsNameTheText) {
@@ -64,7 +57,6 @@ TEST(CaseFolding, FoldsAsciiLettersOnlyAndLogShorteningCutsAt128) {
     EXPECT_TRUE(iequals(std::wstring(L"C:\\VMs"), std::wstring(L"c:\\vms")));
     EXPECT_FALSE(iequals(std::wstring(L"\u00c4"), std::wstring(L"\u00e4")));
     EXPECT_EQ(to_lower(L"AZ[az]\u00c4"), L"az[az]\u00c4");
-    // Text for the log is cut at 128.
     const std::string exact(128, 'x');
     EXPECT_EQ(shorten_for_log(exact), exact);
     const std::string longer = std::string(128, 'y') + "tail";
@@ -92,22 +84,12 @@ TEST(FormatMessage, MarkersSelectArgumentsInAnyOrderRepeatAndEndAtTheFirstNonDig
     for (int i = 1; i <= 12; ++i)
         twelve.push_back(std::string("v").append(std::to_string(i)));
     EXPECT_EQ(format_message("%12|%1 2", twelve), "v12|v1 2");
+    EXPECT_EQ(format_message("%1", std::vector<std::string>{}), "%1");
+    EXPECT_EQ(format_message_w(L"50% %", L"a"), L"50% %");
     // Arguments are not expanded again, and the template ends at its first zero.
     EXPECT_EQ(format_message("%1 %2", "%2", "b"), "%2 b");
-    EXPECT_EQ(format_message("<%1>", ""), "<>");
     EXPECT_EQ(format_message(std::string("a%1\0%1", 5), "x"), "ax");
     // Markers without an argument stay as parsed, and other percent signs are copied.
-    EXPECT_EQ(format_message("%1", std::vector<std::string>{}), "%1");
-    EXPECT_EQ(format_message("%12", "a"), "%12");
-    EXPECT_EQ(format_message("%3 %0", "a", "b"), "%3 %0");
-    EXPECT_EQ(format_message("%007", "a"), "%7");
-    EXPECT_EQ(format_message("%-1", "a"), "%-1");
-    EXPECT_EQ(format_message("% 1|%+1", "a"), "a|a");
-    EXPECT_EQ(format_message("%99999999999", "a"), "%2147483647");
-    EXPECT_EQ(format_message("%-99999999999", "a"), "%-2147483648");
-    EXPECT_EQ(format_message("100%", "a"), "100%");
-    EXPECT_EQ(format_message("%%1", "a"), "%a");
-    EXPECT_EQ(format_message("%%", "a"), "%%");
-    EXPECT_EQ(format_message("%-x", "a"), "%-x");
-    EXPECT_EQ(format_message_w(L"50% %", L"a"), L"50% %");
+    EXPECT_EQ(format_message("%12|%3 %0|%007|%-1|% 1|%+1|%99999999999|%-99999999999|%%1|%%|%-x|100%", "a"),
+              "%12|%3 %0|%7|%-1|a|a|%2147483647|%-2147483648|%a|%%|%-x|100%");
 }

@@ -31,15 +31,15 @@
 
 namespace log_test {
 
+using lines_t = std::vector<std::string>;
+
 inline std::string gunzip(const std::filesystem::path& archive) {
     gzFile file = ::gzopen(archive.string().c_str(), "rb");
     EXPECT_NE(file, nullptr) << archive;
-    if (file == nullptr)
-        return "";
     std::string text;
     char buffer[4096];
     int got = 0;
-    while ((got = ::gzread(file, buffer, sizeof buffer)) > 0)
+    while (file != nullptr && (got = ::gzread(file, buffer, sizeof buffer)) > 0)
         text.append(buffer, static_cast<std::size_t>(got));
     EXPECT_EQ(got, 0) << archive;
     ::gzclose(file);
@@ -63,22 +63,6 @@ inline std::vector<std::string> names_in(const std::filesystem::path& folder) {
 
 using test_support::read_file;
 
-// Lines of a log file without their CR LF ends; a carriage return inside a line stays.
-inline std::vector<std::string> file_lines(const std::filesystem::path& path) {
-    const std::string text = read_file(path);
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const std::size_t end = text.find("\r\n", start);
-        EXPECT_NE(end, std::string::npos) << "line without CR LF: " << text.substr(start);
-        if (end == std::string::npos)
-            break;
-        lines.push_back(text.substr(start, end - start));
-        start = end + 2;
-    }
-    return lines;
-}
-
 // What follows the time stamp and the thread head; checks both on the way.
 inline std::string body(const std::string& line, long thread_id = win::current_thread_id()) {
     static const std::regex head(R"(^\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] <( *)(\d+)> )");
@@ -92,28 +76,34 @@ inline std::string body(const std::string& line, long thread_id = win::current_t
     return match.suffix().str();
 }
 
+// The lines of a log text that this thread wrote, each without its head and its end; a carriage
+// return inside a line stays.
+inline std::vector<std::string> bodies_of(const std::string& text, const std::string& eol = "\r\n") {
+    std::vector<std::string> bodies;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = text.find(eol, start);
+        EXPECT_NE(end, std::string::npos) << "line without its end: " << text.substr(start);
+        if (end == std::string::npos)
+            break;
+        bodies.push_back(body(text.substr(start, end - start)));
+        start = end + eol.size();
+    }
+    return bodies;
+}
+
 class log_file_test : public ::testing::Test {
 protected:
-    void SetUp() override {
-        log_path_ = folder_ / "Mirrack.log";
-        logging::install_log_file(log_path_.string());
-    }
+    void SetUp() override { logging::install_log_file(log_path_.string()); }
 
     void TearDown() override {
         logging::main_log()->install(nullptr, false);
         logging::receiver::set_log_size_limit_for_tests(logging::receiver::log_size_limit);
     }
 
-    std::vector<std::string> bodies() const {
-        std::vector<std::string> result;
-        for (const auto& line : file_lines(log_path_))
-            result.push_back(body(line));
-        return result;
-    }
+    std::vector<std::string> bodies() const { return bodies_of(read_file(log_path_)); }
 
-    bool log_has(const std::string& text) const {
-        return read_file(log_path_).find(text) != std::string::npos;
-    }
+    bool log_has(const std::string& text) const { return test_support::contains(read_file(log_path_), text); }
 
     std::size_t log_count(const std::string& text) const {
         const std::string log = read_file(log_path_);
@@ -125,7 +115,7 @@ protected:
 
     win_test::temp_tree_t tree_;
     std::filesystem::path folder_ = tree_.root();
-    std::filesystem::path log_path_;
+    std::filesystem::path log_path_ = folder_ / "Mirrack.log";
 };
 
 } // namespace log_test

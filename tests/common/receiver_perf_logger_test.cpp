@@ -53,8 +53,7 @@ TEST_F(perf_logger_test, CodesSelectTheirWordAndBitAndAFullBufferGoesToTheFileUn
     EXPECT_EQ(record.code, win::file_op::set_size);
     EXPECT_EQ(record.thread_id, static_cast<std::uint32_t>(win::current_thread_id()));
     // A folder or file that cannot be written empties the buffer.
-    perf_logger_t no_folder(set_size_only(), L"", 2);
-    no_folder.note(win::file_op::set_size);
+    perf_logger_t no_folder(set_size_only(), L"", 1);
     no_folder.note(win::file_op::set_size);
     EXPECT_EQ(no_folder.buffered(), 0u);
     EXPECT_TRUE(log_has("Performance logger failed to create directory."));
