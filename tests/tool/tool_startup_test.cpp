@@ -15,8 +15,6 @@
 #ifndef _WIN32
 #include "common/win/native_name_posix.h"
 #include "tests/support/host_folder.h"
-
-#include <cstdlib>
 #endif
 
 using test_support::contains;
@@ -83,34 +81,25 @@ TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
 }
 
 #ifndef _WIN32
-// A backup server that passes a name which is not UTF-8 finds the socket under the same bytes;
-// the texts show the name with U+FFFD in place of what is not UTF-8. Standard output and error
-// that nobody reads are no reason to stop: the pipe is served.
-TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytesAndUnreadOutputsLeaveItServed) {
+// A backup server that passes names which are not UTF-8 finds the socket and the log's folder under
+// the same bytes; the texts show the names with U+FFFD in place of what is not UTF-8. Standard
+// output and error that nobody reads are no reason to stop: the pipe is served.
+TEST(ToolStartup,
+     NamesThatAreNotUtf8NameTheSocketAndTheLogFolderWithTheirBytesAndUnreadOutputsLeaveItServed) {
     const std::string name = "bad\xff";
-    ToolRun run({"-p", "-n", name, "-o", "L"}, {}, {}, ToolRun::output_t::closed_pipe);
+    const test_support::host_folder_t base("mirrack-log");
+    const std::filesystem::path log = base.dir() / name / "tool.log";
+    ToolRun run({"-p", "-n", name, "-o", "L", "-log", log.string()}, {}, {}, ToolRun::output_t::closed_pipe);
     run.DirectClients();
     auto client = client::CInvokeClient::Connect(win::wide_from_name_bytes(name));
     EXPECT_TRUE(std::filesystem::exists(run.PipeFolder() / name));
     EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
     client->Disconnect();
     EXPECT_EQ(run.WaitForExit(), 0);
-    const std::string log = run.LogText();
-    EXPECT_TRUE(contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
-    EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
-}
-
-// A native log path names its folder by bytes, as the pipe name does: no folder with U+FFFD in
-// place of what is not UTF-8.
-TEST(ToolStartup, LogPathThatIsNotUtf8NamesItsFolderWithItsBytes) {
-    std::string base = (std::filesystem::temp_directory_path() / "mirrack-log-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(base.data()), nullptr);
-    const std::filesystem::path folder = std::filesystem::path(base) / "bad\xff";
-    ToolRun run({"-log", (folder / "tool.log").string()});
-    EXPECT_EQ(run.WaitForExit(), 0);
-    EXPECT_TRUE(contains(read_file(folder / "tool.log"), tool_expect::notPipeMode));
-    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(base) / "bad\xef\xbf\xbd"));
-    std::filesystem::remove_all(base);
+    const std::string text = read_file(log);
+    EXPECT_TRUE(contains(text, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << text;
+    EXPECT_TRUE(contains(text, tool_expect::normalEnd)) << text;
+    EXPECT_FALSE(std::filesystem::exists(base.dir() / "bad\xef\xbf\xbd"));
 }
 
 // A host that cannot be read fails every simulated call and says so once, naming the file; the
