@@ -5,19 +5,8 @@
 #include "common/format/format.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace {
-
-std::filesystem::path MakeTempFolder() {
-    static std::atomic<int> counter{0};
-    const auto folder =
-        std::filesystem::temp_directory_path() /
-        ("mirrack-tool-" + std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(++counter));
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    return folder;
-}
 
 ChildProcess& Child(const std::shared_ptr<void>& process) {
     return *static_cast<ChildProcess*>(process.get());
@@ -27,7 +16,8 @@ ChildProcess& Child(const std::shared_ptr<void>& process) {
 
 ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
                  const std::filesystem::path&, output_t)
-    : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
+    : folder(FreshFolder("mirrack-tool-")),
+      pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
     std::vector<std::wstring> tokens;
     for (const auto& argument : arguments)
         tokens.push_back(from_utf8(argument));

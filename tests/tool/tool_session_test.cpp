@@ -50,7 +50,7 @@ TEST_F(ToolSession,
     EXPECT_EQ(Exchange(L"CMD:CLOSESNAPSHOT XML:<InputArguments/>"), tool_expect::emptyOutput);
 
     // Unknown commands and broken frames (each kind is the server's) get errors, and serving goes on.
-    EXPECT_EQ(Call(L"Frobnicate"), tool_expect::UnknownCommand(L"Frobnicate"));
+    EXPECT_EQ(Call(L"Frobnicate"), L"err:Command [Frobnicate] not found");
     EXPECT_EQ(Exchange(L"cmd:CloseSnapshot"), L"err:Unknown type of request: 'cmd:CloseSnapshot'.");
     EXPECT_EQ(Call(L"CloseSnapshot"), tool_expect::emptyOutput);
     const std::string log = EndSession();

@@ -13,7 +13,6 @@
 #include <shlobj.h>
 #include <windows.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -30,13 +29,6 @@ const wchar_t* const logKey = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 
 class ToolSmoke : public ::testing::Test {
 protected:
-    void SetUp() override {
-        static std::atomic<int> counter{0};
-        folder = fs::temp_directory_path() / ("mirrack-smoke-" + std::to_string(::GetCurrentProcessId()) +
-                                              "-" + std::to_string(++counter));
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
     void TearDown() override {
         std::error_code ignored;
         fs::remove_all(folder, ignored);
@@ -62,16 +54,14 @@ protected:
         line.insert(line.end(), tokens.begin(), tokens.end());
         const fs::path file = folder / "client.out";
         const DWORD code = ChildProcess(ChildProcess::BinFolder() / "mirrack-client.exe", line, file).Wait();
-        output.clear();
-        for (char c : read_file(file))
-            if (c != '\r')
-                output += c;
+        output = read_file(file);
+        std::erase(output, '\r');
         if (!output.empty() && output.back() == '\n')
             output.pop_back();
         return code;
     }
 
-    fs::path folder;
+    fs::path folder = FreshFolder("mirrack-smoke-");
     int tools = 0;
 };
 
