@@ -174,11 +174,6 @@ struct road_failure_t {
     bool afterPrepare = false;
 };
 
-// Listed by its case, not by a dump of its bytes.
-void PrintTo(const road_failure_t& c, std::ostream* os) {
-    *os << c.name;
-}
-
 class SnapshotRoadFailure : public ::testing::TestWithParam<road_failure_t> {};
 
 const char* const createFailed =
