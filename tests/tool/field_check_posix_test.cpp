@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -48,15 +47,12 @@ protected:
                                     out, err),
                   client::exit_success)
             << err.str();
-        const fs::path log = host / "trial.log";
-        std::vector<std::string> tokens = ToolRun::PipeMode();
-        tokens.insert(tokens.end(), {"-log", log.string()});
-        ToolRun tool(tokens, {}, host);
-        ::setenv("MIRRACK_PIPE_DIR", tool.PipeFolder().c_str(), 1);
+        ToolRun tool(ToolRun::PipeMode(), {}, host);
+        tool.DirectClients();
         check_run_t run;
         run.status = client::RunClient({"--pipe", ToolRun::PipeNameText(), "check", "--spec",
                                         (host / "trial.xml").string(), "--report",
-                                        (host / "report.md").string(), "--tool-log", log.string()},
+                                        (host / "report.md").string(), "--tool-log", tool.LogPath().string()},
                                        out, err);
         run.out = out.str() + err.str();
         EXPECT_EQ(tool.WaitForExit(), 0) << run.out;

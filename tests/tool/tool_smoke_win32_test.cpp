@@ -30,8 +30,20 @@ const wchar_t* const logKey = L"SOFTWARE\\Orlix\\Orlix Keepsafe";
 class ToolSmoke : public ::testing::Test {
 protected:
     void TearDown() override {
+        SetLogDirectory({});
         std::error_code ignored;
         fs::remove_all(folder, ignored);
+    }
+
+    // LogDirectory in the registry, until the test ends; an empty folder removes the value.
+    static void SetLogDirectory(const fs::path& directory) {
+        const std::wstring data = directory.wstring();
+        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, logKey, L"LogDirectory");
+        if (data.empty())
+            return;
+        EXPECT_EQ(::RegSetKeyValueW(HKEY_LOCAL_MACHINE, logKey, L"LogDirectory", REG_SZ, data.c_str(),
+                                    static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
     }
 
     std::wstring PipeName(const std::string& purpose) const {
@@ -75,24 +87,6 @@ bool PipeIsUp(const std::wstring& pipe) {
     }
     return false;
 }
-
-// Sets LogDirectory for the length of the object; an empty folder removes the value instead.
-class LogDirectoryValue {
-public:
-    explicit LogDirectoryValue(const fs::path& directory) {
-        const std::wstring data = directory.wstring();
-        if (data.empty())
-            Remove();
-        else
-            EXPECT_EQ(::RegSetKeyValueW(HKEY_LOCAL_MACHINE, logKey, L"LogDirectory", REG_SZ, data.c_str(),
-                                        static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t))),
-                      ERROR_SUCCESS);
-    }
-    ~LogDirectoryValue() { Remove(); }
-
-private:
-    static void Remove() { ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, logKey, L"LogDirectory"); }
-};
 
 } // namespace
 
@@ -140,7 +134,7 @@ TEST_F(ToolSmoke, AFieldCheckStopsCleanlyAtTheVssFailureAndStillReports) {
 // Started as a backup server starts them, with a log name alone, two tools share the folder of
 // LogDirectory: the second one's log takes the next numbered name.
 TEST_F(ToolSmoke, TwoToolsOnTheLogDirectoryOfTheRegistryWriteToNumberedNames) {
-    const LogDirectoryValue configured(folder / "configured");
+    SetLogDirectory(folder / "configured");
     auto first = StartTool({L"-p", L"-n", PipeName("one"), L"-o", L"Mirrack.log"});
     ASSERT_TRUE(PipeIsUp(PipeName("one")));
     auto second = StartTool({L"-p", L"-n", PipeName("two"), L"-o", L"Mirrack.log"});
@@ -175,10 +169,8 @@ TEST_F(ToolSmoke, ARefusedStartLogsToTheLogDirectoryOrElseToTheCommonApplication
         SCOPED_TRACE(c.name);
         const fs::path log = c.usable ? c.value / "Mirrack.log" : fallback;
         const std::string before = read_file(log);
-        {
-            const LogDirectoryValue value(c.value);
-            EXPECT_EQ(StartTool({})->Wait(), 0u);
-        }
+        SetLogDirectory(c.value);
+        EXPECT_EQ(StartTool({})->Wait(), 0u);
         const std::string after = read_file(log);
         ASSERT_GT(after.size(), before.size()) << log;
         EXPECT_TRUE(contains(after.substr(before.size()), tool_expect::notPipeMode)) << after;
