@@ -80,12 +80,10 @@ protected:
 // Waits for a tool's pipe to exist: WaitNamedPipeW fails at once while there is none yet.
 bool PipeIsUp(const std::wstring& pipe) {
     const std::wstring path = L"\\\\.\\pipe\\" + pipe;
-    for (int attempt = 0; attempt < 600; ++attempt) {
-        if (::WaitNamedPipeW(path.c_str(), 50))
-            return true;
+    int attempt = 0;
+    while (!::WaitNamedPipeW(path.c_str(), 50) && ++attempt < 600)
         ::Sleep(50);
-    }
-    return false;
+    return attempt < 600;
 }
 
 } // namespace

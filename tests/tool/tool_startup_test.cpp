@@ -4,12 +4,9 @@
 #include "tool_expectations.h"
 #include "tool_job.h"
 
-#include "tests/support/process_env.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 #ifndef _WIN32
@@ -40,14 +37,12 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
         EXPECT_FALSE(contains(log, tool_expect::normalEnd)) << log;
     }
     // Where no log can be opened, standard error is what tells: its folder would be under a file.
-    const auto file = std::filesystem::temp_directory_path() /
-                      ("mirrack-not-a-folder-" + std::to_string(test_env::process_id()));
-    std::ofstream(file) << "a file";
-    ToolRun unlogged({"-log", (file / "tool.log").string()});
+    ToolRun logged({});
+    EXPECT_EQ(logged.WaitForExit(), 0);
+    ToolRun unlogged({"-log", (logged.LogPath() / "tool.log").string()});
     EXPECT_EQ(unlogged.WaitForExit(), 0);
     EXPECT_TRUE(contains(unlogged.OutputText(), "Tool was not started in pipe mode."))
         << unlogged.OutputText();
-    std::filesystem::remove(file);
 }
 
 // Whether the client leaves before the tool waits for it or while it waits, its visit ends the run.
