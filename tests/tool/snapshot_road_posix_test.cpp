@@ -105,8 +105,7 @@ void ExpectTheNextBackupSucceeds(const hyperv_host_t& host) {
 
 TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVerdictsToTheWriter) {
     Road road;
-    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}, {smb_vm}, {idle_vm, true}};
-    const CResponse begin = road.Begin(vms);
+    const CResponse begin = road.Begin({{local_vm}, {csv_vm}, {smb_vm}, {idle_vm, true}});
     ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
     const CResponse status = road.WaitForVerdict();
     ASSERT_EQ(status.Value(L"IsSucceeded"), L"true") << to_ansi(status.Frame());
@@ -276,12 +275,10 @@ TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouch
     ASSERT_TRUE(second.Begin(spec_xml(twoVms, usual_providers)).IsSuccess());
     const CResponse status = second.WaitForVerdict();
     EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
-    const std::string description = to_ansi(status.Value(L"ErrDescription"));
-    EXPECT_TRUE(contains(description,
-                         "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
-                         "already in progress. Wait a few moments and try again.\n--tr:Failed to "
-                         "perform pre-backup tasks."))
-        << description;
+    EXPECT_EQ(
+        to_ansi(status.Value(L"ErrDescription")),
+        "Failed to create VSS snapshot set.\nAnother shadow copy creation is already in progress. Wait a "
+        "few moments and try again.\n--tr:Failed to perform pre-backup tasks.");
     EXPECT_EQ(first.host.count("StartSnapshotSet"), 2u);
     EXPECT_EQ(first.host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
     EXPECT_EQ(read_file(first.host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);

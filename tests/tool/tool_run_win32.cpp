@@ -6,14 +6,6 @@
 
 #include <algorithm>
 
-namespace {
-
-ChildProcess& Child(const std::shared_ptr<void>& process) {
-    return *static_cast<ChildProcess*>(process.get());
-}
-
-} // namespace
-
 ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
                  const std::filesystem::path&, output_t)
     : folder(FreshFolder("mirrack-tool-")),
@@ -45,6 +37,6 @@ void ToolRun::DirectClients() const {}
 
 int ToolRun::WaitForExit() {
     if (status < 0)
-        status = static_cast<int>(Child(process).Wait());
+        status = static_cast<int>(static_cast<ChildProcess*>(process.get())->Wait());
     return status;
 }
