@@ -1,11 +1,12 @@
 // A process that a Windows test starts, with its standard output and error in a file; killed if
-// the test leaves it running.
+// the test leaves it running. And the fresh folder that such files go to.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -73,3 +74,14 @@ private:
     HANDLE handle = nullptr;
     DWORD id = 0;
 };
+
+// A fresh folder in the temporary folder for a test's files: the prefix, then this process and
+// a count, so that parallel test processes keep apart.
+inline std::filesystem::path FreshFolder(const std::string& prefix) {
+    static std::atomic<int> counter{0};
+    const auto folder = std::filesystem::temp_directory_path() /
+                        (prefix + std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(++counter));
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    return folder;
+}

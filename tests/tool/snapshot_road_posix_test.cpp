@@ -11,7 +11,6 @@
 #include "common/format/format.h"
 #include "documents/files_list.h"
 #include "lab/host_state_report.h"
-#include "lab/lab_commands.h"
 #include "tests/snapshot/hyperv_test_host.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +18,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <sstream>
 #include <thread>
 #include <utility>
 
@@ -82,6 +80,17 @@ long WorkerThreadId(const std::string& log, const std::string& role) {
 
 const std::vector<spec_vm_t> twoVms{{local_vm}, {csv_vm}};
 
+// What the host holds once the next caller has swept what dead ones left, as mirrack-lab shows it
+// without the host's folder.
+std::string HoldingsOf(const hyperv_host_t& host) {
+    const std::string report = lab::host_state_report(host.dir());
+    return report.substr(report.find('\n') + 1);
+}
+
+const std::string nothingHeld = "Shadow-copy creation: none in progress\nLive shadow copies: 0\n"
+                                "Shadow copies waiting for import: 0\nCluster shared volumes in backup: 0\n"
+                                "Backups completed: 0\n";
+
 // A host whose faults are gone serves the next backup of the two VMs, and is left clean after it.
 void ExpectTheNextBackupSucceeds(const hyperv_host_t& host) {
     host.write("host.xml", hyperv_host_xml());
@@ -96,8 +105,7 @@ void ExpectTheNextBackupSucceeds(const hyperv_host_t& host) {
 
 TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVerdictsToTheWriter) {
     Road road;
-    const std::vector<spec_vm_t> vms{{local_vm}, {csv_vm}, {smb_vm}, {idle_vm, true}};
-    const CResponse begin = road.Begin(vms);
+    const CResponse begin = road.Begin({{local_vm}, {csv_vm}, {smb_vm}, {idle_vm, true}});
     ASSERT_TRUE(begin.IsSuccess()) << to_ansi(begin.Frame());
     const CResponse status = road.WaitForVerdict();
     ASSERT_EQ(status.Value(L"IsSucceeded"), L"true") << to_ansi(status.Frame());
@@ -123,7 +131,6 @@ TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVe
     for (const char* vm : {csv_vm, smb_vm}) {
         const ItemsList items = road.FilesOf(vm);
         ASSERT_FALSE(items.empty());
-        EXPECT_TRUE(items[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
         EXPECT_TRUE(read_through(items[0].fullPath).ends_with("disk, before")) << to_ansi(items[0].fullPath);
     }
 
@@ -143,12 +150,10 @@ TEST(SnapshotRoad, HealthyBackupGivesShadowPathsHoldsThePointInTimeAndHandsTheVe
                                         std::string("component\t") + local_vm + "\tsucceeded",
                                         std::string("component\t") + csv_vm + "\tfailed",
                                         std::string("component\t") + smb_vm + "\tnot-reported"}));
-    EXPECT_TRUE(road.host.state_lines("shadows.txt").empty());
+    EXPECT_TRUE(road.host.is_clean());
     EXPECT_EQ(road.host.calls().at(road.host.first_call("PrepareForBackup") - 1).rfind("SetBackupState", 0),
               0u);
     EXPECT_EQ(road.host.count("SetContext"), 0u);
-    EXPECT_EQ(road.host.count("AddComponent"), 3u);
-    EXPECT_EQ(road.host.count("AddComponent", idle_vm), 0u);
     EXPECT_TRUE(contains(log, "Leaving snapshot creation procedure.")) << log;
 }
 
@@ -166,11 +171,6 @@ struct road_failure_t {
     // The writers were prepared: they must be left stable, and the next backup must succeed.
     bool afterPrepare = false;
 };
-
-// Listed by its case, not by a dump of its bytes.
-void PrintTo(const road_failure_t& c, std::ostream* os) {
-    *os << c.name;
-}
 
 class SnapshotRoadFailure : public ::testing::TestWithParam<road_failure_t> {};
 
@@ -275,12 +275,10 @@ TEST(SnapshotRoad, ASecondCreationWhileTheFirstRunsFailsAndLeavesTheFirstUntouch
     ASSERT_TRUE(second.Begin(spec_xml(twoVms, usual_providers)).IsSuccess());
     const CResponse status = second.WaitForVerdict();
     EXPECT_EQ(status.Value(L"IsSucceeded"), L"false");
-    const std::string description = to_ansi(status.Value(L"ErrDescription"));
-    EXPECT_TRUE(contains(description,
-                         "Failed to create VSS snapshot set.\nAnother shadow copy creation is "
-                         "already in progress. Wait a few moments and try again.\n--tr:Failed to "
-                         "perform pre-backup tasks."))
-        << description;
+    EXPECT_EQ(
+        to_ansi(status.Value(L"ErrDescription")),
+        "Failed to create VSS snapshot set.\nAnother shadow copy creation is already in progress. Wait a "
+        "few moments and try again.\n--tr:Failed to perform pre-backup tasks.");
     EXPECT_EQ(first.host.count("StartSnapshotSet"), 2u);
     EXPECT_EQ(first.host.count("AddToSnapshotSet"), 2u) << "only the first job's volumes";
     EXPECT_EQ(read_file(first.host.dir() / "state" / "csv.txt"), csvStateOfTheFirst);
@@ -330,9 +328,7 @@ TEST(SnapshotRoad, ASignalToTheWorkerDuringTheHoldLeavesTheToolServingAndNoShado
     EXPECT_TRUE(contains(log, finished)) << log;
     // The abandoned worker never released its snapshot: the shadow copies and the cluster
     // shared volume's backup state end with the process, and the host's next caller sweeps them.
-    const std::string state = lab::host_state_report(road.host.dir());
-    EXPECT_TRUE(contains(state, "Live shadow copies: 0\n")) << state;
-    EXPECT_TRUE(contains(state, "Cluster shared volumes in backup: 0\n")) << state;
+    EXPECT_EQ(HoldingsOf(road.host), nothingHeld);
     EXPECT_TRUE(road.host.is_clean());
 }
 
@@ -372,11 +368,7 @@ TEST(SnapshotRoad, AToolEndedByASignalWhileCreatingHoldingOrClosingLeavesNothing
             if (closer.joinable())
                 closer.join();
 
-            std::ostringstream state, errors;
-            ASSERT_EQ(lab::run_lab_command({"state", road.host.dir().string()}, state, errors), 0);
-            EXPECT_TRUE(contains(state.str(), "Shadow-copy creation: none in progress\n")) << state.str();
-            EXPECT_TRUE(contains(state.str(), "Live shadow copies: 0\n")) << state.str();
-            EXPECT_TRUE(contains(state.str(), "Cluster shared volumes in backup: 0\n")) << state.str();
+            EXPECT_EQ(HoldingsOf(road.host), nothingHeld);
             EXPECT_EQ(road.host.count("RemoveAbandonedCsvBackupState"), 1u);
         }
     }

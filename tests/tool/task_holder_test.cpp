@@ -5,31 +5,23 @@
 
 #include <gtest/gtest.h>
 
-#include <list>
-
 namespace {
 
-const std::wstring validSpec = L"<HVBackupSpec><VMs><VM id=\"vm-1\"/></VMs></HVBackupSpec>";
-
-// What a fake task was made with and what happened to it; outlives the task.
-struct TaskRecord {
-    std::wstring jobName;
-    GUID id{};
-    std::shared_ptr<CHvBackupSpec> spec;
-    bool alive = true;
-};
-
-// One fake serves both slots; what a slot's commands answer is the roads' through the tool.
+// One fake serves both slots; what a slot's commands answer is the roads' through the tool. Its
+// making and its release go to a journal that outlives it.
 class FakeTask : public impl::ISnapshotTask, public hv::IImportTask {
 public:
-    explicit FakeTask(TaskRecord& made) : record(made) {}
-    ~FakeTask() override { record.alive = false; }
+    FakeTask(const impl::STaskIdentity& task, std::vector<std::wstring>& journal, const std::wstring& made)
+        : identity(task), events(journal) {
+        events.push_back(L"made " + task.jobName + made);
+    }
+    ~FakeTask() override { events.push_back(L"released " + identity.jobName); }
 
     std::shared_ptr<COperationInfo> GetOperationInfo() override {
-        return std::make_shared<COperationInfo>(record.id, 0);
+        return std::make_shared<COperationInfo>(identity.snapshotId, 0);
     }
     std::shared_ptr<wrap::locks::CLockerJobInfo> GetJobInfo() override {
-        return std::make_shared<wrap::locks::CLockerJobInfo>(record.jobName, L"console");
+        return std::make_shared<wrap::locks::CLockerJobInfo>(identity.jobName, L"console");
     }
     std::shared_ptr<impl::CSnapshotInfo> GetCreatedInfo() override { return nullptr; }
     std::string GetVmFiles(const GUID&) override { return {}; }
@@ -37,7 +29,8 @@ public:
     std::string ConvertOffhostPaths(const std::string&) override { return {}; }
 
 private:
-    TaskRecord& record;
+    impl::STaskIdentity identity;
+    std::vector<std::wstring>& events;
 };
 
 class TaskHolderTest : public ::testing::Test {
@@ -45,64 +38,57 @@ protected:
     TaskHolderTest()
         : holder(
               [this](const impl::STaskIdentity& task, const std::shared_ptr<CHvBackupSpec>& spec) {
-                  return std::make_shared<FakeTask>(
-                      snapshots.emplace_back(TaskRecord{task.jobName, task.snapshotId, spec, true}));
+                  return std::make_shared<FakeTask>(task, events,
+                                                    L" with VMs: " + std::to_wstring(spec->vms.size()));
               },
               [this](const impl::STaskIdentity& task, const std::shared_ptr<hv::CImportSnapshotContext>&) {
-                  return std::make_shared<FakeTask>(
-                      imports.emplace_back(TaskRecord{task.jobName, task.snapshotId, nullptr, true}));
+                  return std::make_shared<FakeTask>(task, events, L"");
               }) {}
 
-    GUID BeginSnapshot() { return holder.BeginSnapshotCreation(validSpec, L"SnapshotJob", L"C"); }
-    GUID BeginImport() {
-        return holder.BeginSnapshotImport(std::make_shared<hv::CImportSnapshotContext>(L"<doc/>", L"<ids/>"),
-                                          L"ImportJob", L"C");
+    GUID BeginSnapshot(const std::wstring& job) {
+        return holder.BeginSnapshotCreation(L"<HVBackupSpec><VMs><VM id=\"vm-1\"/></VMs></HVBackupSpec>", job,
+                                            L"C");
     }
 
-    std::list<TaskRecord> snapshots;
-    std::list<TaskRecord> imports;
+    std::vector<std::wstring> events;
     CSnapshotTaskHolder holder;
 };
 
 } // namespace
 
 TEST_F(TaskHolderTest, BeginHandsTheSpecAndAFreshIdToANewTaskAndABrokenSpecLeavesTheRunningOneAlone) {
-    const GUID first = BeginSnapshot();
-    ASSERT_EQ(snapshots.size(), 1u);
-    EXPECT_EQ(snapshots.front().id, first);
-    ASSERT_TRUE(snapshots.front().spec);
-    EXPECT_EQ(snapshots.front().spec->vms.size(), 1u);
+    const GUID first = BeginSnapshot(L"first");
     EXPECT_NE(first, GUID_NULL);
-    // A second begin replaces the running task and releases it.
-    EXPECT_NE(BeginSnapshot(), first);
-    EXPECT_FALSE(snapshots.front().alive);
-    EXPECT_TRUE(snapshots.back().alive);
-    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, snapshots.back().id);
+    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, first);
+    const GUID second = BeginSnapshot(L"second");
+    EXPECT_NE(second, first);
+    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, second);
 
     EXPECT_THROW(holder.BeginSnapshotCreation(L"<HVBackupSpec>", L"J", L"C"), exc::exc_base_t);
-    EXPECT_EQ(snapshots.size(), 2u);
-    EXPECT_TRUE(snapshots.back().alive);
+    EXPECT_EQ(events, (std::vector<std::wstring>{L"made first with VMs: 1", L"made second with VMs: 1",
+                                                 L"released first"}));
 }
 
 TEST_F(TaskHolderTest, SnapshotSlotWinsStatusAndJobInfoAndIsReleasedFirst) {
-    BeginImport();
-    BeginSnapshot();
-    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, snapshots.front().id);
-    EXPECT_EQ(holder.GetLockerJobInfo()->jobName, L"SnapshotJob");
+    const GUID import = holder.BeginSnapshotImport(
+        std::make_shared<hv::CImportSnapshotContext>(L"<doc/>", L"<ids/>"), L"import", L"C");
+    const GUID snapshot = BeginSnapshot(L"snapshot");
+    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, snapshot);
+    EXPECT_EQ(holder.GetLockerJobInfo()->jobName, L"snapshot");
 
     holder.CloseSnapshot();
-    EXPECT_FALSE(snapshots.front().alive);
-    EXPECT_TRUE(imports.front().alive);
-    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, imports.front().id);
-    EXPECT_EQ(holder.GetLockerJobInfo()->jobName, L"ImportJob");
+    EXPECT_EQ(holder.GetAsyncOpStatus()->snapshotId, import);
+    EXPECT_EQ(holder.GetLockerJobInfo()->jobName, L"import");
 
-    BeginSnapshot();
+    BeginSnapshot(L"again");
     EXPECT_TRUE(holder.ClearResources());
-    EXPECT_FALSE(snapshots.back().alive);
-    EXPECT_TRUE(imports.front().alive);
+    EXPECT_EQ(holder.GetLockerJobInfo()->jobName, L"import");
     EXPECT_TRUE(holder.ClearResources());
-    EXPECT_FALSE(imports.front().alive);
+    EXPECT_THROW(holder.GetAsyncOpStatus(), exc::exc_base_t);
     // Nothing left: closing answers like a success, and so does clearing.
     EXPECT_NO_THROW(holder.CloseSnapshot());
     EXPECT_TRUE(holder.ClearResources());
+    EXPECT_EQ(events,
+              (std::vector<std::wstring>{L"made import", L"made snapshot with VMs: 1", L"released snapshot",
+                                         L"made again with VMs: 1", L"released again", L"released import"}));
 }

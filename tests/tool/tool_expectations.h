@@ -10,10 +10,6 @@ inline const std::wstring emptyOutput = L"xml:<OutputArguments/>";
 inline const std::wstring statusWithoutTask =
     L"err:Snapshot is not initialized.\n--tr:Failed to get operation info.";
 
-inline std::wstring UnknownCommand(const std::wstring& name) {
-    return L"err:Command [" + name + L"] not found";
-}
-
 inline std::wstring ConversionWithoutTask(const std::wstring& items) {
     return L"err:Snapshot is not initialized.\n--tr:Failed to convert source paths to off-host shadow "
            L"paths. Given specification: '" +
@@ -23,9 +19,5 @@ inline std::wstring ConversionWithoutTask(const std::wstring& items) {
 inline const char* const normalEnd = "Process will be finished normally.";
 inline const char* const closeLine = "Closing VSS snapshot. ok.";
 inline const char* const notPipeMode = "ERR |Tool was not started in pipe mode.";
-
-inline std::string PipeInUse(const std::string& pipe) {
-    return "Failed to create instance of invoke server. Pipe name: '" + pipe + "'.";
-}
 
 } // namespace tool_expect

@@ -10,7 +10,7 @@ std::wstring ToolRun::PipeName() {
 }
 
 std::string ToolRun::LogText() const {
-    return read_file(folder / "tool.log");
+    return read_file(LogPath());
 }
 
 std::string ToolRun::OutputText() const {

@@ -41,6 +41,7 @@ public:
     // The exit status, or 128 plus the signal that ended it. A process that
     // has not ended within a minute is killed, so a hung tool fails one test only.
     int WaitForExit();
+    std::filesystem::path LogPath() const { return folder / "tool.log"; }
     std::string LogText() const;
     // What the tool wrote on standard output and standard error.
     std::string OutputText() const;

@@ -5,29 +5,11 @@
 #include "common/format/format.h"
 
 #include <algorithm>
-#include <atomic>
-
-namespace {
-
-std::filesystem::path MakeTempFolder() {
-    static std::atomic<int> counter{0};
-    const auto folder =
-        std::filesystem::temp_directory_path() /
-        ("mirrack-tool-" + std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(++counter));
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    return folder;
-}
-
-ChildProcess& Child(const std::shared_ptr<void>& process) {
-    return *static_cast<ChildProcess*>(process.get());
-}
-
-} // namespace
 
 ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::filesystem::path& sharedPipeFolder,
                  const std::filesystem::path&, output_t)
-    : folder(MakeTempFolder()), pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
+    : folder(FreshFolder("mirrack-tool-")),
+      pipeFolder(sharedPipeFolder.empty() ? folder / "pipes" : sharedPipeFolder) {
     std::vector<std::wstring> tokens;
     for (const auto& argument : arguments)
         tokens.push_back(from_utf8(argument));
@@ -55,6 +37,6 @@ void ToolRun::DirectClients() const {}
 
 int ToolRun::WaitForExit() {
     if (status < 0)
-        status = static_cast<int>(Child(process).Wait());
+        status = static_cast<int>(static_cast<ChildProcess*>(process.get())->Wait());
     return status;
 }

@@ -4,19 +4,14 @@
 #include "tool_expectations.h"
 #include "tool_job.h"
 
-#include "tests/support/process_env.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 #ifndef _WIN32
 #include "common/win/native_name_posix.h"
 #include "tests/support/host_folder.h"
-
-#include <cstdlib>
 #endif
 
 using test_support::contains;
@@ -42,14 +37,12 @@ TEST(ToolStartup, RefusedStartsSayWhyInTheLogCreateNoPipeAndExitZero) {
         EXPECT_FALSE(contains(log, tool_expect::normalEnd)) << log;
     }
     // Where no log can be opened, standard error is what tells: its folder would be under a file.
-    const auto file = std::filesystem::temp_directory_path() /
-                      ("mirrack-not-a-folder-" + std::to_string(test_env::process_id()));
-    std::ofstream(file) << "a file";
-    ToolRun unlogged({"-log", (file / "tool.log").string()});
+    ToolRun logged({});
+    EXPECT_EQ(logged.WaitForExit(), 0);
+    ToolRun unlogged({"-log", (logged.LogPath() / "tool.log").string()});
     EXPECT_EQ(unlogged.WaitForExit(), 0);
     EXPECT_TRUE(contains(unlogged.OutputText(), "Tool was not started in pipe mode."))
         << unlogged.OutputText();
-    std::filesystem::remove(file);
 }
 
 // Whether the client leaves before the tool waits for it or while it waits, its visit ends the run.
@@ -76,41 +69,33 @@ TEST(ToolStartup, SecondToolOnAPipeInUseFailsAndTheFirstGoesOnServing) {
     ToolJob first;
     ToolRun second(ToolRun::PipeMode(), first.run.PipeFolder());
     EXPECT_EQ(second.WaitForExit(), 0);
-    EXPECT_TRUE(contains(second.LogText(), tool_expect::PipeInUse(ToolRun::PipeNameText())))
+    EXPECT_TRUE(contains(second.LogText(), "Failed to create instance of invoke server. Pipe name: '" +
+                                               ToolRun::PipeNameText() + "'."))
         << second.LogText();
     EXPECT_FALSE(contains(second.LogText(), tool_expect::normalEnd));
     first.Close();
 }
 
 #ifndef _WIN32
-// A backup server that passes a name which is not UTF-8 finds the socket under the same bytes;
-// the texts show the name with U+FFFD in place of what is not UTF-8. Standard output and error
-// that nobody reads are no reason to stop: the pipe is served.
-TEST(ToolStartup, PipeNameThatIsNotUtf8NamesTheSocketWithItsBytesAndUnreadOutputsLeaveItServed) {
+// A backup server that passes names which are not UTF-8 finds the socket and the log's folder under
+// the same bytes; the texts show the names with U+FFFD in place of what is not UTF-8. Standard
+// output and error that nobody reads are no reason to stop: the pipe is served.
+TEST(ToolStartup,
+     NamesThatAreNotUtf8NameTheSocketAndTheLogFolderWithTheirBytesAndUnreadOutputsLeaveItServed) {
     const std::string name = "bad\xff";
-    ToolRun run({"-p", "-n", name, "-o", "L"}, {}, {}, ToolRun::output_t::closed_pipe);
+    const test_support::host_folder_t base("mirrack-log");
+    const std::filesystem::path log = base.dir() / name / "tool.log";
+    ToolRun run({"-p", "-n", name, "-o", "L", "-log", log.string()}, {}, {}, ToolRun::output_t::closed_pipe);
     run.DirectClients();
     auto client = client::CInvokeClient::Connect(win::wide_from_name_bytes(name));
     EXPECT_TRUE(std::filesystem::exists(run.PipeFolder() / name));
     EXPECT_TRUE(client->Call(L"CloseSnapshot", client::CRequestArguments()).IsSuccess());
     client->Disconnect();
     EXPECT_EQ(run.WaitForExit(), 0);
-    const std::string log = run.LogText();
-    EXPECT_TRUE(contains(log, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << log;
-    EXPECT_TRUE(contains(log, tool_expect::normalEnd)) << log;
-}
-
-// A native log path names its folder by bytes, as the pipe name does: no folder with U+FFFD in
-// place of what is not UTF-8.
-TEST(ToolStartup, LogPathThatIsNotUtf8NamesItsFolderWithItsBytes) {
-    std::string base = (std::filesystem::temp_directory_path() / "mirrack-log-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(base.data()), nullptr);
-    const std::filesystem::path folder = std::filesystem::path(base) / "bad\xff";
-    ToolRun run({"-log", (folder / "tool.log").string()});
-    EXPECT_EQ(run.WaitForExit(), 0);
-    EXPECT_TRUE(contains(read_file(folder / "tool.log"), tool_expect::notPipeMode));
-    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(base) / "bad\xef\xbf\xbd"));
-    std::filesystem::remove_all(base);
+    const std::string text = read_file(log);
+    EXPECT_TRUE(contains(text, "Start pipe invoker server. PipeName: 'bad\xef\xbf\xbd'.")) << text;
+    EXPECT_TRUE(contains(text, tool_expect::normalEnd)) << text;
+    EXPECT_FALSE(std::filesystem::exists(base.dir() / "bad\xef\xbf\xbd"));
 }
 
 // A host that cannot be read fails every simulated call and says so once, naming the file; the
