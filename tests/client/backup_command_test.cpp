@@ -150,25 +150,11 @@ TEST(BackupCommandLine, FailedVmsAreGuidsInAnyFormTheRestIsRequiredAndTheSpecsVm
     EXPECT_TRUE(client::SpecVms(spec_with({})).empty());
     EXPECT_THROW(client::SpecVms(spec_with({"vm1"})), exc::runtime_exc_t);
     EXPECT_THROW(client::SpecVms("<HVBackupSpec/>"), exc::runtime_exc_t);
-    EXPECT_THROW(client::SpecVms("<HVBackupSpec>"), exc::exc_base_t);
-
-    // Both readers of the client recurse once per level as the tool's do: a document nested deeper
-    // than any real one is refused in the tool's words before the parser runs out of stack.
-    std::string deep;
-    for (int level = 0; level < 100000; ++level)
-        deep += "<a>";
-    const std::vector<std::string> spec =
-        failure_lines([&] { client::SpecVms("<HVBackupSpec><VMs>" + deep); });
-    const std::vector<std::string> response = failure_lines([&] {
-        client::CResponse::FromFrame(L"xml:<OutputArguments>" + std::wstring(deep.begin(), deep.end()));
-    });
-    for (const auto& lines : {spec, response}) {
-        ASSERT_EQ(lines.size(), 3u) << testing::PrintToString(lines);
-        EXPECT_EQ(lines[0], "XML error: [Error parsing Element.]. Error code: [3].");
-        EXPECT_EQ(lines[1].rfind("Failed to parse XML content. Source content: [<", 0), 0u) << lines[1];
-    }
-    EXPECT_EQ(spec[2], "The backup specification is not XML.");
-    EXPECT_EQ(response[2], "The response document can't be read.");
+    // Both readers wrap the parser's failure in their own words.
+    EXPECT_EQ(failure_lines([] { client::SpecVms("<HVBackupSpec>"); }).back(),
+              "The backup specification is not XML.");
+    EXPECT_EQ(failure_lines([] { client::CResponse::FromFrame(L"xml:<OutputArguments>"); }).back(),
+              "The response document can't be read.");
 }
 
 TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndClosesAfterMistakesFoundBeforeConnecting) {
