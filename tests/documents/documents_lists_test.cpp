@@ -96,7 +96,6 @@ TEST(SnapshotIdsDocument, IdsKeepOrderThroughTheRoundTripAndABadIdNamesTheAttrib
     SnapshotIdList read;
     DeserializeSnapshotIds(xml, read);
     EXPECT_EQ(read, ids);
-    // A bad id names the attribute and the list.
     read.clear();
     EXPECT_EQ(
         failure_lines([&] { DeserializeSnapshotIds(L"<SnapshotIDs><X value='bad'/></SnapshotIDs>", read); },

@@ -83,7 +83,6 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPat
                                                 L"C:\\ClusterStorage\\Volume1\\", L"\\\\fs01\\vms\\"}))
         << "the local VMs take turns on the local volumes";
     EXPECT_EQ(fs::file_size(*host->map_path(L"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\vm1.vhdx")), 3072u);
-    // resolve maps the host's Windows paths.
     std::string out;
     ASSERT_EQ(
         run_lab({"resolve", lab_dir.dir().string(), "\\\\FS01\\vms\\VM-SMB\\virtual hard disks\\vm-smb.vhdx"},

@@ -93,7 +93,6 @@ TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeReadAndTheCsvFlag
                       ->crashConsistent,
                   expected)
             << text;
-    // The CSV writer flag follows the lenient boolean rule.
     const std::pair<const char*, bool> flags[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
                                                   {"<Settings UseCsvVssWriter='0'/>", false},
                                                   {"<Settings UseCsvVssWriter='no'/>", true},

@@ -18,15 +18,6 @@ const std::wstring csv_volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-00000000
 const std::wstring csv_disk = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const std::wstring csv_new_file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\new\\vm2.avhdx";
 
-// A holder of both files of vm2's folder, released with its task.
-void prepare_both(bool snapshotMade) {
-    CVolumesHolder holder;
-    auto backup = gathered_backup();
-    holder.AddBackupItem(csv_disk, backup);
-    holder.AddBackupItem(csv_new_file, backup);
-    holder.keepCsvState = snapshotMade;
-}
-
 } // namespace
 
 TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
@@ -97,7 +88,12 @@ TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
     scratch_host_t host(
         sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
     log_capture_t log;
-    prepare_both(false);
+    {
+        CVolumesHolder holder;
+        auto backup = gathered_backup();
+        holder.AddBackupItem(csv_disk, backup);
+        holder.AddBackupItem(csv_new_file, backup);
+    }
     EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
     EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
     EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);

@@ -154,12 +154,10 @@ TEST(VssErrorText, AKnownCodeReadsAsOneLineAndAnUnknownOneOrAnyWithoutTheModuleA
     EXPECT_EQ(VssErrorText(VSS_E_BAD_STATE),
               "A function call was made when the object was in an incorrect state for that function.");
     EXPECT_EQ(VssErrorText(VSS_S_ASYNC_CANCELLED), "The asynchronous operation has been cancelled.");
-    // An unknown code gives the code and an error line.
     log_capture_t log;
     EXPECT_EQ(VssErrorText(E_FAIL), "Vss error: '0x80004005'");
     EXPECT_TRUE(log.has("Failed to get Vss error description. '"));
 
-    // Without the message module every failure still has its second line.
     scratch_host_t host(sample_host_xml(
         R"(<Fault op="LoadLibraryA" err="126"/><Fault op="StartSnapshotSet" hr="0x80042316"/>)"));
     EXPECT_EQ(failure_lines([&] { StartSnapshotSet(gathered_backup()); }),
