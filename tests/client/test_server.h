@@ -17,9 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
-#include <future>
 #include <thread>
 
 namespace client_test {
@@ -35,16 +33,13 @@ inline std::filesystem::path scratch_folder() {
     return folder;
 }
 
-// Echo: Text back as Text, the encoded Document back as FilesList. Big: a FilesList
-// of Size characters. Fail: a two-line failure.
+// Echo: Text back as Text, the encoded Document back as FilesList. Fail: a two-line failure.
 class test_dispatcher_t : public wrap::IInvokeDispatcher {
 public:
     void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override {
         if (command == L"Echo") {
             output.WriteText("Text", input.ReadText("Text"));
             output.WriteEncoded("FilesList", input.ReadEncoded("Document"));
-        } else if (command == L"Big") {
-            output.WriteEncoded("FilesList", std::wstring(std::stoul(input.ReadText("Size")), L'\u00e9'));
         } else if (command == L"Fail") {
             try {
                 throw exc::runtime_exc_t("The cause.");
