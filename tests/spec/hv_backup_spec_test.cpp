@@ -104,49 +104,38 @@ TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeReadAndTheCsvFlag
 }
 
 struct failure_case_t {
-    const char* what;
     std::string document;
     std::vector<std::string> last_lines; // the document line comes behind these
 };
 
 TEST(BackupSpecFailures, EachStepAddsItsLineFromTheCauseOutwards) {
     const failure_case_t cases[] = {
-        {"no VMs",
-         with_body(""),
-         {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
-        {"VM without id",
-         with_body("<VMs><VM id='a'/><VM/></VMs>"),
+        {with_body(""), {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
+        {with_body("<VMs><VM id='a'/><VM/></VMs>"),
          {"Attribute value is not specified. Attribute: [id].", "Failed to parse Hyper-V backup spec.",
           "Failed to parse VM specification.", "Failed to parse list of VMs."}},
-        {"aux_file without path",
-         with_body("<VMs><VM id='a'><aux_file/></VM></VMs>"),
+        {with_body("<VMs><VM id='a'><aux_file/></VM></VMs>"),
          {"Attribute value is not specified. Attribute: [path].", "Failed to parse list of auxiliary files.",
           "Failed to parse Hyper-V backup spec.", "Failed to parse VM specification.",
           "Failed to parse list of VMs."}},
-        {"default provider without type",
-         with_body("<VMs/><VSSProvider id='{00000000-0000-0000-0000-000000000001}'/>"),
+        {with_body("<VMs/><VSSProvider id='{00000000-0000-0000-0000-000000000001}'/>"),
          {"Unexpected type of the attribute. Attribute: [type].",
           "Failed to parse default VSS provider settings"}},
-        {"default provider with a bad id",
-         with_body("<VMs/><VSSProvider type='1' id='xyz'/>"),
+        {with_body("<VMs/><VSSProvider type='1' id='xyz'/>"),
          {"Failed to convert string [xyz] to UUID.", "Failed to parse default VSS provider settings"}},
-        {"volume provider without id",
-         with_body("<VMs/><volumes><volProvider type='1'/></volumes>"),
+        {with_body("<VMs/><volumes><volProvider type='1'/></volumes>"),
          {"Attribute value is not specified. Attribute: [id].",
           "Failed to parse list of volumes to snapshot."}},
-        {"Offhost without type",
-         with_body("<VMs/><Offhost/>"),
+        {with_body("<VMs/><Offhost/>"),
          {"Unexpected type of the attribute. Attribute: [type].",
           "Failed to parse off-host backup settings."}},
-        {"not XML",
-         "<HVBackupSpec><VMs></HVBackupSpec>",
+        {"<HVBackupSpec><VMs></HVBackupSpec>",
          {"Failed to parse XML content. Source content: [<HVBackupSpec><VMs></HVBackupSpec>]."}},
     };
     for (const failure_case_t& c : cases) {
         std::vector<std::string> expected = c.last_lines;
         expected.push_back("Cannot parse backup specification document (" + c.document + ").");
-        EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected)
-            << c.what;
+        EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected);
     }
 }
 

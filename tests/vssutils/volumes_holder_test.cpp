@@ -121,7 +121,6 @@ TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
           "'C:\\ClusterStorage\\Volume9\\vm9.vhdx'."}},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(to_ansi(c.item));
         scratch_host_t host(sample_host_xml(c.fault));
         host.write("volumes/c/ClusterStorage/Volume9/vm9.vhdx", "not on a cluster shared volume");
         CVolumesHolder holder;

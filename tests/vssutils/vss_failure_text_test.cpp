@@ -167,7 +167,6 @@ TEST(VssErrorText, AKnownCodeReadsAsOneLineAndAnUnknownOneOrAnyWithoutTheModuleA
 
 TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCallersLines) {
     for (const auto& c : failure_cases()) {
-        SCOPED_TRACE(c.fault);
         scratch_host_t host(sample_host_xml("<Fault " + c.fault + " hr=\"" + hex_to_string(c.hr) + "\"/>"));
         BackupComponentsPtr backup = c.start == start_t::gathered      ? gathered_backup()
                                      : c.start == start_t::initialised ? initialised_backup()
