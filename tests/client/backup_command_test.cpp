@@ -14,7 +14,6 @@
 #include <fstream>
 #include <map>
 #include <mutex>
-#include <sstream>
 
 namespace {
 
@@ -80,12 +79,10 @@ std::wstring braced(const char* id) {
     return guid_to_wstring(string_to_guid(std::string(id)));
 }
 
-struct road_t {
+struct road_t : client_test::run_t {
     fs::path folder = client_test::scratch_folder() / ("road-" + std::to_string(++count()));
     std::shared_ptr<snapshot_server_t> dispatcher = std::make_shared<snapshot_server_t>();
     client_test::test_server_t server{dispatcher};
-    int status = -1;
-    std::string out, err;
 
     static int& count() {
         static int value = 0;
@@ -110,10 +107,7 @@ struct road_t {
             "--pipe", to_ansi_nothrow(server.name()), "backup", "--spec", (folder / "spec.xml").string(),
             "--to",   (folder / "backup").string()};
         line.insert(line.end(), extra.begin(), extra.end());
-        std::ostringstream o, e;
-        status = client::RunClient(line, o, e);
-        out = o.str();
-        err = e.str();
+        static_cast<client_test::run_t&>(*this) = client_test::run_client(line);
         // A usage error never connects, and the server would wait its whole time for a client.
         if (status != client::exit_usage)
             server.finish();

@@ -9,10 +9,11 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <sstream>
 
 using namespace client;
 using client_test::contains;
+using client_test::run_client;
+using client_test::run_t;
 using client_test::test_server_t;
 
 namespace {
@@ -32,18 +33,6 @@ public:
     std::promise<void> received;
     std::promise<void> released;
 };
-
-struct run_t {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-run_t run_client(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    const int status = client::RunClient(arguments, out, err);
-    return {status, out.str(), err.str()};
-}
 
 } // namespace
 

@@ -1,7 +1,8 @@
-// An invoke server on a thread of the test, with a dispatcher of test commands, and
-// the process log pointed at a file of the test.
+// An invoke server on a thread of the test, with a dispatcher of test commands, the
+// process log pointed at a file of the test, and mirrack-client run with its output kept.
 #pragma once
 
+#include "client/subcommand.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log_install.h"
@@ -18,6 +19,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <sstream>
 #include <thread>
 
 namespace client_test {
@@ -95,6 +97,17 @@ private:
 
 using test_support::contains;
 using test_support::read_file;
+
+struct run_t {
+    int status = -1;
+    std::string out, err;
+};
+
+inline run_t run_client(const std::vector<std::string>& arguments) {
+    std::ostringstream out, err;
+    const int status = client::RunClient(arguments, out, err);
+    return {status, out.str(), err.str()};
+}
 
 // The process log in a file of the test, for the length of the object.
 class test_log_t {
