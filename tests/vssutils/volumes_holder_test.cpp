@@ -20,9 +20,11 @@ const std::wstring csv_new_file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\new
 
 } // namespace
 
-TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
-    scratch_host_t host;
+TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPointAndAShareItemMapsThroughItsRoot) {
+    scratch_host_t host(
+        sample_host_xml(R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
     host.write("volumes/c/VMs/vm1/more.vhdx", "x");
+    host.write("shares/fs02/vm4/vm4.vhdx", "disk of vm4");
     CVolumesHolder holder;
     log_capture_t log;
     auto backup = gathered_backup();
@@ -43,17 +45,13 @@ TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
     holder.LogMappings();
     EXPECT_TRUE(log.has("The following volumes should be snapshotted:"));
     EXPECT_TRUE(log.has("    'D:\\Mounted\\'. UniqueName: '" + to_ansi(c_volume) + "'"));
-}
 
-TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
-    scratch_host_t host(
-        sample_host_xml(R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
-    host.write("shares/fs02/vm4/vm4.vhdx", "disk of vm4");
-    CVolumesHolder holder;
-    EXPECT_EQ(holder.AddBackupItem(L"\\\\fs02\\data\\vm4\\vm4.vhdx", gathered_backup()),
+    // The root that VSS gives a share is its volume.
+    CVolumesHolder share;
+    EXPECT_EQ(share.AddBackupItem(L"\\\\fs02\\data\\vm4\\vm4.vhdx", backup),
               L"\\\\fs02.corp\\data\\vm4\\vm4.vhdx");
-    EXPECT_EQ(holder.mountPoints.at(L"\\\\fs02\\data\\"), L"\\\\fs02.corp\\data\\");
-    EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
+    EXPECT_EQ(share.mountPoints.at(L"\\\\fs02\\data\\"), L"\\\\fs02.corp\\data\\");
+    EXPECT_EQ(share.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
 TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
