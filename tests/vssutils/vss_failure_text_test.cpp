@@ -53,14 +53,6 @@ const std::vector<std::string> verify_line = {"Failed to verify writers state."}
 const std::vector<std::string> create_line = {"Failed to create VSS backup object."};
 const auto initialised = start_t::initialised;
 
-void add_vm1(BackupComponentsPtr b) {
-    AddComponent(b, hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component);
-}
-
-bool c_supported(BackupComponentsPtr b) {
-    return IsVolumeSupported(b, L"C:\\", system_provider_id);
-}
-
 void verify(BackupComponentsPtr b) {
     VerifyWriters(b, nullptr, true);
 }
@@ -93,7 +85,11 @@ std::vector<failure_case_t> failure_cases() {
                                "CSV");
          },
          "Failed to enable 'CSV' writer."},
-        {"op=\"AddComponent\"", add_vm1, "Failed to add VM with ID [" + instance + "] to the snapshot."},
+        {"op=\"AddComponent\"",
+         [](auto b) {
+             AddComponent(b, hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component);
+         },
+         "Failed to add VM with ID [" + instance + "] to the snapshot."},
         {"op=\"SetBackupSucceeded\"",
          [](auto b) {
              SetBackupSucceeded(b, hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
@@ -107,7 +103,7 @@ std::vector<failure_case_t> failure_cases() {
          {},
          VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED,
          "The maximum number of volumes for this operation has been reached."},
-        {"op=\"IsVolumeSupported\"", c_supported,
+        {"op=\"IsVolumeSupported\"", [](auto b) { IsVolumeSupported(b, L"C:\\", system_provider_id); },
          "Failed to check whether provider '{b5946137-7b9f-4925-af80-51abd60b20d5}' supports shadow copies "
          "on the volume 'C:\\'."},
         {"op=\"GetRootAndLogicalPrefixPaths\"",
@@ -179,20 +175,14 @@ TEST(VssFailureText, EveryCheckedCallFailsWithItsWordsThenTheVssTextThenTheCalle
 
 // A call that answers with a warning has done its work as far as this layer can tell.
 TEST(VssFailureText, AWarningResultOfACallIsNoFailure) {
-    const std::vector<std::pair<std::string, act_t>> calls = {
-        {"SetContext", [](auto b) { SetVssContext(b, VSS_VOLSNAP_ATTR_TRANSPORTABLE); }},
-        {"StartSnapshotSet", [](auto b) { StartSnapshotSet(b); }},
-        {"SetBackupState", [](auto b) { SetBackupState(b); }},
-        {"EnableWriterClasses", [](auto b) { EnableWriterClass(b, hyperv_writer_id, "Hyper-V"); }},
-        {"AddComponent", add_vm1},
-        {"IsVolumeSupported", c_supported},
-    };
-    for (const auto& [op, act] : calls) {
-        SCOPED_TRACE(op);
-        scratch_host_t host(sample_host_xml("<Fault op=\"" + op + "\" hr=\"" +
+    const std::vector<failure_case_t> cases = failure_cases();
+    for (const std::string op : {"SetContext", "StartSnapshotSet", "SetBackupState", "EnableWriterClasses",
+                                 "AddComponent", "IsVolumeSupported"}) {
+        const auto c = std::find_if(cases.begin(), cases.end(),
+                                    [&](auto& row) { return row.fault == "op=\"" + op + "\""; });
+        scratch_host_t host(sample_host_xml("<Fault " + c->fault + " hr=\"" +
                                             hex_to_string(VSS_S_SOME_SNAPSHOTS_NOT_IMPORTED) + "\"/>"));
-        auto backup = gathered_backup();
-        EXPECT_NO_THROW(act(backup));
-        EXPECT_EQ(journal_count(host, op), 1u);
+        EXPECT_NO_THROW(c->act(gathered_backup())) << op;
+        EXPECT_EQ(journal_count(host, op), 1u) << op;
     }
 }
