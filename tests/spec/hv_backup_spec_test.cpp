@@ -93,14 +93,13 @@ TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeReadAndTheCsvFlag
                       ->crashConsistent,
                   expected)
             << text;
-    const std::pair<const char*, bool> flags[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
-                                                  {"<Settings UseCsvVssWriter='0'/>", false},
-                                                  {"<Settings UseCsvVssWriter='no'/>", true},
-                                                  {"<Settings UseCsvVssWriter=''/>", true},
-                                                  {"<Settings/>", false},
-                                                  {"<Settings UseCsvVssWriter='false'/>", false}};
-    for (const auto& [settings, expected] : flags)
-        EXPECT_EQ(parse_body(std::string("<VMs/>") + settings).useCsvVssWriter, expected) << settings;
+    const std::pair<const char*, bool> flags[] = {
+        {"TRUE", true}, {"0", false}, {"no", true}, {"", true}, {"false", false}};
+    for (const auto& [text, expected] : flags)
+        EXPECT_EQ(parse_body(std::string("<VMs/><Settings UseCsvVssWriter='") + text + "'/>").useCsvVssWriter,
+                  expected)
+            << text;
+    EXPECT_FALSE(parse_body("<VMs/><Settings/>").useCsvVssWriter);
 }
 
 struct failure_case_t {

@@ -69,30 +69,27 @@ TEST(WriterStatus, AWriterFailedAfterPrepareFailsTheCheckAndEndsIt) {
         EXPECT_EQ(FailedWriterStateName(state), nullptr) << state;
     EXPECT_STREQ(FailedWriterStateName(6), "VSS_WS_FAILED_AT_IDENTIFY");
     EXPECT_STREQ(FailedWriterStateName(15), "VSS_WS_FAILED_AT_BACKUPSHUTDOWN");
-    struct case_t {
-        std::string code;
-        std::string text; // of the failure the check ends with
-        bool quiet;
-    };
-    for (const auto& c : {case_t{"0x800423f4",
-                                 "The writer experienced a non-transient error.  If the backup process is "
-                                 "retried, the error is likely to reoccur.",
-                                 false},
-                          case_t{"0x00000000", "Vss error: '0x80004005'", true}}) {
-        SCOPED_TRACE(c.code);
-        scratch_host_t host(writer_fault("7", c.code));
+    // The writer's code, the text of the failure the check ends with, and whether the check is quiet.
+    const std::tuple<std::string, std::string, bool> cases[] = {
+        {"0x800423f4",
+         "The writer experienced a non-transient error.  If the backup process is retried, the error is "
+         "likely to reoccur.",
+         false},
+        {"0x00000000", "Vss error: '0x80004005'", true}};
+    for (const auto& [code, text, quiet] : cases) {
+        scratch_host_t host(writer_fault("7", code));
         auto backup = prepared_backup();
         log_capture_t log;
         EXPECT_EQ(failure_lines([&] {
-                      c.quiet ? VerifyWriters(backup, nullptr, false) : CheckWritersStatus(backup, nullptr);
+                      quiet ? VerifyWriters(backup, nullptr, false) : CheckWritersStatus(backup, nullptr);
                   }),
                   (std::vector<std::string>{"Writer '" + hyperv_name +
                                                 "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'.",
-                                            c.text, "Failed to verify writers state."}));
+                                            text, "Failed to verify writers state."}));
         EXPECT_TRUE(log.has("ERR |Writer '" + hyperv_name +
-                            "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [" + c.code + "]. "));
+                            "' is failed at 'VSS_WS_FAILED_AT_PREPARE_BACKUP'. [7], [" + code + "]. "));
         EXPECT_FALSE(log.has("Writer 'System Writer' is ok.")) << "the first failed writer ends the check";
-        EXPECT_EQ(log.has("Checking writers status. Failed."), !c.quiet);
+        EXPECT_EQ(log.has("Checking writers status. Failed."), !quiet);
     }
 }
 
