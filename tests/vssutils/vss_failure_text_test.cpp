@@ -147,8 +147,6 @@ std::vector<failure_case_t> failure_cases() {
 } // namespace
 
 TEST(VssErrorText, AKnownCodeReadsAsOneLineAndAnUnknownOneOrAnyWithoutTheModuleAsTheCode) {
-    EXPECT_EQ(VssErrorText(VSS_E_BAD_STATE),
-              "A function call was made when the object was in an incorrect state for that function.");
     EXPECT_EQ(VssErrorText(VSS_S_ASYNC_CANCELLED), "The asynchronous operation has been cancelled.");
     log_capture_t log;
     EXPECT_EQ(VssErrorText(E_FAIL), "Vss error: '0x80004005'");
