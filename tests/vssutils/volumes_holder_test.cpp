@@ -54,8 +54,11 @@ TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPointAndAShareI
     EXPECT_EQ(share.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
+// One clear that fails does not keep the other items prepared.
 TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
-    scratch_host_t host;
+    scratch_host_t host(
+        sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
+    log_capture_t log;
     {
         CVolumesHolder holder;
         auto backup = gathered_backup();
@@ -67,7 +70,9 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapsho
         EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the backup state is the volume's";
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
-    EXPECT_TRUE(host.state_lines("csv.txt").empty());
+    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
+    EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
+    EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
     // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
     {
         const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
@@ -80,21 +85,6 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapsho
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
-}
-
-TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
-    scratch_host_t host(
-        sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
-    log_capture_t log;
-    {
-        CVolumesHolder holder;
-        auto backup = gathered_backup();
-        holder.AddBackupItem(csv_disk, backup);
-        holder.AddBackupItem(csv_new_file, backup);
-    }
-    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
-    EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
-    EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
 }
 
 TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
