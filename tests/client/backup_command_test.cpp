@@ -173,31 +173,29 @@ TEST(BackupRoad, AHealthyBackupCopiesReportsEachVmAndClosesAfterMistakesFoundBef
         << road.out;
 }
 
-TEST(BackupRoad, AVmWhoseFilesCannotBeReadOrListedIsReportedFailed) {
-    road_t road;
-    road.dispatcher->items[braced(vm_a)].push_back(
-        {L"C:\\VMs\\a\\", L"gone.vhdx", 0, L"gone.vhdx", (road.folder / "shadow" / "gone.vhdx").wstring()});
-    road.dispatcher->items.erase(braced(vm_b));
-    road.run();
-    EXPECT_EQ(road.status, client::exit_error_response);
-    EXPECT_EQ(road.dispatcher->reports,
+// A VM whose files cannot be read or listed is reported failed; a failed task ends the road with
+// its description. Either way the snapshot is closed.
+TEST(BackupRoad, AVmWhoseFilesCannotBeReadOrListedIsReportedFailedAndAFailedTaskEndsTheRoad) {
+    road_t items, task;
+    items.dispatcher->items[braced(vm_a)].push_back(
+        {L"C:\\VMs\\a\\", L"gone.vhdx", 0, L"gone.vhdx", (items.folder / "shadow" / "gone.vhdx").wstring()});
+    items.dispatcher->items.erase(braced(vm_b));
+    task.dispatcher->failure = L"Failed to create snapshot.\nWriter is in a failed state.";
+    for (road_t* road : {&items, &task}) {
+        road->run();
+        EXPECT_EQ(road->status, client::exit_error_response);
+        EXPECT_EQ(road->dispatcher->calls.back(), L"CloseSnapshot");
+    }
+    EXPECT_EQ(items.dispatcher->reports,
               (std::map<std::wstring, bool>{{braced(vm_a), false}, {braced(vm_b), false}}));
-    EXPECT_EQ(road.dispatcher->calls.back(), L"CloseSnapshot");
-    EXPECT_TRUE(contains(road.out, "reported failed (copy incomplete)")) << road.out;
-    EXPECT_TRUE(contains(road.out, std::string(vm_a) + ": The file [")) << road.out;
-    EXPECT_TRUE(contains(road.out, "Cannot find VM with ID")) << road.out;
-}
+    EXPECT_TRUE(contains(items.out, "reported failed (copy incomplete)")) << items.out;
+    EXPECT_TRUE(contains(items.out, std::string(vm_a) + ": The file [")) << items.out;
+    EXPECT_TRUE(contains(items.out, "Cannot find VM with ID")) << items.out;
 
-TEST(BackupRoad, AFailedTaskEndsTheRoadWithItsDescriptionAndStillCloses) {
-    road_t road;
-    road.dispatcher->failure = L"Failed to create snapshot.\nWriter is in a failed state.";
-    road.run();
-    EXPECT_EQ(road.status, client::exit_error_response);
-    EXPECT_EQ(road.dispatcher->calls.back(), L"CloseSnapshot");
-    EXPECT_TRUE(road.dispatcher->reports.empty());
+    EXPECT_TRUE(task.dispatcher->reports.empty());
     EXPECT_TRUE(contains(
-        road.out, "The snapshot task failed:\n    Failed to create snapshot.\n    Writer is in a failed "
+        task.out, "The snapshot task failed:\n    Failed to create snapshot.\n    Writer is in a failed "
                   "state."))
-        << road.out;
-    EXPECT_FALSE(fs::exists(road.folder / "backup"));
+        << task.out;
+    EXPECT_FALSE(fs::exists(task.folder / "backup"));
 }
