@@ -71,7 +71,6 @@ TEST(ItemsListDocument, RecursiveIsTrueOnlyForTheWordTrueAndABadItemFailsTheWhol
                              read);
         EXPECT_EQ(read, ItemsList{CFilesListItem(L"p", L"m", expected, L"r", L"f")});
     }
-    // A bad item fails the whole list and leaves it as it was.
     ItemsList read = sample_items();
     const std::wstring missing =
         L"<FilesList><File Recursive='true' Path='p' Mask='m' FullPath='f' "
