@@ -3,7 +3,6 @@
 #include "vss_test_support.h"
 
 #include "common/exc/convert.h"
-#include "vssutils/async_wait.h"
 #include "vssutils/backup_components.h"
 #include "vssutils/snapshot_info.h"
 #include "vssutils/vss_error_text.h"
