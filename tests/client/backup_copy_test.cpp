@@ -49,9 +49,8 @@ TEST(BackupCopy, ItemsLandBelowTheirVmFolderInTheirRelativeLayoutAndNeverOutside
     EXPECT_EQ(client::TargetPathOfItem(vmDir, L"x/.\\\\y.bin"), vmDir / "x" / "y.bin");
     EXPECT_EQ(client::TargetPathOfItem(vmDir, L"caf\u00e9.vhdx"), vmDir / fs::path(u8"caf\u00e9.vhdx"));
     for (const wchar_t* path :
-         {L"", L"\\", L"..\\x", L"a\\..\\..\\x", L"\\etc\\passwd", L"/etc/passwd", L"C:\\x", L"C:x"}) {
+         {L"", L"\\", L"..\\x", L"a\\..\\..\\x", L"\\etc\\passwd", L"/etc/passwd", L"C:\\x", L"C:x"})
         EXPECT_THROW(client::TargetPathOfItem(vmDir, path), exc::runtime_exc_t) << to_ansi_nothrow(path);
-    }
 }
 
 TEST(BackupCopy, EveryReachableItemIsCopiedAndTheRestAreNotedOnTheirVmWhenPlannedOrCopied) {

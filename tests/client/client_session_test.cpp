@@ -9,10 +9,11 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <sstream>
 
 using namespace client;
 using client_test::contains;
+using client_test::run_client;
+using client_test::run_t;
 using client_test::test_server_t;
 
 namespace {
@@ -32,18 +33,6 @@ public:
     std::promise<void> received;
     std::promise<void> released;
 };
-
-struct run_t {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-run_t run_client(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    const int status = client::RunClient(arguments, out, err);
-    return {status, out.str(), err.str()};
-}
 
 } // namespace
 
@@ -70,13 +59,11 @@ TEST(ClientSession, CommandsAnswerInTurnAndTheTraceShowsThem) {
 
     connection->Disconnect();
     EXPECT_EQ(server.finish(), "");
-    const std::string lines = log.text();
-    EXPECT_TRUE(
-        has_line_ending_with(lines, "rpc|     [SoapEnter] Nothing:<InputArguments></InputArguments>"));
-    EXPECT_TRUE(has_line_ending_with(lines, "rpc|     [SoapExit] Nothing:<OutputArguments/>"));
-    EXPECT_TRUE(has_line_ending_with(lines, "RPC method call has failed (Fail)."));
-    EXPECT_TRUE(has_line_ending_with(lines, "prx|   Leaving dispatch loop."));
-    EXPECT_TRUE(has_line_ending_with(lines, "prx| Closing pipe invoke server."));
+    for (const char* line :
+         {"rpc|     [SoapEnter] Nothing:<InputArguments></InputArguments>",
+          "rpc|     [SoapExit] Nothing:<OutputArguments/>", "RPC method call has failed (Fail).",
+          "prx|   Leaving dispatch loop.", "prx| Closing pipe invoke server."})
+        EXPECT_TRUE(has_line_ending_with(log.text(), line)) << line;
 }
 
 // The server's answers to bad frames are read where the server is tested; here, over a pipe,
@@ -117,28 +104,23 @@ TEST(ClientSession, AClientThatLeavesBeforeItsAnswerEndsTheServingWithAWarning) 
     EXPECT_TRUE(has_line_ending_with(lines, "prx|   Leaving dispatch loop."));
 }
 
-TEST(ClientCommand, CallPrintsArgumentsAndDecodedDocuments) {
-    client_test::test_server_t server;
+// Arguments and decoded documents; an error response line by line, with its own status; the raw answer.
+TEST(ClientCommand, CallPrintsArgumentsDecodedDocumentsAndErrorsLineByLineWithTheirOwnStatus) {
     const auto file = client_test::scratch_folder() / "document.xml";
     std::ofstream(file, std::ios::binary) << "<FilesList>\r\n<File/>\r\n</FilesList>";
-
-    const run_t run = run_client({"--pipe", to_ansi_nothrow(server.name()), "call", "Echo", "Text=@@at",
-                                  "Document=@" + file.string()});
-    EXPECT_EQ(run.status, client::exit_success) << run.err;
-    EXPECT_EQ(run.out,
-              "OK\nText: @at\nFilesList (decoded):\n    <FilesList>\n    <File/>\n    </FilesList>\n");
-}
-
-TEST(ClientCommand, AnErrorResponseIsPrintedLineByLineWithItsOwnStatus) {
-    client_test::test_server_t server;
-    const run_t run = run_client({"--pipe=" + to_ansi_nothrow(server.name()), "call", "Fail"});
-    EXPECT_EQ(run.status, client::exit_error_response);
-    EXPECT_EQ(run.out, "ERROR\n    The cause.\n    --tr:The step.\n");
-
-    client_test::test_server_t raw_server;
-    const run_t raw = run_client({"--raw", "--pipe", to_ansi_nothrow(raw_server.name()), "call", "Nothing"});
-    EXPECT_EQ(raw.status, client::exit_success);
-    EXPECT_EQ(raw.out.rfind("xml:<OutputArguments", 0), 0u);
+    const std::tuple<std::vector<std::string>, int, std::string> calls[] = {
+        {{"call", "Echo", "Text=@@at", "Document=@" + file.string()},
+         client::exit_success,
+         "OK\nText: @at\nFilesList (decoded):\n    <FilesList>\n    <File/>\n    </FilesList>\n"},
+        {{"call", "Fail"}, client::exit_error_response, "ERROR\n    The cause.\n    --tr:The step.\n"},
+        {{"--raw", "call", "Nothing"}, client::exit_success, "xml:<OutputArguments/>\n"}};
+    for (auto [line, status, out] : calls) {
+        client_test::test_server_t server;
+        line.insert(line.begin(), "--pipe=" + to_ansi_nothrow(server.name()));
+        const run_t run = run_client(line);
+        EXPECT_EQ(run.status, status) << run.err;
+        EXPECT_EQ(run.out, out);
+    }
 }
 
 TEST(ClientCommand, MistakesOnTheCommandLineAndAbsentServersHaveTheirStatus) {

@@ -12,8 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -49,18 +47,16 @@ TEST(OffhostCommandLine, PipesInEitherFormAndBackupsOptionsBesideThemAreAllNeede
     EXPECT_EQ(offhost({"--host-pipe", "hv", "--spec", "s.xml", "--to", "out"}),
               "offhost needs --host-pipe NAME and --proxy-pipe NAME.");
     EXPECT_EQ(offhost({"--host-pipe", "hv", "--proxy-pipe"}), "--proxy-pipe needs a value.");
-    EXPECT_NE(offhost({"--host-pipe", "hv", "--proxy-pipe", "px", "--to", "out"}), "");
-    EXPECT_NE(offhost({"--host-pipe", "hv", "--proxy-pipe", "px", "--spec", "s", "--to", "o", "--pipe", "p"}),
-              "");
+    EXPECT_EQ(offhost({"--host-pipe", "hv", "--proxy-pipe", "px", "--to", "out"}),
+              "backup needs --spec FILE and --to DIR.");
+    EXPECT_EQ(offhost({"--host-pipe", "hv", "--proxy-pipe", "px", "--spec", "s", "--to", "o", "--pipe", "p"}),
+              "backup doesn't take '--pipe'.");
 
     // Past the command line the road begins, and a missing specification file ends it.
-    std::ostringstream out, err;
-    EXPECT_EQ(client::RunClient({"offhost", "--host-pipe", "hv", "--proxy-pipe", "px", "--spec",
-                                 "/no/such/spec.xml", "--to", "out"},
-                                out, err),
-              client::exit_failure)
-        << err.str();
-    EXPECT_EQ(err.str().find("--pipe NAME is needed."), std::string::npos) << err.str();
+    const client_test::run_t run = client_test::run_client(
+        {"offhost", "--host-pipe", "hv", "--proxy-pipe", "px", "--spec", "/no/such/spec.xml", "--to", "out"});
+    EXPECT_EQ(run.status, client::exit_failure) << run.err;
+    EXPECT_EQ(run.err.find("--pipe NAME is needed."), std::string::npos) << run.err;
 }
 
 TEST(CheckCommandLine, OneToolOrAHostAndItsProxyAndTheReportsFormatFromItsName) {
@@ -91,16 +87,13 @@ TEST(CheckCommandLine, OneToolOrAHostAndItsProxyAndTheReportsFormatFromItsName) 
 TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNamesThem) {
     const std::string braced_vm_a = "{" + spec_vm_a + "}";
     const fs::path file = client_test::scratch_folder() / "written-spec.xml";
-    std::ostringstream out, err;
-    ASSERT_EQ(client::RunClient({"spec", "--vm", braced_vm_a, "--vm=" + spec_vm_b, "--crash-consistent",
-                                 spec_vm_b, "--exclude-disk", braced_vm_a + "=C:\\VMs\\a\\scratch.vhdx",
-                                 "--aux-file", braced_vm_a + "=C:\\VMs\\a\\notes & more.txt", "--provider",
-                                 "Hardware:" + hardware, "--volume-provider",
-                                 "C:\\Mounts\\Data=1\\=system:" + hardware, "--csv-writer", "--offhost", "-o",
-                                 file.string()},
-                                out, err),
-              client::exit_success)
-        << err.str();
+    const client_test::run_t run = client_test::run_client(
+        {"spec", "--vm", braced_vm_a, "--vm=" + spec_vm_b, "--crash-consistent", spec_vm_b, "--exclude-disk",
+         braced_vm_a + "=C:\\VMs\\a\\scratch.vhdx", "--aux-file",
+         braced_vm_a + "=C:\\VMs\\a\\notes & more.txt", "--provider", "Hardware:" + hardware,
+         "--volume-provider", "C:\\Mounts\\Data=1\\=system:" + hardware, "--csv-writer", "--offhost", "-o",
+         file.string()});
+    ASSERT_EQ(run.status, client::exit_success) << run.err;
 
     const CHvBackupSpec spec(client_test::read_file(file));
     ASSERT_EQ(spec.vms.size(), 2u);
@@ -119,7 +112,7 @@ TEST(SpecCommand, EveryOptionReachesTheToolsParserAndVmsAreNamedAsTheWriterNames
     EXPECT_TRUE(spec.useCsvVssWriter);
 
     // The least a server sends: no provider named, on-host, no CSV writer.
-    ASSERT_EQ(client::RunClient({"spec", "--vm", spec_vm_b, "-o", file.string()}, out, err),
+    ASSERT_EQ(client_test::run_client({"spec", "--vm", spec_vm_b, "-o", file.string()}).status,
               client::exit_success);
     const CHvBackupSpec least(client_test::read_file(file));
     EXPECT_EQ(least.defaultProvider->providerType, 0u);

@@ -1,7 +1,8 @@
-// An invoke server on a thread of the test, with a dispatcher of test commands, and
-// the process log pointed at a file of the test.
+// An invoke server on a thread of the test, with a dispatcher of test commands, the
+// process log pointed at a file of the test, and mirrack-client run with its output kept.
 #pragma once
 
+#include "client/subcommand.h"
 #include "common/exc/exc.h"
 #include "common/format/format.h"
 #include "common/logging/log_install.h"
@@ -17,9 +18,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
-#include <future>
+#include <sstream>
 #include <thread>
 
 namespace client_test {
@@ -35,16 +35,13 @@ inline std::filesystem::path scratch_folder() {
     return folder;
 }
 
-// Echo: Text back as Text, the encoded Document back as FilesList. Big: a FilesList
-// of Size characters. Fail: a two-line failure.
+// Echo: Text back as Text, the encoded Document back as FilesList. Fail: a two-line failure.
 class test_dispatcher_t : public wrap::IInvokeDispatcher {
 public:
     void Invoke(const std::wstring& command, InputArguments_t& input, OutputArguments_t& output) override {
         if (command == L"Echo") {
             output.WriteText("Text", input.ReadText("Text"));
             output.WriteEncoded("FilesList", input.ReadEncoded("Document"));
-        } else if (command == L"Big") {
-            output.WriteEncoded("FilesList", std::wstring(std::stoul(input.ReadText("Size")), L'\u00e9'));
         } else if (command == L"Fail") {
             try {
                 throw exc::runtime_exc_t("The cause.");
@@ -100,6 +97,17 @@ private:
 
 using test_support::contains;
 using test_support::read_file;
+
+struct run_t {
+    int status = -1;
+    std::string out, err;
+};
+
+inline run_t run_client(const std::vector<std::string>& arguments) {
+    std::ostringstream out, err;
+    const int status = client::RunClient(arguments, out, err);
+    return {status, out.str(), err.str()};
+}
 
 // The process log in a file of the test, for the length of the object.
 class test_log_t {

@@ -21,7 +21,6 @@ TEST(ArgumentLookup, FindsTheFirstArgumentOfANameInAnyCaseAndFailuresNameItAndTh
     const InputArguments_t input(
         L"<InputArguments><jobname value='first'/><JobName value='second'/></InputArguments>");
     EXPECT_EQ(input.ReadText("JobName"), L"first");
-    // Failures name the argument and the reader.
     EXPECT_EQ(failure_lines([] { InputArguments_t(L"<InputArguments/>").ReadText("JobName"); }),
               (std::vector<std::string>{"Value of the argument 'JobName' is not defined.",
                                         "Failed to retrieve value of the unicode attribute 'JobName'."}));
@@ -38,12 +37,10 @@ TEST(ArgumentLookup, FindsTheFirstArgumentOfANameInAnyCaseAndFailuresNameItAndTh
 TEST(ArgumentValues, MultibyteIsUtf8BooleanIsFalseOnlyForFalseAndZeroAndGuidsTakeAnyBraces) {
     EXPECT_EQ(request_with(L"Name", L"a\u00e9\U0001F600").ReadMultibyte("Name"), "a\xc3\xa9\xf0\x9f\x98\x80");
     EXPECT_EQ(request_with(L"Name", std::wstring(3000, L'n')).ReadMultibyte("Name"), std::string(3000, 'n'));
-    // Only false and zero are false.
     const std::pair<const wchar_t*, bool> cases[] = {{L"TRUE", true}, {L"False", false}, {L"1", true},
                                                      {L"", true},     {L"0", false},     {L"no", true}};
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(request_with(L"BackupStatus", text).ReadBool("BackupStatus"), expected);
-    // A GUID reads with either brace or none.
     const GUID expected = request_with(L"VmId", L"{6B29FC40-CA47-1067-B31D-00DD010662DA}").ReadGuid("VmId");
     EXPECT_EQ(expected.Data1, 0x6b29fc40u);
     for (const wchar_t* text :
@@ -81,7 +78,6 @@ TEST(OutputDocument, WritesArgumentsInOrderWithoutDeclarationAndEncodedValuesRea
               L"<ErrDescription value=\"\"/><IsCompleted value=\"false\"/>"
               L"<CreationTime value=\"-5\"/><CompletedTime value=\"133000000000000000\"/>"
               L"</OutputArguments>");
-    // An encoded value reads back as written.
     const std::wstring document = L"<HVBackupSpec>\r\n <VMs/>\u00e9\u4e2d\U0001F600</HVBackupSpec>";
     output.WriteEncoded("SnapshotXmlSpec", document);
     output.WriteEncoded("Empty", L"");
@@ -107,7 +103,6 @@ TEST(Base64, KnownVectorsEveryByteAndABreakAnywhere) {
         EXPECT_EQ(wrap::base64_encode(bytes), text);
         EXPECT_EQ(wrap::base64_decode(text), bytes);
     }
-    // Every byte value survives the round trip.
     std::string bytes;
     for (int i = 0; i < 256; ++i)
         bytes += static_cast<char>(i);

@@ -47,20 +47,19 @@ TEST(DomSerialization, HasNoDeclarationAndKeepsElementOrder) {
 
 // Short ASCII text takes a faster road than long or other text; all of them must come back whole.
 TEST(DomAttributes, ValuesOfAnyTextAndLengthSurviveAndAMissingOneReportsTheNullVariantType) {
-    const std::wstring any = L"a&b<c>\"d'\te\nf \u00e9\u4e2d\U0001F600";
-    const std::wstring long_ascii(5000, L'x');
-    const std::wstring long_mixed = std::wstring(300, L'y') + L"\u00e9" + std::wstring(300, L'z');
+    // A value ends at its first zero.
+    const std::pair<std::wstring, std::wstring> values[] = {
+        {L"value", L"a&b<c>\"d'\te\nf \u00e9\u4e2d\U0001F600"},
+        {L"a", std::wstring(5000, L'x')},
+        {L"b", std::wstring(300, L'y') + L"\u00e9" + std::wstring(300, L'z')},
+        {L"c", std::wstring(L"cut") + L'\0' + L"away"}};
     const dom_document_t document = dom_create_document();
     const dom_element_t root = dom_add_child(document, L"Root");
-    dom_set_attribute(root, L"value", any);
-    dom_set_attribute(root, L"a", long_ascii);
-    dom_set_attribute(root, L"b", long_mixed);
-    dom_set_attribute(root, L"c", std::wstring(L"cut") + L'\0' + L"away");
+    for (const auto& [name, value] : values)
+        dom_set_attribute(root, name, value);
     const dom_element_t loaded = root_of(dom_serialize(document));
-    EXPECT_EQ(dom_get_attribute(loaded, L"value"), any);
-    EXPECT_EQ(dom_get_attribute(loaded, L"a"), long_ascii);
-    EXPECT_EQ(dom_get_attribute(loaded, L"b"), long_mixed);
-    EXPECT_EQ(dom_get_attribute(loaded, L"c"), L"cut");
+    for (const auto& [name, value] : values)
+        EXPECT_EQ(dom_get_attribute(loaded, name), value.c_str());
     EXPECT_EQ(
         failure_lines([&] { dom_get_attribute(loaded, L"Value"); }),
         std::vector<std::string>{"Unexpected type (1) of the XML attribute (Value). Expected: 'VT_BSTR'."});

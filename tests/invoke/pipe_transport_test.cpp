@@ -67,7 +67,7 @@ TEST(PipeTransport, AClientThatLeavesIsABrokenPipeNotAnError) {
     EXPECT_FALSE(server->ReadMessage(message));
 }
 
-TEST(PipeTransport, WaitForClientEndsOnTimeLimitOrSignalledEvent) {
+TEST(PipeTransport, WaitForClientEndsOnTimeLimitOrSignalledEventAndAHandlerNeedsItsPipe) {
     const std::wstring path = pipe_test::fresh_pipe_path();
     const auto server = create_server_channel(path);
     EXPECT_EQ(wait_for_client(*server, {}, 30), client_wait_t::timed_out);
@@ -79,13 +79,12 @@ TEST(PipeTransport, WaitForClientEndsOnTimeLimitOrSignalledEvent) {
               (std::vector<std::string>{"Timed out until client to connect.",
                                         "Failed to wait for client connection. Pipe: '\\\\.\\pipe\\" +
                                             std::string(path.begin() + 9, path.end()) + "'."}));
-}
 
-TEST(PipeTransport, AHandlerWithoutPipeRefusesReadsAndWrites) {
-    CPipeHandler handler(L"\\\\.\\pipe\\none", nullptr);
+    // Without a pipe a handler refuses reads and writes.
+    CPipeHandler none(L"\\\\.\\pipe\\none", nullptr);
     byte_buffer_t message;
-    EXPECT_EQ(failure_lines([&] { handler.ReadMessage(message); }).at(0), "pipe reader is not initialized.");
-    EXPECT_EQ(failure_lines([&] { handler.WriteMessage(message); }).at(0), "pipe reader is not initialized.");
+    EXPECT_EQ(failure_lines([&] { none.ReadMessage(message); }).at(0), "pipe reader is not initialized.");
+    EXPECT_EQ(failure_lines([&] { none.WriteMessage(message); }).at(0), "pipe reader is not initialized.");
 }
 
 TEST(PipeEndpoint, ALiveServerKeepsItsName) {

@@ -54,9 +54,7 @@ TEST_F(ServerRequests, ACommandAnswersWithItsDocumentAndNoLineEndAndFailuresOrBa
     EXPECT_EQ(msxml_layout::without_breaks(server.ExecuteRequest(
                   L"CMD:Echo XML:<InputArguments><Say value=\"hi\"/></InputArguments>")),
               L"xml:<OutputArguments><Said value=\"hi\"/></OutputArguments>");
-    const std::wstring empty = server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>");
-    EXPECT_EQ(empty.rfind(L"xml:<OutputArguments", 0), 0u);
-    EXPECT_EQ(empty.find(L"\r\n"), std::wstring::npos);
+    EXPECT_EQ(server.ExecuteRequest(L"cmd:Nothing xml:<InputArguments/>"), L"xml:<OutputArguments/>");
     EXPECT_EQ(wrap::CPipeInvokeSrv::MakeXmlResponse(L"<a/>\r\n"), L"xml:<a/>");
     // Failures become error frames with all their lines.
     EXPECT_EQ(server.ExecuteRequest(L"cmd:Fail xml:<InputArguments/>"), L"err:The cause.\n--tr:The step.");

@@ -33,7 +33,7 @@ std::wstring expanded(std::wstring path) {
     return path;
 }
 
-// Files a wildcard spec finds, walking directories whose names match as the tool does.
+// Files a spec finds, named or by wildcards, walking directories whose names match as the tool does.
 std::size_t files_found(const hostsim::host_t& host, const hostsim::file_spec_t& spec,
                         const std::wstring& prefix = L"") {
     auto dir = host.map_path(expanded(spec.path) + prefix);
@@ -67,15 +67,8 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPat
     std::vector<std::wstring> roots;
     for (auto& component : writer.components) {
         std::size_t files = 0;
-        for (auto& spec : component.files) {
-            if (spec.spec.find_first_of(L"*?") == std::wstring::npos) {
-                auto file = host->map_path(spec.path + spec.spec);
-                ASSERT_TRUE(file && fs::exists(*file)) << hostsim::to_utf8(spec.path + spec.spec);
-                ++files;
-            } else {
-                files += files_found(*host, spec);
-            }
-        }
+        for (auto& spec : component.files)
+            files += files_found(*host, spec);
         EXPECT_EQ(files, 6u) << hostsim::to_utf8(component.caption);
         roots.push_back(host->locate(expanded(component.files.front().path)).root);
     }
@@ -83,7 +76,6 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPat
                                                 L"C:\\ClusterStorage\\Volume1\\", L"\\\\fs01\\vms\\"}))
         << "the local VMs take turns on the local volumes";
     EXPECT_EQ(fs::file_size(*host->map_path(L"C:\\Hyper-V\\vm1\\Virtual Hard Disks\\vm1.vhdx")), 3072u);
-    // resolve maps the host's Windows paths.
     std::string out;
     ASSERT_EQ(
         run_lab({"resolve", lab_dir.dir().string(), "\\\\FS01\\vms\\VM-SMB\\virtual hard disks\\vm-smb.vhdx"},
@@ -93,44 +85,42 @@ TEST(SampleHost, EveryVmsFilesAreWhereItsWriterSaysTheyAreAndResolveMapsTheirPat
     EXPECT_EQ(run_lab({"resolve", lab_dir.dir().string(), "Q:\\nowhere"}, &out), 3);
 }
 
-TEST(SampleHost, AProxyHostOffersTheTransportableProviderAndCreateRefusesAnExistingHostAndBadOptions) {
+TEST(SampleHost, AProxyHostOffersTheTransportableProviderAndCreateRefusesAnExistingHost) {
     const test_support::host_folder_t lab_dir("mirrack-lab");
     ASSERT_EQ(run_lab({"create", lab_dir.dir().string(), "--proxy"}), 0);
     auto host = hostsim::host_t::open(lab_dir.dir());
     ASSERT_TRUE(host->usable()) << host->complaint();
     EXPECT_EQ(host->model().name, L"PROXY01");
     const auto* hardware = host->find_provider(*hostsim::parse_guid(lab::hardware_provider_id));
-    ASSERT_TRUE(hardware);
-    EXPECT_TRUE(hardware->transportable);
+    EXPECT_TRUE(hardware && hardware->transportable);
     EXPECT_TRUE(host->model().writers.size() == 1 && host->model().writers[0].id != hyperv_writer_id);
     std::string out;
     EXPECT_EQ(run_lab({"create", lab_dir.dir().string()}, &out), 1);
-    EXPECT_TRUE(contains(out, "already"));
-    EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "x").string(), "--file-size", "3Q"}, &out), 1);
-    EXPECT_EQ(run_lab({"create", (lab_dir.dir() / "y").string(), "--colour", "red"}, &out), 1);
-    EXPECT_EQ(run_lab({"frobnicate"}, &out), 2);
-    EXPECT_TRUE(contains(out, "Usage:"));
+    EXPECT_EQ(out, "mirrack-lab: There is a host in " + lab_dir.dir().string() + " already.\n");
 }
 
-// --help shows the use and makes nothing; what looks like an option is never taken for a folder.
+// --help shows the use and makes nothing; what looks like an option is never taken for a folder;
+// a bad option of create is named, and makes nothing either.
 TEST(LabCommandLine, HelpMakesNothingAndAnOptionIsNoFolder) {
     const test_support::host_folder_t lab_dir("mirrack-lab");
     const fs::path host = lab_dir.dir() / "host";
     const fs::path previous = fs::current_path();
     fs::current_path(lab_dir.dir()); // where "create --help" made its folder
-    for (const std::vector<std::string>& line :
-         std::vector<std::vector<std::string>>{{"create", "--help"},
-                                               {"create", host.string(), "--help"},
-                                               {"state", "-h"},
-                                               {"resolve", "--help"}}) {
+    const std::vector<std::pair<std::vector<std::string>, int>> lines = {
+        {{"create", "--help"}, 0},
+        {{"create", host.string(), "--help"}, 0},
+        {{"state", "-h"}, 0},
+        {{"resolve", "--help"}, 0},
+        {{"create", "--vms", "2"}, 2},
+        {{"state", "--all"}, 2},
+        {{"resolve", "-x", "C:\\"}, 2},
+        {{"frobnicate"}, 2},
+        {{"create", host.string(), "--file-size", "3Q"}, 1},
+        {{"create", host.string(), "--colour", "red"}, 1}};
+    for (const auto& [line, status] : lines) {
         std::string out;
-        EXPECT_EQ(run_lab(line, &out), 0) << out;
-        EXPECT_TRUE(contains(out, "Usage:"));
-    }
-    for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
-             {"create", "--vms", "2"}, {"state", "--all"}, {"resolve", "-x", "C:\\"}}) {
-        std::string out;
-        EXPECT_EQ(run_lab(line, &out), 2) << out;
+        EXPECT_EQ(run_lab(line, &out), status) << out;
+        EXPECT_EQ(contains(out, "Usage:"), status != 1) << out;
     }
     fs::current_path(previous);
     EXPECT_TRUE(fs::is_empty(lab_dir.dir()));
@@ -173,9 +163,8 @@ TEST(LabViews, StateShowsTheCreationInProgressShadowCopiesVolumesInBackupAndResu
     ASSERT_EQ(hostsim_test::run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
 
     ASSERT_EQ(run_lab({"state", lab_dir.dir().string()}, &report), 0);
-    EXPECT_TRUE(contains(report, "Shadow-copy creation: none in progress")) << report;
-    EXPECT_TRUE(contains(report, "Live shadow copies: 1\n")) << report;
+    EXPECT_TRUE(contains(report, "Shadow-copy creation: none in progress\nLive shadow copies: 1\n"))
+        << report;
     EXPECT_TRUE(contains(report, "HarddiskVolumeShadowCopy1")) << report;
-    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + "    vm1")) << report;
-    EXPECT_TRUE(contains(report, "succeeded")) << report;
+    EXPECT_TRUE(contains(report, hostsim::to_utf8(vm1.name) + "    vm1             succeeded\n")) << report;
 }

@@ -43,11 +43,6 @@ protected:
     void SetUp() override {
         hosts = lab::make_soak_hosts(dir / "soak", false);
         fs::create_directories(hosts.host / "state");
-        tool.role = "host";
-        tool.pid = 4242;
-        tool.status = 0;
-        tool.log = dir / "tool.log";
-        tool.output = dir / "output.txt";
         write(tool.output, "LOG: Initializing log file ...\n");
         write(tool.log,
               "[1] <  1> Mirrack| Process will be finished normally.\n[1] <  1> Clearing collection.\n");
@@ -63,7 +58,8 @@ protected:
     const test_support::host_folder_t folder{"mirrack-soak-test"};
     const fs::path dir = folder.dir();
     lab::soak_hosts_t hosts;
-    lab::tool_end_t tool;
+    lab::tool_end_t tool{
+        .role = "host", .pid = 4242, .status = 0, .log = dir / "tool.log", .output = dir / "output.txt"};
     lab::job_record_t job;
     lab::host_audit_t audit;
 };

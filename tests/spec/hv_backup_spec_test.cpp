@@ -37,25 +37,38 @@ CHvBackupSpec parse_body(const std::string& body) {
     return CHvBackupSpec(with_body(body));
 }
 
+// The lines the specification shows in the log, without time stamp, thread and tag.
+std::vector<std::string> dump_of(const CHvBackupSpec& spec) {
+    const auto log = std::make_shared<test_support::memory_receiver_t>();
+    const auto previous = logging::main_log()->receiver();
+    logging::main_log()->install(log, false);
+    spec.DumpToLog();
+    logging::main_log()->install(previous, false);
+    std::vector<std::string> lines;
+    for (const std::string& text : log->writes)
+        if (const std::size_t start = text.find("Mirrack| "); start != std::string::npos)
+            lines.push_back(text.substr(start + 9, text.size() - start - 10));
+    return lines;
+}
+
 TEST(BackupSpecParsing, ReadsEveryPartOfTheDocumentAndMatchesVolumeProvidersByComponents) {
     const CHvBackupSpec spec(full_document);
-    ASSERT_EQ(spec.vms.size(), 2u);
-    EXPECT_EQ(spec.vms[0]->vmId, "{11111111-2222-3333-4444-555555555555}");
-    EXPECT_TRUE(spec.vms[0]->crashConsistent);
-    // A disk without text ends the list quietly.
+    // A disk without text ends the list quietly. The log shows neither list, and everything else.
     EXPECT_EQ(spec.vms[0]->excludedDisks, (std::vector<std::string>{"C:\\VMs\\a.vhdx", "D:\\b.vhdx"}));
     EXPECT_EQ(spec.vms[0]->auxFiles, (std::vector<std::string>{"C:\\aux1.txt", "C:\\aux2.txt"}));
-    EXPECT_EQ(spec.vms[1]->vmId, "not a guid");
-    EXPECT_FALSE(spec.vms[1]->crashConsistent);
-
-    EXPECT_EQ(spec.defaultProvider->providerType, 2u);
-    EXPECT_EQ(guid_to_string(spec.defaultProvider->providerId), "{b5946137-7b9f-4925-af80-51abd60b20d5}");
-    ASSERT_EQ(spec.volumeProviders.size(), 3u);
-    EXPECT_EQ(spec.volumeProviders[0]->mountPoint, L"C:\\ClusterStorage\\Vol\u00e91\\");
-    EXPECT_EQ(guid_to_string(spec.volumeProviders[0]->providerId), "{24602a4f-0000-4925-af80-51abd60b20d5}");
-    EXPECT_EQ(spec.volumeProviders[1]->providerType, 5u);
-    EXPECT_EQ(spec.offhost->mode, COffhostInfo::Enabled);
-    EXPECT_TRUE(spec.useCsvVssWriter);
+    EXPECT_EQ(
+        dump_of(spec),
+        (std::vector<std::string>{
+            "VMs to process:",
+            "-   VmID: '{11111111-2222-3333-4444-555555555555}', is crash consistent: 'true'.",
+            "-   VmID: 'not a guid', is crash consistent: 'false'.", "Default vss provider:",
+            "Provider ID: '{b5946137-7b9f-4925-af80-51abd60b20d5}'. Type: 'software'. Mount point: ''.",
+            "Providers for volumes:",
+            "Provider ID: '{24602a4f-0000-4925-af80-51abd60b20d5}'. Type: 'hardware'. Mount point: '" +
+                to_ansi_nothrow(std::wstring(L"C:\\ClusterStorage\\Vol\u00e91\\")) + "'.",
+            "Provider ID: '{00000000-0000-0000-0000-000000000005}'. Type: 'csv'. Mount point: 'E:\\'.",
+            "Provider ID: '{00000000-0000-0000-0000-000000000004}'. Type: 'fileshare'. Mount point: 'e:'.",
+            "Off-host backup is enabled.", "Use CSV Vss Writer: 'true'."}));
     // Volume providers match mount points by components, ignoring case.
     const CHvBackupSpec::provider_ptr_t first = spec.volumeProviders[0];
     EXPECT_EQ(spec.FindVolumeProvider(L"C:\\ClusterStorage\\Vol\u00e91"), first);
@@ -80,108 +93,67 @@ TEST(BackupSpecParsing, CrashConsistentIsAnIntegerWhereOneCanBeReadAndTheCsvFlag
                       ->crashConsistent,
                   expected)
             << text;
-    // The CSV writer flag follows the lenient boolean rule.
-    const std::pair<const char*, bool> flags[] = {{"<Settings UseCsvVssWriter='TRUE'/>", true},
-                                                  {"<Settings UseCsvVssWriter='0'/>", false},
-                                                  {"<Settings UseCsvVssWriter='no'/>", true},
-                                                  {"<Settings UseCsvVssWriter=''/>", true},
-                                                  {"<Settings/>", false},
-                                                  {"<Settings UseCsvVssWriter='false'/>", false}};
-    for (const auto& [settings, expected] : flags)
-        EXPECT_EQ(parse_body(std::string("<VMs/>") + settings).useCsvVssWriter, expected) << settings;
+    const std::pair<const char*, bool> flags[] = {
+        {"TRUE", true}, {"0", false}, {"no", true}, {"", true}, {"false", false}};
+    for (const auto& [text, expected] : flags)
+        EXPECT_EQ(parse_body(std::string("<VMs/><Settings UseCsvVssWriter='") + text + "'/>").useCsvVssWriter,
+                  expected)
+            << text;
+    EXPECT_FALSE(parse_body("<VMs/><Settings/>").useCsvVssWriter);
 }
 
 struct failure_case_t {
-    const char* what;
     std::string document;
     std::vector<std::string> last_lines; // the document line comes behind these
 };
 
 TEST(BackupSpecFailures, EachStepAddsItsLineFromTheCauseOutwards) {
     const failure_case_t cases[] = {
-        {"no VMs",
-         with_body(""),
-         {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
-        {"VM without id",
-         with_body("<VMs><VM id='a'/><VM/></VMs>"),
+        {with_body(""), {"There is no node with the specified name: [VMs].", "Failed to parse list of VMs."}},
+        {with_body("<VMs><VM id='a'/><VM/></VMs>"),
          {"Attribute value is not specified. Attribute: [id].", "Failed to parse Hyper-V backup spec.",
           "Failed to parse VM specification.", "Failed to parse list of VMs."}},
-        {"aux_file without path",
-         with_body("<VMs><VM id='a'><aux_file/></VM></VMs>"),
+        {with_body("<VMs><VM id='a'><aux_file/></VM></VMs>"),
          {"Attribute value is not specified. Attribute: [path].", "Failed to parse list of auxiliary files.",
           "Failed to parse Hyper-V backup spec.", "Failed to parse VM specification.",
           "Failed to parse list of VMs."}},
-        {"default provider without type",
-         with_body("<VMs/><VSSProvider id='{00000000-0000-0000-0000-000000000001}'/>"),
+        {with_body("<VMs/><VSSProvider id='{00000000-0000-0000-0000-000000000001}'/>"),
          {"Unexpected type of the attribute. Attribute: [type].",
           "Failed to parse default VSS provider settings"}},
-        {"default provider with a bad id",
-         with_body("<VMs/><VSSProvider type='1' id='xyz'/>"),
+        {with_body("<VMs/><VSSProvider type='1' id='xyz'/>"),
          {"Failed to convert string [xyz] to UUID.", "Failed to parse default VSS provider settings"}},
-        {"volume provider without id",
-         with_body("<VMs/><volumes><volProvider type='1'/></volumes>"),
+        {with_body("<VMs/><volumes><volProvider type='1'/></volumes>"),
          {"Attribute value is not specified. Attribute: [id].",
           "Failed to parse list of volumes to snapshot."}},
-        {"Offhost without type",
-         with_body("<VMs/><Offhost/>"),
+        {with_body("<VMs/><Offhost/>"),
          {"Unexpected type of the attribute. Attribute: [type].",
           "Failed to parse off-host backup settings."}},
-        {"not XML",
-         "<HVBackupSpec><VMs></HVBackupSpec>",
+        {"<HVBackupSpec><VMs></HVBackupSpec>",
          {"Failed to parse XML content. Source content: [<HVBackupSpec><VMs></HVBackupSpec>]."}},
     };
     for (const failure_case_t& c : cases) {
         std::vector<std::string> expected = c.last_lines;
         expected.push_back("Cannot parse backup specification document (" + c.document + ").");
-        EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected)
-            << c.what;
+        EXPECT_EQ(failure_lines([&] { CHvBackupSpec spec(c.document); }, expected.size()), expected);
     }
 }
 
-std::vector<std::string> dump_of(const std::string& body) {
-    const CHvBackupSpec spec(with_body(body));
-    const auto log = std::make_shared<test_support::memory_receiver_t>();
-    const auto previous = logging::main_log()->receiver();
-    logging::main_log()->install(log, false);
-    spec.DumpToLog();
-    logging::main_log()->install(previous, false);
-    // The tool's lines, without time stamp, thread and tag.
-    std::vector<std::string> lines;
-    for (const std::string& text : log->writes)
-        if (const std::size_t start = text.find("Mirrack| "); start != std::string::npos)
-            lines.push_back(text.substr(start + 9, text.size() - start - 10));
-    return lines;
-}
-
-TEST(BackupSpecDump, VmsProvidersOffhostAndCsvFlag) {
+// A single VM has no head line; a document that names nothing shows the defaults.
+TEST(BackupSpecDump, OneVmAndTheDefaultsOfWhatIsNotGiven) {
     EXPECT_EQ(
-        dump_of("<VMs><VM id='{A}' crashConsistent='1'/></VMs>"),
+        dump_of(parse_body("<VMs><VM id='{A}' crashConsistent='1'/></VMs>")),
         (std::vector<std::string>{
             "VmID: '{A}', is crash consistent: 'true'.", "Default vss provider:",
             "Provider ID: '{00000000-0000-0000-0000-000000000000}'. Type: 'Not specified'. Mount point: ''.",
             "Providers for volumes:", "Offhost settings are not specified.",
             "Use CSV Vss Writer: 'false'."}));
-    // Several are listed under a head line of their own.
-    const std::vector<std::string> two = dump_of("<VMs><VM id='a'/><VM id='b' crashConsistent='5'/></VMs>");
-    EXPECT_EQ(std::vector<std::string>(two.begin(), two.begin() + 3),
-              (std::vector<std::string>{"VMs to process:", "-   VmID: 'a', is crash consistent: 'false'.",
-                                        "-   VmID: 'b', is crash consistent: 'true'."}));
-    EXPECT_EQ(dump_of("<VMs/>")[1], "Default vss provider:");
-    // Providers, the off-host settings and the CSV flag.
-    const std::string provider =
-        "type='3' id='{24602a4f-0000-4925-af80-51abd60b20d5}' volMountPoint='C:\\Vol\\'";
-    const std::string line =
-        "Provider ID: '{24602a4f-0000-4925-af80-51abd60b20d5}'. Type: 'hardware'. Mount point: 'C:\\Vol\\'.";
-    EXPECT_EQ(dump_of("<VMs/><VSSProvider " + provider + "/><volumes><volProvider " + provider +
-                      "/><volProvider type='9' id='{00000000-0000-0000-0000-000000000005}'/></volumes>"
-                      "<Offhost type='0'/><Settings UseCsvVssWriter='1'/>"),
+    EXPECT_EQ(dump_of(parse_body("<VMs/><VSSProvider type='9' id='{00000000-0000-0000-0000-000000000005}'/>"
+                                 "<Offhost type='0'/>")),
               (std::vector<std::string>{
-                  "VMs to process:", "Default vss provider:", line, "Providers for volumes:", line,
+                  "VMs to process:", "Default vss provider:",
                   "Provider ID: '{00000000-0000-0000-0000-000000000005}'. Type: '9'. Mount point: ''.",
-                  "Offhost backup is disabled.", "Use CSV Vss Writer: 'true'."}));
-    EXPECT_EQ(dump_of("<VMs/><Offhost type='1'/>")[4], "Off-host backup is enabled.");
-    EXPECT_EQ(dump_of("<VMs/><Offhost type='-7'/>")[4], "Offhost mode: '-7'.");
-    EXPECT_EQ(spec::ProviderTypeToString(5), "csv");
+                  "Providers for volumes:", "Offhost backup is disabled.", "Use CSV Vss Writer: 'false'."}));
+    EXPECT_EQ(dump_of(parse_body("<VMs/><Offhost type='-7'/>"))[4], "Offhost mode: '-7'.");
 }
 
 } // namespace

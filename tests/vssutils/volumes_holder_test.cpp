@@ -18,20 +18,13 @@ const std::wstring csv_volume = L"\\\\?\\Volume{6a1b0c3e-0000-0000-0000-00000000
 const std::wstring csv_disk = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const std::wstring csv_new_file = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\new\\vm2.avhdx";
 
-// A holder of both files of vm2's folder, released with its task.
-void prepare_both(bool snapshotMade) {
-    CVolumesHolder holder;
-    auto backup = gathered_backup();
-    holder.AddBackupItem(csv_disk, backup);
-    holder.AddBackupItem(csv_new_file, backup);
-    holder.keepCsvState = snapshotMade;
-}
-
 } // namespace
 
-TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
-    scratch_host_t host;
+TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPointAndAShareItemMapsThroughItsRoot) {
+    scratch_host_t host(
+        sample_host_xml(R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
     host.write("volumes/c/VMs/vm1/more.vhdx", "x");
+    host.write("shares/fs02/vm4/vm4.vhdx", "disk of vm4");
     CVolumesHolder holder;
     log_capture_t log;
     auto backup = gathered_backup();
@@ -52,21 +45,20 @@ TEST(VolumesHolder, ItemsOfOneVolumeShareItWhateverTheCaseOrMountPoint) {
     holder.LogMappings();
     EXPECT_TRUE(log.has("The following volumes should be snapshotted:"));
     EXPECT_TRUE(log.has("    'D:\\Mounted\\'. UniqueName: '" + to_ansi(c_volume) + "'"));
-}
 
-TEST(VolumesHolder, AShareItemMapsThroughTheRootThatVssGives) {
-    scratch_host_t host(
-        sample_host_xml(R"(<Share unc="\\fs02\data\" root="\\fs02.corp\data\" dir="shares/fs02"/>)"));
-    host.write("shares/fs02/vm4/vm4.vhdx", "disk of vm4");
-    CVolumesHolder holder;
-    EXPECT_EQ(holder.AddBackupItem(L"\\\\fs02\\data\\vm4\\vm4.vhdx", gathered_backup()),
+    // The root that VSS gives a share is its volume.
+    CVolumesHolder share;
+    EXPECT_EQ(share.AddBackupItem(L"\\\\fs02\\data\\vm4\\vm4.vhdx", backup),
               L"\\\\fs02.corp\\data\\vm4\\vm4.vhdx");
-    EXPECT_EQ(holder.mountPoints.at(L"\\\\fs02\\data\\"), L"\\\\fs02.corp\\data\\");
-    EXPECT_EQ(holder.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
+    EXPECT_EQ(share.mountPoints.at(L"\\\\fs02\\data\\"), L"\\\\fs02.corp\\data\\");
+    EXPECT_EQ(share.volumesToSnapshot, std::vector<std::wstring>{L"\\\\fs02.corp\\data\\"});
 }
 
+// One clear that fails does not keep the other items prepared.
 TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapshotKeepsThem) {
-    scratch_host_t host;
+    scratch_host_t host(
+        sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
+    log_capture_t log;
     {
         CVolumesHolder holder;
         auto backup = gathered_backup();
@@ -78,7 +70,9 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapsho
         EXPECT_EQ(host.state_lines("csv.txt").size(), 1u) << "the backup state is the volume's";
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
-    EXPECT_TRUE(host.state_lines("csv.txt").empty());
+    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
+    EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
+    EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
     // A CSV reached by its volume name begins with two backslashes, like a share, and is still a CSV.
     {
         const std::wstring item = csv_volume + L"vm2\\Disks\\vm2.vhdx";
@@ -91,16 +85,6 @@ TEST(VolumesHolder, EachCsvItemIsPreparedAFailedTaskClearsThemAllAndAMadeSnapsho
     }
     EXPECT_EQ(journal_count(host, "ClusterClearBackupStateForSharedVolume"), 2u);
     EXPECT_EQ(host.state_lines("csv.txt").size(), 1u);
-}
-
-TEST(VolumesHolder, OneFailedClearDoesNotKeepTheOthersPrepared) {
-    scratch_host_t host(
-        sample_host_xml(R"(<Fault op="ClusterClearBackupStateForSharedVolume" nth="1" err="5"/>)"));
-    log_capture_t log;
-    prepare_both(false);
-    EXPECT_TRUE(host.state_lines("csv.txt").empty()) << "the second file's clear clears the volume";
-    EXPECT_TRUE(log.has("Failed to clear CSV backup state."));
-    EXPECT_EQ(log.count("CSV backup state is cleared."), 1u);
 }
 
 TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
@@ -125,7 +109,6 @@ TEST(VolumesHolder, AFailedItemNamesItselfAfterTheCause) {
           "'C:\\ClusterStorage\\Volume9\\vm9.vhdx'."}},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(to_ansi(c.item));
         scratch_host_t host(sample_host_xml(c.fault));
         host.write("volumes/c/ClusterStorage/Volume9/vm9.vhdx", "not on a cluster shared volume");
         CVolumesHolder holder;
