@@ -74,9 +74,7 @@ TEST(OnHostBackup, WritersMoveThroughTheirStatesCallsAreJournaledAndSharesAndCsv
     EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_FREEZE));
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_BACKUP_COMPLETE));
-    ASSERT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                         vm1_component, false),
-              S_OK);
+    ASSERT_EQ(set_outcome(backup.get(), vm1_component, false), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_STABLE));
 

@@ -21,6 +21,7 @@ const wchar_t csv_disk[] = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const wchar_t csv_folder[] = L"C:\\ClusterStorage\\Volume1\\vm2\\";
 const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
+const wchar_t vm2_component[] = L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F";
 
 std::string set_text(const GUID& set_id) {
     return hostsim::to_utf8(hostsim::guid_text(set_id));
@@ -266,9 +267,7 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     auto backup = gathered_backup();
     start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
-    EXPECT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", L"no such VM"),
-        VSS_E_OBJECT_NOT_FOUND);
+    EXPECT_EQ(add_component(backup.get(), L"no such VM"), VSS_E_OBJECT_NOT_FOUND);
     EXPECT_EQ(backup->AddComponent(unknown_id, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
               VSS_E_OBJECT_NOT_FOUND)
         << "the writer instance must be the writer's";
@@ -291,12 +290,8 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     ASSERT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id), S_OK);
     EXPECT_EQ(add_volume(backup.get(), L"c:\\", system_provider_id), VSS_E_OBJECT_ALREADY_EXISTS)
         << "a mount point names the same volume";
-    ASSERT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
-        S_OK);
-    EXPECT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
-        VSS_E_OBJECT_ALREADY_EXISTS);
+    ASSERT_EQ(add_component(backup.get()), S_OK);
+    EXPECT_EQ(add_component(backup.get()), VSS_E_OBJECT_ALREADY_EXISTS);
 
     // Transportable sets need a transportable provider.
     backup = gathered_backup();
@@ -338,9 +333,7 @@ TEST(VssErrors, CallsOutOfOrderAreInABadState) {
         << "no backup state";
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE) << "not prepared";
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE) << "no snapshot";
-    EXPECT_EQ(fresh->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                        vm1_component, true),
-              VSS_E_BAD_STATE);
+    EXPECT_EQ(set_outcome(fresh.get(), vm1_component, true), VSS_E_BAD_STATE);
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_BAD_STATE)
         << "nothing to import without a document";
 }
@@ -349,16 +342,12 @@ TEST(VssErrors, StepsThatCannotBeRepeated) {
     scratch_host_t host;
     auto backup = prepared_backup();
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_E_BAD_STATE);
-    EXPECT_EQ(backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                   L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F"),
-              VSS_E_BAD_STATE)
+    EXPECT_EQ(add_component(backup.get(), vm2_component), VSS_E_BAD_STATE)
         << "components are chosen before the prepare";
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_BAD_STATE);
-    EXPECT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                         L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F", true),
-              VSS_E_OBJECT_NOT_FOUND)
+    EXPECT_EQ(set_outcome(backup.get(), vm2_component, true), VSS_E_OBJECT_NOT_FOUND)
         << "only components of the backup have an outcome";
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);

@@ -86,10 +86,6 @@ inline const char usual_providers[] = R"(<VSSProvider type="1" id="{00000000-000
 <volProvider type="4" id="{00000000-0000-0000-0000-000000000000}" volMountPoint="\\fs01\vms\"/></volumes>
 <Settings UseCsvVssWriter="true"/>)";
 
-inline std::vector<spec_vm_t> three_vms() {
-    return {{local_vm, false, {R"(C:\VMs\local\notes.txt)"}}, {csv_vm}, {smb_vm, true}};
-}
-
 // A file's content through the selected host's mapping of Windows paths; empty when the path
 // leads nowhere.
 inline std::string read_through(const std::wstring& windowsPath) {
