@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <regex>
 
 using namespace hostsim_test;
 using compat::com_ptr_t;
@@ -49,16 +50,21 @@ HRESULT status_of(IVssAsync* async) {
 
 } // namespace
 
+// A lock whose holder is dead goes.
 TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEnded) {
     scratch_host_t host;
+    host.write("state/creation.txt", "{00000000-0000-0000-0000-0000000000aa}\t" + std::to_string(dead_pid()) +
+                                         ":1\t2026-01-01 00:00:00 UTC\n");
     auto first = prepared_backup();
+    EXPECT_NE(host.count("RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"), 0u);
     auto second = gathered_backup();
     VSS_ID set_id{};
     EXPECT_EQ(second->StartSnapshotSet(&set_id), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     const auto lock = host.state_lines("creation.txt");
     ASSERT_EQ(lock.size(), 1u);
-    EXPECT_NE(lock[0].find("\t" + std::to_string(getpid()) + ":"), std::string::npos) << lock[0];
-    EXPECT_NE(lock[0].find(" UTC"), std::string::npos) << "since when: " << lock[0];
+    EXPECT_TRUE(std::regex_match(lock[0], std::regex("\\{[-0-9a-f]{36}\\}\t" + this_process_text() +
+                                                     "\t\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d UTC")))
+        << "the set, its process and since when: " << lock[0];
 
     EXPECT_TRUE(in_child_process([] {
         VSS_ID id{};
@@ -68,16 +74,6 @@ TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEn
     ASSERT_EQ(run(first.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     EXPECT_TRUE(host.state_lines("creation.txt").empty());
     EXPECT_EQ(second->StartSnapshotSet(&set_id), S_OK) << "the first still holds its snapshot, not the lock";
-}
-
-TEST(StartSnapshotSet, TheLockGoesWithADeadHolder) {
-    scratch_host_t host;
-    const int gone = dead_pid();
-    host.write("state/creation.txt", "{00000000-0000-0000-0000-0000000000aa}\t" + std::to_string(gone) +
-                                         ":1\t2026-01-01 00:00:00 UTC\n");
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    EXPECT_NE(host.count("RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"), 0u);
 }
 
 TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
@@ -115,19 +111,16 @@ TEST(AddToSnapshotSet, NamesMustEndInABackslashAndAClusterSharedVolumeThatAnothe
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\"), S_OK);
 
     const std::string other = "{00000000-0000-0000-0000-0000000000bb}";
-    auto lock = host.state_lines("creation.txt");
-    lock.push_back(other + "\t" + std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC");
-    std::string text;
-    for (auto& line : lock)
-        text += line + "\n";
-    host.write("state/creation.txt", text);
+    host.write("state/creation.txt", read_file(host.dir() / "state/creation.txt") + other + "\t" +
+                                         std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC\n");
     host.write("state/csv.txt", std::string(csv_volume) + "\t" + other + "\t" + std::to_string(getppid()) +
                                     ":0\tC:\\ClusterStorage\\Volume1\\x\n");
     EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\"), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
 }
 
-TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
+TEST(AbortBackup,
+     MakesTheWritersStableAndEndsTheBackupWithoutAResultAndAReleaseBeforeTheCompletionImpliesIt) {
     scratch_host_t host(sample_host_xml(
         R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)"));
     auto backup = prepared_backup();
@@ -140,10 +133,8 @@ TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
     backup = nullptr;
     EXPECT_EQ(host.count("ImplicitAbort"), 0u);
     EXPECT_TRUE(host.state_lines("backups.txt").empty());
-}
 
-TEST(AbortBackup, IsImpliedByAReleaseBetweenThePrepareAndTheCompletion) {
-    scratch_host_t host;
+    // A release between the prepare and the completion implies it.
     start_set(gathered_backup().get());
     EXPECT_EQ(host.count("ImplicitAbort"), 0u) << "nothing was prepared";
 
@@ -242,16 +233,15 @@ TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {
         return prepared == 0 ? 0 : 2;
     };
     ASSERT_TRUE(in_child_process(prepare_and_die));
-    const auto prepared = host.state_lines("csv.txt");
-    ASSERT_EQ(prepared.size(), 1u);
+    // The volume, the job's set, its process and the prepared path.
+    const std::string prepared = host.state_lines("csv.txt").at(0);
+    const std::size_t owner = prepared.find('\t', prepared.find('\t') + 1) + 1;
     hostsim::host_t::open(host.dir());
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
-    const auto swept = host.calls("RemoveAbandonedCsvBackupState");
-    ASSERT_EQ(swept.size(), 1u);
-    EXPECT_TRUE(swept[0].starts_with("RemoveAbandonedCsvBackupState\t" + std::string(csv_volume) + "\t" +
-                                     prepared[0].substr(prepared[0].find('\t') + 1, 38) + "\t"))
-        << swept[0];
-    EXPECT_NE(swept[0].find(" is gone"), std::string::npos) << "the sweep names the volume and the job";
+    EXPECT_EQ(host.calls("RemoveAbandonedCsvBackupState"),
+              std::vector<std::string>{"RemoveAbandonedCsvBackupState\t" + prepared.substr(0, owner) +
+                                       "owner " + prepared.substr(owner, prepared.find(':', owner) - owner) +
+                                       " is gone"});
 
     ASSERT_EQ(prepare_csv(csv_folder), DWORD(0)) << "a live process's preparation";
     ASSERT_TRUE(in_child_process(prepare_and_die));
@@ -305,7 +295,7 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     EXPECT_EQ(add_volume(backup.get(), c_volume_name, GUID_NULL), S_OK) << "the hardware provider is chosen";
 }
 
-TEST(VssErrors, CallsOutOfOrderAreInABadState) {
+TEST(VssErrors, CallsOutOfOrderOrRepeatedAreInABadState) {
     scratch_host_t host;
     auto fresh = new_backup();
     UINT count = 0;
@@ -336,10 +326,9 @@ TEST(VssErrors, CallsOutOfOrderAreInABadState) {
     EXPECT_EQ(set_outcome(fresh.get(), vm1_component, true), VSS_E_BAD_STATE);
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_BAD_STATE)
         << "nothing to import without a document";
-}
 
-TEST(VssErrors, StepsThatCannotBeRepeated) {
-    scratch_host_t host;
+    // Steps that cannot be repeated, once the creation that fresh holds has gone.
+    fresh = nullptr;
     auto backup = prepared_backup();
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_E_BAD_STATE);
     EXPECT_EQ(add_component(backup.get(), vm2_component), VSS_E_BAD_STATE)
