@@ -49,6 +49,13 @@ host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts);
 // Every item of the snapshot, in VM order.
 ItemsList AllItems(const host_snapshot_t& snapshot);
 
+// The items as an import's task or result converts them to paths on the proxy.
+template <class Converter> ItemsList Converted(Converter&& converter, const ItemsList& items) {
+    ItemsList converted;
+    DeserializeItemsListUtf8(converter.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
+    return converted;
+}
+
 using test_support::contains;
 using test_support::read_file;
 

@@ -22,12 +22,6 @@ std::unique_ptr<hv::CVssImportSnapshotThread> StartTask(const host_snapshot_t& t
         std::make_shared<hv::CImportSnapshotContext>(taken.backupDoc, taken.snapshotsXml), limits);
 }
 
-ItemsList Converted(hv::CVssImportSnapshotThread& task, const ItemsList& items) {
-    ItemsList converted;
-    DeserializeItemsListUtf8(task.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
-    return converted;
-}
-
 } // namespace
 
 TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {

@@ -113,15 +113,6 @@ public:
         write("shares/fs01-vms/smb/smb.vhdx", "smb disk, before");
     }
 
-    // Where op was first called in the journal, or npos.
-    std::size_t first_call(const std::string& op) const {
-        const auto all = calls();
-        for (std::size_t i = 0; i < all.size(); ++i)
-            if (all[i].substr(0, all[i].find('\t')) == op)
-                return i;
-        return std::string::npos;
-    }
-
     // No shadow copy lives and no file of a cluster shared volume is prepared for backup.
     bool is_clean() const { return state_lines("shadows.txt").empty() && state_lines("csv.txt").empty(); }
 };
