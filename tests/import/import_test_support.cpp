@@ -30,12 +30,12 @@ std::string host_and_proxy_t::OffhostSpec() const {
     return read_file(host.dir() / "spec-offhost.xml");
 }
 
-std::vector<GUID> host_and_proxy_t::OffhostVms() const {
-    std::vector<GUID> ids;
+std::vector<std::string> host_and_proxy_t::OffhostVms() const {
+    std::vector<std::string> ids;
     const std::string spec = OffhostSpec();
     const std::regex vm(R"re(<VM id="([^"]+)")re");
     for (auto it = std::sregex_iterator(spec.begin(), spec.end(), vm); it != std::sregex_iterator(); ++it)
-        ids.push_back(string_to_guid((*it)[1].str()));
+        ids.push_back((*it)[1].str());
     return ids;
 }
 

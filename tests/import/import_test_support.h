@@ -29,8 +29,8 @@ public:
     explicit host_and_proxy_t(const std::string& proxyExtra = "");
 
     std::string OffhostSpec() const;
-    // The ids of the off-host specification's VMs, in its order.
-    std::vector<GUID> OffhostVms() const;
+    // The ids of the off-host specification's VMs, in its order and spelling.
+    std::vector<std::string> OffhostVms() const;
 
     hostsim_test::journaled_host_t host{"mirrack-import-host"}, proxy{"mirrack-import-proxy"};
 };
