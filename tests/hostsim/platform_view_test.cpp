@@ -33,7 +33,6 @@ TEST(PlatformView, PathsVolumesRegistryAndEnvironmentAreTheHostsFirst) {
     EXPECT_EQ(map_path(L"E:\\nothing"), std::nullopt);
     EXPECT_EQ(map_path(L"\\\\other\\share\\x"), std::nullopt);
     EXPECT_EQ(map_path(L"relative\\path"), std::nullopt);
-    // Volume names and mount points answer from the host.
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\VMs\\vm1\\vm1.vhdx"), L"C:\\");
     EXPECT_EQ(hostsim::volume_path_name(L"C:\\ClusterStorage\\Volume1\\vm2"),
               L"C:\\ClusterStorage\\Volume1\\");

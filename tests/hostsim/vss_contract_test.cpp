@@ -286,8 +286,7 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     // Transportable sets need a transportable provider.
     backup = gathered_backup();
     ASSERT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
-    VSS_ID set_id{};
-    ASSERT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id),
               VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_VOLUME_NOT_SUPPORTED)

@@ -124,7 +124,6 @@ TEST(PathConversion, EveryStepIsLoggedEvenForAnEmptyListAndUnreadableItemsFailTh
         << log.text();
     EXPECT_EQ(log.count("Updating paths for files on volume ["), 2u) << log.text();
     EXPECT_EQ(log.count(" ok."), 0u) << "the blocks close without a closing line\n" << log.text();
-    // Unreadable items fail this call only.
     const auto lines = failure_lines([&] { result.ConvertOffhostPaths("<FilesList><File"); });
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines.back(), "Failed to obtain paths to shadow items on imported snapshot.");

@@ -189,7 +189,6 @@ TEST(ShadowPaths, ItemsOnTheOldVolumeInAnyCaseMoveToTheNewOneOthersStayAndTheRes
     impl::MapVmItems(items, oldVolume, device);
     EXPECT_EQ(items, (ItemsList{item(device + L"\\VMs\\a.vhdx"), item(device),
                                 item(L"\\\\?\\Volume{bb}\\VMs\\a.vhdx")}));
-    // The result lists a VM by its id and refuses others.
     const GUID known = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
     const GUID unknown = {9, 9, 9, {9, 9, 9, 9, 9, 9, 9, 9}};
     CVssSnapshotResult result(std::make_shared<impl::CSnapshotInfo>(), {{known, {item(L"f")}}});
