@@ -137,13 +137,6 @@ TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClea
         EXPECT_EQ(read_through(onProxy[i].fullPath), before[i]) << to_ansi(onProxy[i].fullPath);
     }
     EXPECT_EQ(onProxy.back().fullPath, notImported) << "a volume that wasn't imported stays as it came";
-    // A snapshot task's commands have no task to ask on the proxy.
-    EXPECT_EQ(road.proxy->Call(L"GetSnapshotInfo", CRequestArguments()).Frame(),
-              L"err:Snapshot is not initialized.\n--tr:Failed to get snapshot info.");
-    EXPECT_FALSE(road.proxy
-                     ->Call(L"SetVmBackupStatus",
-                            CRequestArguments().AddGuid(L"VmId", GUID_NULL).AddBool(L"BackupStatus", false))
-                     .IsSuccess());
 
     EXPECT_FALSE(road.hosts.proxy.state_lines("shadows.txt").empty()) << "held while the task stands";
     const std::string proxyLog = road.CloseBoth();
