@@ -119,16 +119,11 @@ compat::com_ptr_t<IVssBackupComponents> gathered_backup() {
 
 compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id) {
     auto backup = gathered_backup();
-    VSS_ID set_id{}, id{};
-    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    start_set(backup.get());
     EXPECT_EQ(add_component(backup.get()), S_OK);
-    WCHAR volume[64];
-    std::wcscpy(volume, c_volume_name);
-    EXPECT_EQ(backup->AddToSnapshotSet(volume, system_provider_id, &id), S_OK);
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id, snapshot_id), S_OK);
     EXPECT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    if (snapshot_id)
-        *snapshot_id = id;
     return backup;
 }
 
@@ -151,9 +146,10 @@ std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup, std::v
     return states;
 }
 
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider) {
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider,
+                   VSS_ID* snapshot_id) {
     VSS_ID id{};
-    return backup->AddToSnapshotSet(volume.data(), provider, &id);
+    return backup->AddToSnapshotSet(volume.data(), provider, snapshot_id ? snapshot_id : &id);
 }
 
 HRESULT add_component(IVssBackupComponents* backup, const wchar_t* component) {

@@ -56,7 +56,9 @@ compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id = nu
 std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup,
                                             std::vector<HRESULT>* failures = nullptr);
 
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL);
+// Adds a volume to the started set; the snapshot's id into snapshot_id if given.
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL,
+                   VSS_ID* snapshot_id = nullptr);
 // A component of the Hyper-V writer: added to the backup, or given its outcome.
 HRESULT add_component(IVssBackupComponents* backup, const wchar_t* component = vm1_component);
 HRESULT set_outcome(IVssBackupComponents* backup, const wchar_t* component, bool succeeded);
