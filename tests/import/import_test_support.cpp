@@ -47,18 +47,11 @@ host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts) {
         auto result = snapshot->BuildResult();
         taken.backupDoc = result->info->BackupDoc;
         taken.snapshotsXml = result->info->SnapshotsXML;
-        for (const auto& [vmId, items] : result->vmFiles)
-            taken.items[vmId] = items;
+        for (const auto& [vm, items] : result->vmFiles)
+            taken.items.insert(taken.items.end(), items.begin(), items.end());
     }
     hosts.proxy.select();
     return taken;
-}
-
-ItemsList AllItems(const host_snapshot_t& snapshot) {
-    ItemsList all;
-    for (const auto& entry : snapshot.items)
-        all.insert(all.end(), entry.second.begin(), entry.second.end());
-    return all;
 }
 
 } // namespace import_test

@@ -9,7 +9,6 @@
 #include "tests/support/text_file.h"
 
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -38,16 +37,13 @@ public:
 struct host_snapshot_t {
     std::wstring backupDoc;
     std::wstring snapshotsXml;
-    // Each VM's items in volume-name form, as the host task leaves them.
-    std::map<GUID, ItemsList, VSSUtils::VssIdLess> items;
+    // Every VM's items in volume-name form, as the host task leaves them, in VM order.
+    ItemsList items;
 };
 
 // A transportable snapshot of the off-host specification's VMs, taken on the host and
 // released there; the proxy is selected afterwards.
 host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts);
-
-// Every item of the snapshot, in VM order.
-ItemsList AllItems(const host_snapshot_t& snapshot);
 
 // The items as an import's task or result converts them to paths on the proxy.
 template <class Converter> ItemsList Converted(Converter&& converter, const ItemsList& items) {

@@ -33,7 +33,7 @@ TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
 
     ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
     wait_for([&] { return hosts.proxy.state_lines("shadows.txt").empty(); }); // released by the worker itself
-    const ItemsList converted = Converted(*task, AllItems(taken));
+    const ItemsList converted = Converted(*task, taken.items);
     ASSERT_FALSE(converted.empty());
     EXPECT_TRUE(converted[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
     EXPECT_EQ(read_through(converted[0].fullPath), "") << "a path that leads nowhere any more";
