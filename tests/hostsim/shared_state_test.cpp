@@ -47,9 +47,14 @@ std::string complaint(const scratch_host_t& host) {
     return said.substr(std::min(lead.size(), said.size()), said.size() - lead.size() - 1);
 }
 
-std::wstring read_document(const std::filesystem::path& file) {
+// A requester initialised for a backup from the document in file.
+com_ptr_t<IVssBackupComponents> backup_from(const std::filesystem::path& file) {
     std::wifstream in(file);
-    return std::wstring((std::istreambuf_iterator<wchar_t>(in)), std::istreambuf_iterator<wchar_t>());
+    BSTR document = SysAllocString(std::wstring(std::istreambuf_iterator<wchar_t>(in), {}).c_str());
+    auto backup = new_backup();
+    EXPECT_EQ(backup->InitializeForBackup(document), S_OK);
+    SysFreeString(document);
+    return backup;
 }
 
 } // namespace
@@ -67,10 +72,7 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
     ASSERT_EQ(host.state_lines("shadows.txt").size(), 1u) << "the set outlives the release of its maker";
 
     proxy.select();
-    auto backup = new_backup();
-    BSTR document = SysAllocString(read_document(document_file).c_str());
-    ASSERT_EQ(backup->InitializeForBackup(document), S_OK);
-    SysFreeString(document);
+    auto backup = backup_from(document_file);
     ASSERT_EQ(backup->SetContext(VSS_CTX_ALL), S_OK);
     ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::ImportSnapshots), VSS_S_ASYNC_FINISHED);
@@ -97,11 +99,8 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
     // What the imported copy holds, and its release, are read through the import's own tests.
     backup.reset();
 
-    auto second = new_backup();
-    document = SysAllocString(read_document(document_file).c_str());
-    ASSERT_EQ(second->InitializeForBackup(document), S_OK);
-    SysFreeString(document);
-    EXPECT_EQ(run(second.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_NO_SNAPSHOTS_IMPORTED)
+    EXPECT_EQ(run(backup_from(document_file).get(), &IVssBackupComponents::ImportSnapshots),
+              VSS_E_NO_SNAPSHOTS_IMPORTED)
         << "a set is imported once";
 }
 

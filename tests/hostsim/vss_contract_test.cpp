@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <regex>
 
 using namespace hostsim_test;
@@ -78,18 +77,13 @@ TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEn
 
 TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
     std::string volumes;
-    for (int i = 0; i < 64; ++i) {
-        char line[160];
-        std::snprintf(
-            line, sizeof line,
-            R"(<Volume name="\\?\Volume{7a000000-0000-0000-0000-%012d}\" dir="v%d" mount="M:\%d\"/>)", i, i,
-            i);
-        volumes += line;
-    }
+    for (int i = 10; i < 74; ++i)
+        volumes += R"(<Volume name="\\?\Volume{7a000000-0000-0000-0000-0000000000)" + std::to_string(i) +
+                   R"(}\" dir="v)" + std::to_string(i) + R"(" mount="M:\)" + std::to_string(i) + R"(\"/>)";
     scratch_host_t host(sample_host_xml(volumes));
     auto backup = gathered_backup();
     start_set(backup.get());
-    for (int i = 0; i < 64; ++i)
+    for (int i = 10; i < 74; ++i)
         ASSERT_EQ(add_volume(backup.get(), L"M:\\" + std::to_wstring(i) + L"\\"), S_OK) << i;
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED);
 }
