@@ -50,9 +50,8 @@ TEST(PlatformView, PathsVolumesRegistryAndEnvironmentAreTheHostsFirst) {
     EXPECT_TRUE(hostsim::registry_key_exists(L"SOFTWARE\\Orlix"));
     EXPECT_FALSE(hostsim::registry_key_exists(L"SOFTWARE\\OrliX\\Orlix NFS"));
     // Values' types and the ones that are missing are read through the registry wrappers' tests.
-    auto level = hostsim::registry_value(L"SOFTWARE\\Orlix\\Orlix Keepsafe", L"Level");
-    ASSERT_TRUE(level);
-    EXPECT_EQ(level->number, 16u) << "hexadecimal data";
+    EXPECT_EQ(hostsim::registry_value(L"SOFTWARE\\Orlix\\Orlix Keepsafe", L"Level").value().number, 16u)
+        << "hexadecimal data";
 
     EXPECT_EQ(hostsim::environment_variable(L"VMROOT"), L"C:\\VMs");
     EXPECT_EQ(hostsim::environment_variable(L"SystemDrive"), L"C:");

@@ -46,10 +46,9 @@ TEST(ImportTask, WhileImportingPathsAreRefusedAndClosingCancelsTheImport) {
     auto task = StartTask(taken);
     wait_for([&] { return log.has("Waiting until VSS import task finishes."); });
     const impl::SOperationStatus running = task->GetOperationInfo()->Read();
-    EXPECT_FALSE(running.isCompleted);
-    EXPECT_TRUE(running.isSucceeded);
-    EXPECT_EQ(running.completedTime, 0);
-    EXPECT_EQ(running.snapshotId, taskId);
+    EXPECT_EQ(std::tuple(running.snapshotId, running.isCompleted, running.isSucceeded, running.errDescription,
+                         running.completedTime),
+              std::tuple(taskId, false, true, std::wstring(), std::int64_t{0}));
     EXPECT_EQ(failure_lines([&] { task->ConvertOffhostPaths("<FilesList/>"); }),
               std::vector<std::string>{"There is no successfully imported snapshot."});
     task.reset();

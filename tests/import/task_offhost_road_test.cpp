@@ -49,9 +49,7 @@ struct OffhostRoad : offhost_tools_t {
     explicit OffhostRoad(const std::string& proxyExtra = "")
         : offhost_tools_t(proxyExtra), host(client::CInvokeClient::Connect(L"host")),
           proxy(client::CInvokeClient::Connect(L"proxy")) {
-        client::backup_job_t onHost = job;
-        onHost.specDocument = hosts.OffhostSpec();
-        client::BeginSnapshot(*host, onHost);
+        client::BeginSnapshot(*host, {job.jobName, job.backupConsole, hosts.OffhostSpec()});
         client::WaitForCompletion(*host, nullptr, std::chrono::milliseconds(20));
         documents = client::GetSnapshotDocuments(*host);
     }

@@ -57,9 +57,8 @@ TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
         status = info.Read();
     }
     worker.join();
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_EQ(status.errDescription, L"line one\nline two");
-    EXPECT_EQ(status.completedTime, 99);
+    EXPECT_EQ(std::tuple(status.isSucceeded, status.errDescription, status.completedTime),
+              std::tuple(false, std::wstring(L"line one\nline two"), std::int64_t{99}));
 }
 
 TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndAWorkerThatOutlivesItsJoinKeepsItsData) {
