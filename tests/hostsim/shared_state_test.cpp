@@ -76,10 +76,7 @@ TEST(SharedState, ATransportableSetMadeOnTheHostIsImportedByAnotherProcessOnTheP
     ASSERT_EQ(backup->SetContext(VSS_CTX_ALL), S_OK);
     ASSERT_EQ(backup->EnableWriterClasses(&hyperv_writer_id, 1), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::ImportSnapshots), VSS_S_ASYNC_FINISHED);
-    ASSERT_EQ(run(backup.get(), &IVssBackupComponents::GatherWriterStatus), VSS_S_ASYNC_FINISHED);
-    UINT writers = 9;
-    ASSERT_EQ(backup->GetWriterStatusCount(&writers), S_OK);
-    EXPECT_EQ(writers, 0u) << "the proxy runs no Hyper-V writer";
+    EXPECT_TRUE(writer_states(backup.get()).empty()) << "the proxy runs no Hyper-V writer";
 
     auto proxy_shadows = proxy.state_lines("shadows.txt");
     ASSERT_EQ(proxy_shadows.size(), 1u);
