@@ -23,10 +23,6 @@ const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)"
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
 const wchar_t vm2_component[] = L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F";
 
-std::string set_text(const GUID& set_id) {
-    return hostsim::to_utf8(hostsim::guid_text(set_id));
-}
-
 DWORD prepare_csv(const wchar_t* path) {
     WCHAR mount[MAX_PATH], name[MAX_PATH];
     DWORD mount_length = MAX_PATH, name_length = MAX_PATH;
@@ -35,7 +31,7 @@ DWORD prepare_csv(const wchar_t* path) {
 
 // Starts a set and prepares the cluster shared volume through two of its paths; the set's id.
 std::string start_and_prepare_twice(IVssBackupComponents* backup) {
-    const std::string set = set_text(start_set(backup));
+    const std::string set = hostsim::to_utf8(hostsim::guid_text(start_set(backup)));
     EXPECT_EQ(prepare_csv(csv_disk), DWORD(0));
     EXPECT_EQ(prepare_csv(csv_folder), DWORD(0));
     return set;

@@ -13,10 +13,7 @@ namespace import_test {
 
 host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
     // Small: two VMs, one on C: and one on the cluster shared volume, so two snapshots.
-    lab::sample_options_t options;
-    options.vms_on_c = 1;
-    options.files_per_vm = 4;
-    options.file_size = 8192;
+    lab::sample_options_t options{.vms_on_c = 1, .files_per_vm = 4, .file_size = 8192};
     lab::create_sample_host(host.dir(), options);
     options.proxy = true;
     lab::create_sample_host(proxy.dir(), options);
