@@ -27,9 +27,7 @@ std::unique_ptr<hv::CVssImportSnapshotThread> StartTask(const host_snapshot_t& t
 TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
     host_and_proxy_t hosts;
     const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
-    SSnapshotTaskLimits limits;
-    limits.holdMs = 0;
-    auto task = StartTask(taken, limits);
+    auto task = StartTask(taken, {.holdMs = 0});
 
     ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
     wait_for([&] { return hosts.proxy.state_lines("shadows.txt").empty(); }); // released by the worker itself
