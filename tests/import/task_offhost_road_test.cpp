@@ -107,7 +107,6 @@ client_run_t RunBoth(offhost_tools_t& tools, const std::string& subcommand, cons
 
 TEST(OffhostRoad, HostsItemsLeadToTheSnapshotsFilesOnTheProxyAndBothHostsEndClean) {
     OffhostRoad road;
-    ASSERT_FALSE(road.documents.snapshotsXml.empty()) << "an off-host task lists its snapshots";
     ItemsList items;
     for (const std::string& vm : road.hosts.OffhostVms()) {
         const ItemsList ofVm = client::GetVmItems(*road.host, string_to_guid(vm));
