@@ -59,7 +59,7 @@ TEST(Faults, AStatusEndsTheOperationAndOneThatFailedOrWasCancelledLeavesNothing)
 
 TEST(Faults, AWriterReportsTheFaultFromItsPhaseOn) {
     struct case_t {
-        const char* phase;
+        std::string phase;
         VSS_WRITER_STATE state;
         HRESULT hr;
     };
@@ -69,20 +69,17 @@ TEST(Faults, AWriterReportsTheFaultFromItsPhaseOn) {
           case_t{"snapshot", VSS_WS_FAILED_AT_FREEZE, VSS_E_WRITERERROR_TIMEOUT},
           case_t{"complete", VSS_WS_FAILED_AT_BACKUP_COMPLETE, S_OK}}) {
         SCOPED_TRACE(c.phase);
-        char fault[200];
-        std::snprintf(
-            fault, sizeof fault,
-            R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="%s" state="%d" hr="0x%08x"/>)",
-            c.phase, static_cast<int>(c.state), static_cast<unsigned>(c.hr));
-        scratch_host_t host(sample_host_xml(fault));
-        const std::string phase = c.phase;
+        scratch_host_t host(
+            sample_host_xml(R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at=")" + c.phase +
+                            "\" state=\"" + std::to_string(c.state) + "\" hr=\"" +
+                            std::to_string(static_cast<std::uint32_t>(c.hr)) + "\"/>"));
 
         auto backup = prepared_backup();
-        bool failed = phase == "identify" || phase == "prepare";
+        bool failed = c.phase == "identify" || c.phase == "prepare";
         EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_FREEZE);
 
         ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-        failed = failed || phase == "snapshot";
+        failed = failed || c.phase == "snapshot";
         EXPECT_EQ(writer_states(backup.get()).at(0), failed ? c.state : VSS_WS_WAITING_FOR_BACKUP_COMPLETE);
 
         ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);

@@ -24,6 +24,15 @@ public:
         }
         return found;
     }
+    // Where the first call of op, with these leading arguments if given ("op\targ"), is in the
+    // journal, or npos.
+    std::size_t first_call(const std::string& call) const {
+        const auto all = calls();
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if ((all[i] + "\t").starts_with(call + "\t"))
+                return i;
+        return std::string::npos;
+    }
     // The calls of op whose arguments hold the given text.
     std::size_t count(const std::string& op, const std::string& argument = "") const {
         const auto found = calls(op);

@@ -70,20 +70,15 @@ TEST(OnHostBackup, ShadowCopyKeepsThePointInTimeUntilTheObjectIsReleased) {
 TEST(OnHostBackup, WritersMoveThroughTheirStatesCallsAreJournaledAndSharesAndCsvsGetTheirProviders) {
     scratch_host_t host;
     auto backup = prepared_backup();
-    using states = std::vector<VSS_WRITER_STATE>;
-    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_FREEZE));
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_WAITING_FOR_BACKUP_COMPLETE));
-    ASSERT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                         vm1_component, false),
-              S_OK);
+    ASSERT_EQ(set_outcome(backup.get(), vm1_component, false), S_OK);
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
-    EXPECT_EQ(writer_states(backup.get()), states(2, VSS_WS_STABLE));
+    EXPECT_EQ(writer_states(backup.get()), std::vector<VSS_WRITER_STATE>(2, VSS_WS_STABLE));
 
     auto backups = host.state_lines("backups.txt");
-    ASSERT_EQ(backups.size(), 2u);
-    EXPECT_EQ(backups[0].rfind("backup\t{", 0), 0u);
-    EXPECT_EQ(backups[1], "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tfailed");
+    backups.at(0).resize(8); // the set's id goes
+    EXPECT_EQ(backups, (std::vector<std::string>{"backup\t{",
+                                                 "component\tB1F6C5A2-2D3E-4F50-8A61-7C8D9E0F1A2B\tfailed"}));
 
     EXPECT_EQ(host.state_lines("journal.txt").front(),
               std::to_string(getpid()) + "\tCreateVssBackupComponentsInternal");
@@ -96,9 +91,8 @@ TEST(OnHostBackup, WritersMoveThroughTheirStatesCallsAreJournaledAndSharesAndCsv
     auto shares = gathered_backup();
     start_set(shares.get());
     VSS_ID share_snapshot{}, csv_snapshot{};
-    WCHAR share[] = L"\\\\fs01\\vms\\", csv_mount[] = L"C:\\ClusterStorage\\Volume1\\";
-    ASSERT_EQ(shares->AddToSnapshotSet(share, GUID_NULL, &share_snapshot), S_OK);
-    ASSERT_EQ(shares->AddToSnapshotSet(csv_mount, GUID_NULL, &csv_snapshot), S_OK);
+    ASSERT_EQ(add_volume(shares.get(), L"\\\\fs01\\vms\\", GUID_NULL, &share_snapshot), S_OK);
+    ASSERT_EQ(add_volume(shares.get(), L"C:\\ClusterStorage\\Volume1\\", GUID_NULL, &csv_snapshot), S_OK);
     ASSERT_EQ(shares->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
     ASSERT_EQ(run(shares.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(run(shares.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);

@@ -75,10 +75,6 @@ std::vector<std::vector<std::string>> scratch_host_t::journal() const {
     return records;
 }
 
-fs::path scratch_host_t::shadow_dir(unsigned number) const {
-    return dir() / "state" / "shadows" / std::to_string(number);
-}
-
 fs::path local_path(const std::wstring& windows_path) {
     auto path = hostsim::map_path(windows_path);
     EXPECT_TRUE(path.has_value());
@@ -123,18 +119,11 @@ compat::com_ptr_t<IVssBackupComponents> gathered_backup() {
 
 compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id) {
     auto backup = gathered_backup();
-    VSS_ID set_id{}, id{};
-    EXPECT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
-    EXPECT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
-        S_OK);
-    WCHAR volume[64];
-    std::wcscpy(volume, c_volume_name);
-    EXPECT_EQ(backup->AddToSnapshotSet(volume, system_provider_id, &id), S_OK);
+    start_set(backup.get());
+    EXPECT_EQ(add_component(backup.get()), S_OK);
+    EXPECT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id, snapshot_id), S_OK);
     EXPECT_EQ(backup->SetBackupState(true, true, VSS_BT_FULL, false), S_OK);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_S_ASYNC_FINISHED);
-    if (snapshot_id)
-        *snapshot_id = id;
     return backup;
 }
 
@@ -157,9 +146,19 @@ std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup, std::v
     return states;
 }
 
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider) {
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider,
+                   VSS_ID* snapshot_id) {
     VSS_ID id{};
-    return backup->AddToSnapshotSet(volume.data(), provider, &id);
+    return backup->AddToSnapshotSet(volume.data(), provider, snapshot_id ? snapshot_id : &id);
+}
+
+HRESULT add_component(IVssBackupComponents* backup, const wchar_t* component) {
+    return backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", component);
+}
+
+HRESULT set_outcome(IVssBackupComponents* backup, const wchar_t* component, bool succeeded) {
+    return backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
+                                      component, succeeded);
 }
 
 GUID start_set(IVssBackupComponents* backup) {

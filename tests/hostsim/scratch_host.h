@@ -35,7 +35,6 @@ public:
                             const std::string& prefix = "mirrack-hostsim");
 
     std::vector<std::vector<std::string>> journal() const; // fields of each line
-    std::filesystem::path shadow_dir(unsigned number) const;
 };
 
 using test_support::read_file;
@@ -57,7 +56,12 @@ compat::com_ptr_t<IVssBackupComponents> prepared_backup(VSS_ID* snapshot_id = nu
 std::vector<VSS_WRITER_STATE> writer_states(IVssBackupComponents* backup,
                                             std::vector<HRESULT>* failures = nullptr);
 
-HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL);
+// Adds a volume to the started set; the snapshot's id into snapshot_id if given.
+HRESULT add_volume(IVssBackupComponents* backup, std::wstring volume, const GUID& provider = GUID_NULL,
+                   VSS_ID* snapshot_id = nullptr);
+// A component of the Hyper-V writer: added to the backup, or given its outcome.
+HRESULT add_component(IVssBackupComponents* backup, const wchar_t* component = vm1_component);
+HRESULT set_outcome(IVssBackupComponents* backup, const wchar_t* component, bool succeeded);
 // Starts a snapshot set; its id.
 GUID start_set(IVssBackupComponents* backup);
 

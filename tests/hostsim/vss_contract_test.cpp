@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <regex>
 
 using namespace hostsim_test;
 using compat::com_ptr_t;
@@ -21,10 +21,7 @@ const wchar_t csv_disk[] = L"C:\\ClusterStorage\\Volume1\\vm2\\Disks\\vm2.vhdx";
 const wchar_t csv_folder[] = L"C:\\ClusterStorage\\Volume1\\vm2\\";
 const char csv_volume[] = R"(\\?\Volume{6a1b0c3e-0000-0000-0000-000000000002}\)";
 const GUID unknown_id = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 9}};
-
-std::string set_text(const GUID& set_id) {
-    return hostsim::to_utf8(hostsim::guid_text(set_id));
-}
+const wchar_t vm2_component[] = L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F";
 
 DWORD prepare_csv(const wchar_t* path) {
     WCHAR mount[MAX_PATH], name[MAX_PATH];
@@ -34,7 +31,7 @@ DWORD prepare_csv(const wchar_t* path) {
 
 // Starts a set and prepares the cluster shared volume through two of its paths; the set's id.
 std::string start_and_prepare_twice(IVssBackupComponents* backup) {
-    const std::string set = set_text(start_set(backup));
+    const std::string set = hostsim::to_utf8(hostsim::guid_text(start_set(backup)));
     EXPECT_EQ(prepare_csv(csv_disk), DWORD(0));
     EXPECT_EQ(prepare_csv(csv_folder), DWORD(0));
     return set;
@@ -48,16 +45,21 @@ HRESULT status_of(IVssAsync* async) {
 
 } // namespace
 
+// A lock whose holder is dead goes.
 TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEnded) {
     scratch_host_t host;
+    host.write("state/creation.txt", "{00000000-0000-0000-0000-0000000000aa}\t" + std::to_string(dead_pid()) +
+                                         ":1\t2026-01-01 00:00:00 UTC\n");
     auto first = prepared_backup();
+    EXPECT_NE(host.count("RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"), 0u);
     auto second = gathered_backup();
     VSS_ID set_id{};
     EXPECT_EQ(second->StartSnapshotSet(&set_id), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     const auto lock = host.state_lines("creation.txt");
     ASSERT_EQ(lock.size(), 1u);
-    EXPECT_NE(lock[0].find("\t" + std::to_string(getpid()) + ":"), std::string::npos) << lock[0];
-    EXPECT_NE(lock[0].find(" UTC"), std::string::npos) << "since when: " << lock[0];
+    EXPECT_TRUE(std::regex_match(lock[0], std::regex("\\{[-0-9a-f]{36}\\}\t" + this_process_text() +
+                                                     "\t\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d UTC")))
+        << "the set, its process and since when: " << lock[0];
 
     EXPECT_TRUE(in_child_process([] {
         VSS_ID id{};
@@ -69,30 +71,15 @@ TEST(StartSnapshotSet, OneCreationRunsPerHostFromTheStartUntilDoSnapshotSetHasEn
     EXPECT_EQ(second->StartSnapshotSet(&set_id), S_OK) << "the first still holds its snapshot, not the lock";
 }
 
-TEST(StartSnapshotSet, TheLockGoesWithADeadHolder) {
-    scratch_host_t host;
-    const int gone = dead_pid();
-    host.write("state/creation.txt", "{00000000-0000-0000-0000-0000000000aa}\t" + std::to_string(gone) +
-                                         ":1\t2026-01-01 00:00:00 UTC\n");
-    auto backup = gathered_backup();
-    start_set(backup.get());
-    EXPECT_NE(host.count("RemoveAbandonedCreation", "{00000000-0000-0000-0000-0000000000aa}"), 0u);
-}
-
 TEST(AddToSnapshotSet, TakesAtMost64Volumes) {
     std::string volumes;
-    for (int i = 0; i < 64; ++i) {
-        char line[160];
-        std::snprintf(
-            line, sizeof line,
-            R"(<Volume name="\\?\Volume{7a000000-0000-0000-0000-%012d}\" dir="v%d" mount="M:\%d\"/>)", i, i,
-            i);
-        volumes += line;
-    }
+    for (int i = 10; i < 74; ++i)
+        volumes += R"(<Volume name="\\?\Volume{7a000000-0000-0000-0000-0000000000)" + std::to_string(i) +
+                   R"(}\" dir="v)" + std::to_string(i) + R"(" mount="M:\)" + std::to_string(i) + R"(\"/>)";
     scratch_host_t host(sample_host_xml(volumes));
     auto backup = gathered_backup();
     start_set(backup.get());
-    for (int i = 0; i < 64; ++i)
+    for (int i = 10; i < 74; ++i)
         ASSERT_EQ(add_volume(backup.get(), L"M:\\" + std::to_wstring(i) + L"\\"), S_OK) << i;
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), VSS_E_MAXIMUM_NUMBER_OF_VOLUMES_REACHED);
 }
@@ -114,19 +101,16 @@ TEST(AddToSnapshotSet, NamesMustEndInABackslashAndAClusterSharedVolumeThatAnothe
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\"), S_OK);
 
     const std::string other = "{00000000-0000-0000-0000-0000000000bb}";
-    auto lock = host.state_lines("creation.txt");
-    lock.push_back(other + "\t" + std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC");
-    std::string text;
-    for (auto& line : lock)
-        text += line + "\n";
-    host.write("state/creation.txt", text);
+    host.write("state/creation.txt", read_file(host.dir() / "state/creation.txt") + other + "\t" +
+                                         std::to_string(getppid()) + ":0\t2026-01-01 00:00:00 UTC\n");
     host.write("state/csv.txt", std::string(csv_volume) + "\t" + other + "\t" + std::to_string(getppid()) +
                                     ":0\tC:\\ClusterStorage\\Volume1\\x\n");
     EXPECT_EQ(add_volume(backup.get(), L"C:\\ClusterStorage\\Volume1\\"), VSS_E_SNAPSHOT_SET_IN_PROGRESS);
     EXPECT_EQ(add_volume(backup.get(), L"C:\\"), S_OK) << "other volumes are not held";
 }
 
-TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
+TEST(AbortBackup,
+     MakesTheWritersStableAndEndsTheBackupWithoutAResultAndAReleaseBeforeTheCompletionImpliesIt) {
     scratch_host_t host(sample_host_xml(
         R"(<WriterFault writer="{66841cd4-6ded-4f4b-8f17-fd23f8ddc3de}" at="prepare" state="7" hr="0x800423f4"/>)"));
     auto backup = prepared_backup();
@@ -137,23 +121,19 @@ TEST(AbortBackup, MakesTheWritersStableAndEndsTheBackupWithoutAResult) {
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
     EXPECT_TRUE(host.state_lines("creation.txt").empty()) << "the creation ends with the backup";
     backup = nullptr;
-    EXPECT_EQ(host.count("ImplicitAbort"), 0u);
     EXPECT_TRUE(host.state_lines("backups.txt").empty());
-}
 
-TEST(AbortBackup, IsImpliedByAReleaseBetweenThePrepareAndTheCompletion) {
-    scratch_host_t host;
+    // A release between the prepare and the completion implies it.
     start_set(gathered_backup().get());
-    EXPECT_EQ(host.count("ImplicitAbort"), 0u) << "nothing was prepared";
 
     auto completed = prepared_backup();
     ASSERT_EQ(run(completed.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     ASSERT_EQ(run(completed.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
     completed = nullptr;
-    EXPECT_EQ(host.count("ImplicitAbort"), 0u) << "the backup was complete";
+    EXPECT_EQ(host.count("ImplicitAbort"), 0u)
+        << "not after an abort, nor without a prepare or after the completion";
 
-    VSS_ID snapshot{};
-    auto prepared = prepared_backup(&snapshot);
+    auto prepared = prepared_backup();
     ASSERT_EQ(run(prepared.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     prepared = nullptr;
     EXPECT_NE(host.count("ImplicitAbort"), 0u);
@@ -241,23 +221,21 @@ TEST(ClusterSharedVolumeBackupState, EndsWithTheLastLiveProcessThatPreparedIt) {
         return prepared == 0 ? 0 : 2;
     };
     ASSERT_TRUE(in_child_process(prepare_and_die));
-    const auto prepared = host.state_lines("csv.txt");
-    ASSERT_EQ(prepared.size(), 1u);
+    // The volume, the job's set, its process and the prepared path.
+    const std::string prepared = host.state_lines("csv.txt").at(0);
+    const std::size_t owner = prepared.find('\t', prepared.find('\t') + 1) + 1;
     hostsim::host_t::open(host.dir());
     EXPECT_TRUE(host.state_lines("csv.txt").empty());
-    const auto swept = host.calls("RemoveAbandonedCsvBackupState");
-    ASSERT_EQ(swept.size(), 1u);
-    EXPECT_TRUE(swept[0].starts_with("RemoveAbandonedCsvBackupState\t" + std::string(csv_volume) + "\t" +
-                                     prepared[0].substr(prepared[0].find('\t') + 1, 38) + "\t"))
-        << swept[0];
-    EXPECT_NE(swept[0].find(" is gone"), std::string::npos) << "the sweep names the volume and the job";
+    EXPECT_EQ(host.calls("RemoveAbandonedCsvBackupState"),
+              std::vector<std::string>{"RemoveAbandonedCsvBackupState\t" + prepared.substr(0, owner) +
+                                       "owner " + prepared.substr(owner, prepared.find(':', owner) - owner) +
+                                       " is gone"});
 
     ASSERT_EQ(prepare_csv(csv_folder), DWORD(0)) << "a live process's preparation";
     ASSERT_TRUE(in_child_process(prepare_and_die));
     hostsim::host_t::open(host.dir());
-    const auto kept = host.state_lines("csv.txt");
-    ASSERT_EQ(kept.size(), 1u) << "the volume stays in backup while one who prepared it lives";
-    EXPECT_NE(kept[0].find(hostsim::to_utf8(csv_disk)), std::string::npos) << kept[0];
+    EXPECT_NE(host.state_lines("csv.txt").at(0).find(hostsim::to_utf8(csv_disk)), std::string::npos)
+        << "the volume stays in backup while one who prepared it lives";
 }
 
 // The errors VSS gives for a requester's mistakes.
@@ -266,9 +244,7 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     auto backup = gathered_backup();
     start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), L"E:\\", GUID_NULL), VSS_E_OBJECT_NOT_FOUND);
-    EXPECT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", L"no such VM"),
-        VSS_E_OBJECT_NOT_FOUND);
+    EXPECT_EQ(add_component(backup.get(), L"no such VM"), VSS_E_OBJECT_NOT_FOUND);
     EXPECT_EQ(backup->AddComponent(unknown_id, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
               VSS_E_OBJECT_NOT_FOUND)
         << "the writer instance must be the writer's";
@@ -291,18 +267,13 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     ASSERT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id), S_OK);
     EXPECT_EQ(add_volume(backup.get(), L"c:\\", system_provider_id), VSS_E_OBJECT_ALREADY_EXISTS)
         << "a mount point names the same volume";
-    ASSERT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
-        S_OK);
-    EXPECT_EQ(
-        backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"", vm1_component),
-        VSS_E_OBJECT_ALREADY_EXISTS);
+    ASSERT_EQ(add_component(backup.get()), S_OK);
+    EXPECT_EQ(add_component(backup.get()), VSS_E_OBJECT_ALREADY_EXISTS);
 
     // Transportable sets need a transportable provider.
     backup = gathered_backup();
     ASSERT_EQ(backup->SetContext(VSS_VOLSNAP_ATTR_TRANSPORTABLE), S_OK);
-    VSS_ID set_id{};
-    ASSERT_EQ(backup->StartSnapshotSet(&set_id), S_OK);
+    start_set(backup.get());
     EXPECT_EQ(add_volume(backup.get(), c_volume_name, system_provider_id),
               VSS_E_VOLUME_NOT_SUPPORTED_BY_PROVIDER);
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_VOLUME_NOT_SUPPORTED)
@@ -310,7 +281,7 @@ TEST(VssErrors, UnknownsAreNotFoundOrNotSupportedAndSomethingAddedTwiceAlreadyEx
     EXPECT_EQ(add_volume(backup.get(), c_volume_name, GUID_NULL), S_OK) << "the hardware provider is chosen";
 }
 
-TEST(VssErrors, CallsOutOfOrderAreInABadState) {
+TEST(VssErrors, CallsOutOfOrderOrRepeatedAreInABadState) {
     scratch_host_t host;
     auto fresh = new_backup();
     UINT count = 0;
@@ -338,27 +309,20 @@ TEST(VssErrors, CallsOutOfOrderAreInABadState) {
         << "no backup state";
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE) << "not prepared";
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE) << "no snapshot";
-    EXPECT_EQ(fresh->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                        vm1_component, true),
-              VSS_E_BAD_STATE);
+    EXPECT_EQ(set_outcome(fresh.get(), vm1_component, true), VSS_E_BAD_STATE);
     EXPECT_EQ(run(fresh.get(), &IVssBackupComponents::ImportSnapshots), VSS_E_BAD_STATE)
         << "nothing to import without a document";
-}
 
-TEST(VssErrors, StepsThatCannotBeRepeated) {
-    scratch_host_t host;
+    // Steps that cannot be repeated, once the creation that fresh holds has gone.
+    fresh = nullptr;
     auto backup = prepared_backup();
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::PrepareForBackup), VSS_E_BAD_STATE);
-    EXPECT_EQ(backup->AddComponent(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                   L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F"),
-              VSS_E_BAD_STATE)
+    EXPECT_EQ(add_component(backup.get(), vm2_component), VSS_E_BAD_STATE)
         << "components are chosen before the prepare";
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::DoSnapshotSet), VSS_E_BAD_STATE);
     EXPECT_EQ(add_volume(backup.get(), L"\\\\fs01\\vms\\", GUID_NULL), VSS_E_BAD_STATE);
-    EXPECT_EQ(backup->SetBackupSucceeded(hyperv_writer_instance, hyperv_writer_id, VSS_CT_FILEGROUP, L"",
-                                         L"C7D8E9F0-1A2B-4C3D-8E4F-5A6B7C8D9E0F", true),
-              VSS_E_OBJECT_NOT_FOUND)
+    EXPECT_EQ(set_outcome(backup.get(), vm2_component, true), VSS_E_OBJECT_NOT_FOUND)
         << "only components of the backup have an outcome";
     ASSERT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_S_ASYNC_FINISHED);
     EXPECT_EQ(run(backup.get(), &IVssBackupComponents::BackupComplete), VSS_E_BAD_STATE);

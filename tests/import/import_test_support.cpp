@@ -13,10 +13,7 @@ namespace import_test {
 
 host_and_proxy_t::host_and_proxy_t(const std::string& proxyExtra) {
     // Small: two VMs, one on C: and one on the cluster shared volume, so two snapshots.
-    lab::sample_options_t options;
-    options.vms_on_c = 1;
-    options.files_per_vm = 4;
-    options.file_size = 8192;
+    lab::sample_options_t options{.vms_on_c = 1, .files_per_vm = 4, .file_size = 8192};
     lab::create_sample_host(host.dir(), options);
     options.proxy = true;
     lab::create_sample_host(proxy.dir(), options);
@@ -30,12 +27,12 @@ std::string host_and_proxy_t::OffhostSpec() const {
     return read_file(host.dir() / "spec-offhost.xml");
 }
 
-std::vector<GUID> host_and_proxy_t::OffhostVms() const {
-    std::vector<GUID> ids;
+std::vector<std::string> host_and_proxy_t::OffhostVms() const {
+    std::vector<std::string> ids;
     const std::string spec = OffhostSpec();
     const std::regex vm(R"re(<VM id="([^"]+)")re");
     for (auto it = std::sregex_iterator(spec.begin(), spec.end(), vm); it != std::sregex_iterator(); ++it)
-        ids.push_back(string_to_guid((*it)[1].str()));
+        ids.push_back((*it)[1].str());
     return ids;
 }
 
@@ -47,18 +44,11 @@ host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts) {
         auto result = snapshot->BuildResult();
         taken.backupDoc = result->info->BackupDoc;
         taken.snapshotsXml = result->info->SnapshotsXML;
-        for (const auto& [vmId, items] : result->vmFiles)
-            taken.items[vmId] = items;
+        for (const auto& [vm, items] : result->vmFiles)
+            taken.items.insert(taken.items.end(), items.begin(), items.end());
     }
     hosts.proxy.select();
     return taken;
-}
-
-ItemsList AllItems(const host_snapshot_t& snapshot) {
-    ItemsList all;
-    for (const auto& entry : snapshot.items)
-        all.insert(all.end(), entry.second.begin(), entry.second.end());
-    return all;
 }
 
 } // namespace import_test

@@ -9,7 +9,6 @@
 #include "tests/support/text_file.h"
 
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -29,8 +28,8 @@ public:
     explicit host_and_proxy_t(const std::string& proxyExtra = "");
 
     std::string OffhostSpec() const;
-    // The ids of the off-host specification's VMs, in its order.
-    std::vector<GUID> OffhostVms() const;
+    // The ids of the off-host specification's VMs, in its order and spelling.
+    std::vector<std::string> OffhostVms() const;
 
     hostsim_test::journaled_host_t host{"mirrack-import-host"}, proxy{"mirrack-import-proxy"};
 };
@@ -38,16 +37,20 @@ public:
 struct host_snapshot_t {
     std::wstring backupDoc;
     std::wstring snapshotsXml;
-    // Each VM's items in volume-name form, as the host task leaves them.
-    std::map<GUID, ItemsList, VSSUtils::VssIdLess> items;
+    // Every VM's items in volume-name form, as the host task leaves them, in VM order.
+    ItemsList items;
 };
 
 // A transportable snapshot of the off-host specification's VMs, taken on the host and
 // released there; the proxy is selected afterwards.
 host_snapshot_t TakeOffhostSnapshot(const host_and_proxy_t& hosts);
 
-// Every item of the snapshot, in VM order.
-ItemsList AllItems(const host_snapshot_t& snapshot);
+// The items as an import's task or result converts them to paths on the proxy.
+template <class Converter> ItemsList Converted(Converter&& converter, const ItemsList& items) {
+    ItemsList converted;
+    DeserializeItemsListUtf8(converter.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
+    return converted;
+}
 
 using test_support::contains;
 using test_support::read_file;

@@ -22,24 +22,16 @@ std::unique_ptr<hv::CVssImportSnapshotThread> StartTask(const host_snapshot_t& t
         std::make_shared<hv::CImportSnapshotContext>(taken.backupDoc, taken.snapshotsXml), limits);
 }
 
-ItemsList Converted(hv::CVssImportSnapshotThread& task, const ItemsList& items) {
-    ItemsList converted;
-    DeserializeItemsListUtf8(task.ConvertOffhostPaths(SerializeItemsListUtf8(items)), converted);
-    return converted;
-}
-
 } // namespace
 
 TEST(ImportTask, SilentServerLosesTheSnapshotAfterTheHoldButStillGetsPaths) {
     host_and_proxy_t hosts;
     const host_snapshot_t taken = TakeOffhostSnapshot(hosts);
-    SSnapshotTaskLimits limits;
-    limits.holdMs = 0;
-    auto task = StartTask(taken, limits);
+    auto task = StartTask(taken, {.holdMs = 0});
 
     ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
     wait_for([&] { return hosts.proxy.state_lines("shadows.txt").empty(); }); // released by the worker itself
-    const ItemsList converted = Converted(*task, AllItems(taken));
+    const ItemsList converted = Converted(*task, taken.items);
     ASSERT_FALSE(converted.empty());
     EXPECT_TRUE(converted[0].fullPath.starts_with(L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy"));
     EXPECT_EQ(read_through(converted[0].fullPath), "") << "a path that leads nowhere any more";
@@ -52,10 +44,9 @@ TEST(ImportTask, WhileImportingPathsAreRefusedAndClosingCancelsTheImport) {
     auto task = StartTask(taken);
     wait_for([&] { return log.has("Waiting until VSS import task finishes."); });
     const impl::SOperationStatus running = task->GetOperationInfo()->Read();
-    EXPECT_FALSE(running.isCompleted);
-    EXPECT_TRUE(running.isSucceeded);
-    EXPECT_EQ(running.completedTime, 0);
-    EXPECT_EQ(running.snapshotId, taskId);
+    EXPECT_EQ(std::tuple(running.snapshotId, running.isCompleted, running.isSucceeded, running.errDescription,
+                         running.completedTime),
+              std::tuple(taskId, false, true, std::wstring(), std::int64_t{0}));
     EXPECT_EQ(failure_lines([&] { task->ConvertOffhostPaths("<FilesList/>"); }),
               std::vector<std::string>{"There is no successfully imported snapshot."});
     task.reset();

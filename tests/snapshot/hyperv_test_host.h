@@ -86,10 +86,6 @@ inline const char usual_providers[] = R"(<VSSProvider type="1" id="{00000000-000
 <volProvider type="4" id="{00000000-0000-0000-0000-000000000000}" volMountPoint="\\fs01\vms\"/></volumes>
 <Settings UseCsvVssWriter="true"/>)";
 
-inline std::vector<spec_vm_t> three_vms() {
-    return {{local_vm, false, {R"(C:\VMs\local\notes.txt)"}}, {csv_vm}, {smb_vm, true}};
-}
-
 // A file's content through the selected host's mapping of Windows paths; empty when the path
 // leads nowhere.
 inline std::string read_through(const std::wstring& windowsPath) {
@@ -115,15 +111,6 @@ public:
         write("volumes/csv1/csv/csv.vhdx", "csv disk, before");
         write("volumes/csv1/csv/Disks/data.vhdx", "csv data");
         write("shares/fs01-vms/smb/smb.vhdx", "smb disk, before");
-    }
-
-    // Where op was first called in the journal, or npos.
-    std::size_t first_call(const std::string& op) const {
-        const auto all = calls();
-        for (std::size_t i = 0; i < all.size(); ++i)
-            if (all[i].substr(0, all[i].find('\t')) == op)
-                return i;
-        return std::string::npos;
     }
 
     // No shadow copy lives and no file of a cluster shared volume is prepared for backup.

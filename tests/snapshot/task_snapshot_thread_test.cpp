@@ -22,27 +22,20 @@ namespace {
 
 const GUID threadTaskId = {0x5e1f0000, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
 
-std::unique_ptr<CVssSnapshotThread2> start_task(const std::vector<spec_vm_t>& vms,
-                                                const SSnapshotTaskLimits& limits = SSnapshotTaskLimits()) {
-    return std::make_unique<CVssSnapshotThread2>(L"Job", L"Console", threadTaskId,
-                                                 parse_spec(spec_xml(vms, usual_providers)), limits);
-}
-
 } // namespace
 
 TEST(SnapshotTask, ASilentServersTaskCompletesByItselfAndKeepsItsResult) {
     hyperv_host_t host;
-    SSnapshotTaskLimits limits;
-    limits.holdMs = 0;
-    auto task = start_task({{local_vm}}, limits);
-    ASSERT_TRUE(wait_for_verdict(*task).isSucceeded);
+    CVssSnapshotThread2 task(L"Job", L"Console", threadTaskId,
+                             parse_spec(spec_xml({{local_vm}}, usual_providers)), {.holdMs = 0});
+    ASSERT_TRUE(wait_for_verdict(task).isSucceeded);
     wait_for([&] { return host.state_lines("shadows.txt").empty(); });
 
     EXPECT_EQ(host.state_lines("backups.txt").back(),
               std::string("component\t") + local_vm + "\tnot-reported");
-    EXPECT_FALSE(task->GetCreatedInfo()->BackupDoc.empty());
-    EXPECT_NE(task->GetVmFiles(string_to_guid(std::string(local_vm))).find("local.vhdx"), std::string::npos);
-    EXPECT_TRUE(task->GetOperationInfo()->Read().isSucceeded);
+    EXPECT_FALSE(task.GetCreatedInfo()->BackupDoc.empty());
+    EXPECT_NE(task.GetVmFiles(string_to_guid(std::string(local_vm))).find("local.vhdx"), std::string::npos);
+    EXPECT_TRUE(task.GetOperationInfo()->Read().isSucceeded);
 }
 
 TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
@@ -57,9 +50,8 @@ TEST(OperationInfo, OutcomeIsSeenWholeOnceCompletionIsSeen) {
         status = info.Read();
     }
     worker.join();
-    EXPECT_FALSE(status.isSucceeded);
-    EXPECT_EQ(status.errDescription, L"line one\nline two");
-    EXPECT_EQ(status.completedTime, 99);
+    EXPECT_EQ(std::tuple(status.isSucceeded, status.errDescription, status.completedTime),
+              std::tuple(false, std::wstring(L"line one\nline two"), std::int64_t{99}));
 }
 
 TEST(TaskWorker, WhatEscapesTheBodyIsLoggedAndAWorkerThatOutlivesItsJoinKeepsItsData) {
