@@ -18,6 +18,8 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -34,12 +36,17 @@
 
 namespace {
 
-// Runs action on a thread of its own: false instead of a test that hangs with it.
-bool finishes_in_time(const std::function<void()>& action) {
+// Runs action on a thread of its own, so that a hang is reported instead of stalling the run. A
+// hang ends the process: the action holds references to the test's stack, which a test that
+// returned would leave to a thread still running.
+void finish_in_time(const std::function<void()>& action, const char* hang) {
     auto task = std::make_shared<std::packaged_task<void()>>(action);
     auto done = task->get_future();
     std::thread([task] { (*task)(); }).detach();
-    return done.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    if (done.wait_for(std::chrono::seconds(20)) == std::future_status::ready)
+        return;
+    std::fprintf(stderr, "%s\n", hang);
+    std::_Exit(EXIT_FAILURE);
 }
 
 // True once the thread sleeps in the kernel, as a worker waiting for its close event does.
@@ -140,14 +147,16 @@ TEST_F(abandoned_worker_test, a_worker_killed_while_it_waits_leaves_events_and_t
     ASSERT_TRUE(asleep(holder.thread_id.load()));
     ::syscall(SYS_tgkill, ::getpid(), holder.thread_id.load(), SIGSEGV);
 
-    ASSERT_TRUE(finishes_in_time([&] {
-        worker.stop_wait_for(10000);
-        EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
-        holder.close_event.set();
-        win::win_thread_t next(&hold_until_closed, &holder, "Next");
-        next.stop_wait_for(10000);
-        EXPECT_EQ(next.exit_code(), win::wait_object_0);
-    })) << "waits and events hang after the worker's death";
+    finish_in_time(
+        [&] {
+            worker.stop_wait_for(10000);
+            EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
+            holder.close_event.set();
+            win::win_thread_t next(&hold_until_closed, &holder, "Next");
+            next.stop_wait_for(10000);
+            EXPECT_EQ(next.exit_code(), win::wait_object_0);
+        },
+        "waits and events hang after the worker's death");
     EXPECT_EQ(monitoring::CThreadStatesCollection::get()->find(worker.thread_id()), nullptr);
     EXPECT_EQ(log_count("Thread finished. Role: 'Holder'."), 1u);
 }
@@ -156,10 +165,12 @@ TEST_F(abandoned_worker_test, a_worker_that_crashes_inside_a_log_write_leaves_th
     logging::main_log()->install(std::make_shared<crashing_receiver_t>(logging::main_log()->receiver()),
                                  false);
     win::win_thread_t worker(&log_and_crash, nullptr, "Writer");
-    ASSERT_TRUE(finishes_in_time([&] {
-        worker.stop_wait_for(10000);
-        log_info(logging::lib_logger(), "the main thread goes on");
-    })) << "the log hangs after the worker's death";
+    finish_in_time(
+        [&] {
+            worker.stop_wait_for(10000);
+            log_info(logging::lib_logger(), "the main thread goes on");
+        },
+        "the log hangs after the worker's death");
     EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
     EXPECT_EQ(dump_names().size(), 1u);
     EXPECT_TRUE(log_has("the main thread goes on"));
@@ -175,7 +186,7 @@ TEST_F(abandoned_worker_test, a_worker_that_crashes_while_it_writes_an_archive_l
     std::shared_ptr<logging::receiver::log_file_t> crashing =
         std::make_shared<crashing_receiver_t>(file, crashing_receiver_t::crash_t::in_rotation);
     win::win_thread_t worker(&rotate, &crashing, "Rotator");
-    ASSERT_TRUE(finishes_in_time([&] { worker.stop_wait_for(10000); }));
+    finish_in_time([&] { worker.stop_wait_for(10000); }, "a rotation hangs after its worker's death");
     EXPECT_EQ(worker.exit_code(), win::crashed_thread_exit_code);
     EXPECT_EQ(log_test::names_in(folder_),
               (std::vector<std::string>{"Mirrack.log", "Mirrack.log.1.gz", "Mirrack.log.gz.partial"}));
